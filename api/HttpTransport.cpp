@@ -1,0 +1,142 @@
+#include "HttpTransport.h"
+
+#include <QCoreApplication>
+#include <QIODevice>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace {
+
+/// A body that can be read once. The platform sends a request again by itself when a connection dies, after it has
+/// taken the body back to its start; a device that cannot go back is what keeps a POST from being sent twice.
+class OneShotBody final : public QIODevice {
+public:
+    OneShotBody(QByteArray bytes, QObject *parent) : QIODevice(parent), m_bytes(std::move(bytes))
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    bool isSequential() const override { return true; }
+    qint64 bytesAvailable() const override { return m_bytes.size() - m_read + QIODevice::bytesAvailable(); }
+    qint64 size() const override { return m_bytes.size(); }
+    bool reset() override { return false; }
+    bool seek(qint64) override { return false; }
+
+protected:
+    qint64 readData(char *to, qint64 most) override
+    {
+        const qint64 count = std::min(most, m_bytes.size() - m_read);
+        if (count <= 0)
+            return m_read == m_bytes.size() ? -1 : 0;
+        std::copy_n(m_bytes.constData() + m_read, count, to);
+        m_read += count;
+        return count;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    QByteArray m_bytes;
+    qint64 m_read = 0;
+};
+
+/// One exchange with a manager of its own: exchanges that share one also share its connections and their faults.
+class Exchange final : public QObject {
+public:
+    Exchange(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits)
+        : QObject(QCoreApplication::instance()), m_finished(std::move(finished)), m_limits(limits)
+    {
+        m_manager.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
+        m_reply = send(request);
+        m_reply->setReadBufferSize(readBuffer);
+
+        m_silence.setSingleShot(true);
+        m_silence.setTimerType(Qt::CoarseTimer);
+        m_silence.callOnTimeout(this, [this] { giveUp(); });
+        m_silence.start(m_limits.silence);
+
+        const auto moved = [this] { m_silence.start(); };
+        connect(m_reply, &QNetworkReply::uploadProgress, this, moved);
+        connect(m_reply, &QNetworkReply::downloadProgress, this, moved);
+        connect(m_reply, &QNetworkReply::metaDataChanged, this, moved);
+        connect(m_reply, &QNetworkReply::encrypted, this, moved);
+        connect(m_reply, &QNetworkReply::readyRead, this, [this] { take(); });
+        connect(m_reply, &QNetworkReply::finished, this, [this] { finish(); });
+    }
+
+private:
+    static constexpr qint64 readBuffer = qint64(1) * 1024 * 1024;
+
+    QNetworkReply *send(const HttpRequest &request)
+    {
+        QNetworkRequest platform(request.url);
+        platform.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+        platform.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+        platform.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+        platform.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+        platform.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+        platform.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+        // The limit on the body's size below holds for what is decompressed; the platform's own threshold, a ratio,
+        // would refuse honest replies with many like rows.
+        platform.setDecompressedSafetyCheckThreshold(m_limits.bodySize);
+        if (request.method == HttpRequest::Method::Get)
+            return m_manager.get(platform);
+        platform.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
+        platform.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+        return m_manager.post(platform, new OneShotBody(request.body, this));
+    }
+
+    void take()
+    {
+        m_silence.start();
+        if (m_dropped)
+            return;
+        const qint64 announced = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        if (announced > m_limits.bodySize || m_body.size() + m_reply->bytesAvailable() > m_limits.bodySize) {
+            giveUp();
+            return;
+        }
+        if (announced > m_body.capacity())
+            m_body.reserve(announced);
+        m_body += m_reply->readAll();
+    }
+
+    /// Ends the exchange as one without a reply.
+    void giveUp()
+    {
+        m_dropped = true;
+        m_body = {};
+        m_reply->abort();
+    }
+
+    void finish()
+    {
+        take();
+        m_silence.stop();
+        m_reply->disconnect(this);
+        HttpReply reply;
+        reply.body = std::move(m_body);
+        reply.status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+        reply.headers = m_reply->rawHeaderPairs();
+        reply.error = m_reply->error();
+        deleteLater();
+        m_finished(std::move(reply));
+    }
+
+    std::function<void(HttpReply)> m_finished;
+    HttpLimits m_limits;
+    QNetworkAccessManager m_manager;
+    QTimer m_silence;
+    QNetworkReply *m_reply = nullptr;
+    QByteArray m_body;
+    bool m_dropped = false;
+};
+
+} // namespace
+
+void sendHttp(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits)
+{
+    new Exchange(request, std::move(finished), limits);
+}

@@ -1,0 +1,235 @@
+#include "Json.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace Json::detail {
+
+namespace {
+
+constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF");
+
+const char *typeName(simdjson::dom::element_type type)
+{
+    using simdjson::dom::element_type;
+    switch (type) {
+    case element_type::ARRAY:
+        return "array";
+    case element_type::OBJECT:
+        return "object";
+    case element_type::INT64:
+    case element_type::UINT64:
+    case element_type::DOUBLE:
+        return "number";
+    case element_type::STRING:
+        return "text";
+    case element_type::BOOL:
+        return "boolean";
+    case element_type::NULL_VALUE:
+        return "null";
+    }
+    return "value";
+}
+
+/// The decoder drops a mark at the start of a text by itself; here it is part of the value.
+QString textFromUtf8(std::string_view utf8)
+{
+    const QByteArrayView bytes(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    if (bytes.startsWith(byteOrderMark)) [[unlikely]]
+        return QString::fromUtf8(QByteArray(1, ' ') + bytes.toByteArray()).mid(1);
+    return QString::fromUtf8(bytes);
+}
+
+/// How a character must be escaped inside a string, or an empty view for one that stands for itself.
+constexpr std::string_view escape(char16_t unit)
+{
+    switch (unit) {
+    case u'"':
+        return "\\\"";
+    case u'\\':
+        return "\\\\";
+    case u'/':
+        return "\\/";
+    case u'\b':
+        return "\\b";
+    case u'\f':
+        return "\\f";
+    case u'\n':
+        return "\\n";
+    case u'\r':
+        return "\\r";
+    case u'\t':
+        return "\\t";
+    default:
+        return {};
+    }
+}
+
+char *append(char *to, std::string_view text) { return std::copy(text.begin(), text.end(), to); }
+
+/// Writes one code point of `text` that starts at `index` (moved past it) as UTF-8.
+char *appendCodePoint(char *to, QStringView text, qsizetype &index)
+{
+    char32_t point = text[index].unicode();
+    if (QChar::isHighSurrogate(point) && index + 1 < text.size() && text[index + 1].isLowSurrogate())
+        point = QChar::surrogateToUcs4(static_cast<char16_t>(point), text[++index].unicode());
+    else if (QChar::isSurrogate(point))
+        point = QChar::ReplacementCharacter;
+    if (point < 0x800) {
+        *to++ = static_cast<char>(0xC0 | (point >> 6));
+    } else {
+        if (point < 0x10000) {
+            *to++ = static_cast<char>(0xE0 | (point >> 12));
+        } else {
+            *to++ = static_cast<char>(0xF0 | (point >> 18));
+            *to++ = static_cast<char>(0x80 | ((point >> 12) & 0x3F));
+        }
+        *to++ = static_cast<char>(0x80 | ((point >> 6) & 0x3F));
+    }
+    *to++ = static_cast<char>(0x80 | (point & 0x3F));
+    return to;
+}
+
+} // namespace
+
+bool Failure::wrongType(Element found, const char *wanted)
+{
+    m_reason = QStringLiteral("%1, must be %2").arg(QLatin1String(typeName(found.type())), QLatin1String(wanted));
+    return false;
+}
+
+bool Failure::missing()
+{
+    m_reason = QStringLiteral("missing");
+    return false;
+}
+
+bool Failure::outOfRange()
+{
+    m_reason = QStringLiteral("number, must be a whole number of 64 bits");
+    return false;
+}
+
+bool Failure::notJson(const char *why)
+{
+    m_reason = QStringLiteral("not JSON: %1").arg(QLatin1String(why));
+    return false;
+}
+
+void Failure::insideKey(std::string_view key)
+{
+    const bool dot = !m_place.isEmpty() && !m_place.startsWith(u'[');
+    m_place = QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size())) + (dot ? QStringLiteral(".") : QString())
+        + m_place;
+}
+
+void Failure::insideRow(std::size_t index)
+{
+    m_place = QStringLiteral("[%1]").arg(index) + (m_place.isEmpty() ? QString() : QStringLiteral(".")) + m_place;
+}
+
+bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser, Element &root)
+{
+    if (bytes.startsWith(byteOrderMark))
+        bytes = bytes.sliced(byteOrderMark.size());
+    // A second mark is not JSON, whatever a later parser makes of it.
+    auto error = bytes.startsWith(byteOrderMark) ? simdjson::TAPE_ERROR : simdjson::SUCCESS;
+    if (!error)
+        error = parser.parse(bytes.data(), static_cast<std::size_t>(bytes.size())).get(root);
+    return error ? failure.notJson(simdjson::error_message(error)) : true;
+}
+
+bool readValue(Element from, QString &to, Failure &failure)
+{
+    std::string_view text;
+    if (from.get(text) != simdjson::SUCCESS)
+        return failure.wrongType(from, "text");
+    to = textFromUtf8(text);
+    return true;
+}
+
+bool readValue(Element from, qint64 &to, Failure &failure)
+{
+    if (!from.is_number())
+        return failure.wrongType(from, "number");
+    int64_t number = 0;
+    if (from.type() != simdjson::dom::element_type::INT64 || from.get(number) != simdjson::SUCCESS)
+        return failure.outOfRange();
+    to = number;
+    return true;
+}
+
+bool readValue(Element from, double &to, Failure &failure)
+{
+    if (from.get(to) != simdjson::SUCCESS)
+        return failure.wrongType(from, "number");
+    return true;
+}
+
+bool writeValue(QByteArray &to, const QString &value)
+{
+    // A UTF-16 unit takes at most six bytes ("\u001f"). Room is made in slices, so that a long text that is nearly all
+    // ASCII, such as a photo in base64, does not claim six times its size.
+    constexpr qsizetype slice = 16 * 1024;
+    constexpr qsizetype most = 6;
+    const QStringView text(value);
+    to += '"';
+    for (qsizetype index = 0; index < text.size();) {
+        const qsizetype old = to.size();
+        const qsizetype end = std::min(text.size(), index + slice);
+        if (to.capacity() < old + (end - index) * most + 2)
+            to.reserve(std::max(old + (text.size() - index) * 33 / 32 + slice * most + 2, to.capacity() * 3 / 2));
+        to.resize(old + (end - index) * most);
+        char *out = to.data() + old;
+        for (; index < end; ++index) {
+            const char16_t unit = text[index].unicode();
+            if (unit < 0x80) [[likely]] {
+                if (unit >= 0x20 && unit != u'"' && unit != u'\\' && unit != u'/') [[likely]] {
+                    *out++ = static_cast<char>(unit);
+                } else if (const auto escaped = escape(unit); !escaped.empty()) {
+                    out = append(out, escaped);
+                } else {
+                    constexpr std::string_view digits = "0123456789abcdef";
+                    out = append(out, "\\u00");
+                    *out++ = digits[unit >> 4];
+                    *out++ = digits[unit & 0xF];
+                }
+            } else {
+                out = appendCodePoint(out, text, index);
+            }
+        }
+        to.resize(out - to.constData());
+    }
+    to += '"';
+    return true;
+}
+
+bool writeValue(QByteArray &to, qint64 value)
+{
+    to += QByteArray::number(value);
+    return true;
+}
+
+bool writeValue(QByteArray &to, double value)
+{
+    if (!std::isfinite(value))
+        return false;
+    // The shortest text that reads back as the same double, whatever the process locale.
+    std::array<char, 32> digits;
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    Q_ASSERT(error == std::errc());
+    to.append(digits.data(), end - digits.data());
+    return true;
+}
+
+void writeKey(QByteArray &to, std::string_view key, bool first)
+{
+    if (!first)
+        to += ',';
+    to += '"';
+    to.append(key.data(), static_cast<qsizetype>(key.size()));
+    to += "\":";
+}
+
+} // namespace Json::detail

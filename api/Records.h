@@ -1,0 +1,118 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <boost/describe.hpp>
+
+#include <optional>
+
+// The thirteen records of the service. A record is its field list and nothing else: the name of a field is its
+// JSON key, and Json.h reads and writes a record by this list. Requests have required fields, replies optional
+// ones. Rows stand in the order in which the service sends them.
+
+struct LoginRequest {
+    QString email;
+    QString password;
+};
+BOOST_DESCRIBE_STRUCT(LoginRequest, (), (email, password))
+
+/// The reply to signing in and to registering.
+struct LoginResponse {
+    std::optional<QString> status;
+    std::optional<QString> message;
+    /// The customer's number, as text.
+    std::optional<QString> id;
+    std::optional<QString> nombre;
+};
+BOOST_DESCRIBE_STRUCT(LoginResponse, (), (status, message, id, nombre))
+
+struct RecuperarRequest {
+    QString email;
+};
+BOOST_DESCRIBE_STRUCT(RecuperarRequest, (), (email))
+
+struct StandardResponse {
+    std::optional<QString> status;
+    std::optional<QString> message;
+};
+BOOST_DESCRIBE_STRUCT(StandardResponse, (), (status, message))
+
+struct RegistroRequest {
+    QString nombre;
+    QString email;
+    QString password;
+    QString direccion;
+    QString ciudad;
+};
+BOOST_DESCRIBE_STRUCT(RegistroRequest, (), (nombre, email, password, direccion, ciudad))
+
+struct PerfilRequest {
+    qint64 user_id = 0;
+    QString nombre;
+    QString email;
+    QString password;
+    /// The picked photo's bytes in base64, or empty.
+    QString avatar_base64;
+};
+BOOST_DESCRIBE_STRUCT(PerfilRequest, (), (user_id, nombre, email, password, avatar_base64))
+
+struct AutoRequest {
+    qint64 user_id = 0;
+    QString marca;
+    QString modelo;
+    /// The year travels as text.
+    QString anio;
+    QString ubicacion;
+};
+BOOST_DESCRIBE_STRUCT(AutoRequest, (), (user_id, marca, modelo, anio, ubicacion))
+
+struct CotizacionRequest {
+    qint64 user_id = 0;
+    /// "aereo" or "maritimo".
+    QString tipo;
+    QString origen;
+    QString destino;
+    /// Pounds.
+    double peso = 0;
+    /// US dollars.
+    double valor = 0;
+    QString descripcion;
+};
+BOOST_DESCRIBE_STRUCT(CotizacionRequest, (), (user_id, tipo, origen, destino, peso, valor, descripcion))
+
+struct CasilleroRequest {
+    /// Text here and a number everywhere else: the protocol is like that.
+    QString user_id;
+};
+BOOST_DESCRIBE_STRUCT(CasilleroRequest, (), (user_id))
+
+struct CasilleroResponse {
+    std::optional<QString> status;
+    std::optional<QString> nombreCompleto;
+    std::optional<QString> message;
+};
+BOOST_DESCRIBE_STRUCT(CasilleroResponse, (), (status, nombreCompleto, message))
+
+struct DashboardResponse {
+    struct Paquete {
+        std::optional<QString> tracking;
+        std::optional<QString> descripcion;
+        std::optional<QString> estado;
+        /// The service's own text; never read as a date.
+        std::optional<QString> fecha_recibido;
+    };
+    struct Cotizacion {
+        std::optional<QString> origen;
+        std::optional<QString> descripcion;
+        std::optional<QString> estado;
+    };
+
+    std::optional<QString> status;
+    std::optional<QString> avatar;
+    std::optional<QList<Paquete>> paquetes;
+    std::optional<QList<Cotizacion>> cotizaciones;
+};
+BOOST_DESCRIBE_STRUCT(DashboardResponse::Paquete, (), (tracking, descripcion, estado, fecha_recibido))
+BOOST_DESCRIBE_STRUCT(DashboardResponse::Cotizacion, (), (origen, descripcion, estado))
+BOOST_DESCRIBE_STRUCT(DashboardResponse, (), (status, avatar, paquetes, cotizaciones))

@@ -1,0 +1,93 @@
+#include "Session.h"
+
+#include <QStandardPaths>
+
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+void sayOnStandardError(const QString &line)
+{
+    std::fprintf(stderr, "marovenda: session: %s\n", qUtf8Printable(line));
+}
+
+} // namespace
+
+Session::Session(const QString &directory, QObject *parent) : QObject(parent), m_store(directory, sayOnStandardError)
+{
+    load();
+}
+
+Session &Session::instance()
+{
+    static Session *const session = new Session(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+    return *session;
+}
+
+void Session::load()
+{
+    const QByteArray id = m_store.read(SessionStore::Key::UserId).value_or(QByteArray());
+    const QByteArray nombre = m_store.read(SessionStore::Key::UserNombre).value_or(QByteArray());
+    const QByteArray email = m_store.read(SessionStore::Key::UserEmail).value_or(QByteArray());
+    // A value found damaged takes the whole store with it, also what was read before it.
+    if (m_store.wasReplaced())
+        return;
+    m_userId = id.toLongLong();
+    m_userNombre = QString::fromUtf8(nombre);
+    m_userEmail = QString::fromUtf8(email);
+}
+
+void Session::forget()
+{
+    m_userAvatarData = QByteArray();
+    m_userNombre.clear();
+    m_userEmail.clear();
+    m_userId = 0;
+    emit userAvatarDataChanged();
+    emit userNombreChanged();
+    emit userEmailChanged();
+    emit userIdChanged();
+}
+
+// The store is written even when the value stays the same: the last write may have failed.
+
+void Session::setUserId(qint64 value)
+{
+    m_store.write(SessionStore::Key::UserId, QByteArray::number(value));
+    if (std::exchange(m_userId, value) != value)
+        emit userIdChanged();
+}
+
+void Session::setUserNombre(const QString &value)
+{
+    m_store.write(SessionStore::Key::UserNombre, value.toUtf8());
+    if (std::exchange(m_userNombre, value) != value)
+        emit userNombreChanged();
+}
+
+void Session::setUserEmail(const QString &value)
+{
+    m_store.write(SessionStore::Key::UserEmail, value.toUtf8());
+    if (std::exchange(m_userEmail, value) != value)
+        emit userEmailChanged();
+}
+
+QByteArray Session::userAvatarData()
+{
+    if (!m_userAvatarData) {
+        m_userAvatarData = m_store.read(SessionStore::Key::UserAvatar).value_or(QByteArray());
+        if (m_store.wasReplaced())
+            forget();
+    }
+    return *m_userAvatarData;
+}
+
+void Session::setUserAvatarData(const QByteArray &value)
+{
+    const bool changed = value != userAvatarData();
+    m_userAvatarData = value;
+    m_store.write(SessionStore::Key::UserAvatar, value);
+    if (changed)
+        emit userAvatarDataChanged();
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "SessionStore.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+
+#include <optional>
+
+/// The four values that stay on the device. Every write is in the store when the setter returns, and every binding to a
+/// value follows it. Belongs to the main thread.
+///
+/// Without a usable store the values live as long as the process; one line on stderr says so.
+class Session final : public QObject {
+    Q_OBJECT
+public:
+    /// A session on the store in `directory`.
+    explicit Session(const QString &directory, QObject *parent = nullptr);
+
+    /// The one session of the process, in the user's data directory; made at first use, never destroyed.
+    static Session &instance();
+
+    /// 0 means that nobody is signed in; every other number is a customer.
+    qint64 userId() const { return m_userId; }
+    void setUserId(qint64 value);
+    bool someoneSignedIn() const { return m_userId != 0; }
+
+    QString userNombre() const { return m_userNombre; }
+    void setUserNombre(const QString &value);
+
+    QString userEmail() const { return m_userEmail; }
+    void setUserEmail(const QString &value);
+
+    /// The photo's bytes as they were picked. They are read and checked at the first call; when that finds the store
+    /// damaged, nobody is signed in from then on.
+    QByteArray userAvatarData();
+    void setUserAvatarData(const QByteArray &value);
+
+Q_SIGNALS:
+    void userIdChanged();
+    void userNombreChanged();
+    void userEmailChanged();
+    void userAvatarDataChanged();
+
+private:
+    void load();
+    void forget();
+
+    SessionStore m_store;
+    qint64 m_userId = 0;
+    QString m_userNombre;
+    QString m_userEmail;
+    std::optional<QByteArray> m_userAvatarData;
+};

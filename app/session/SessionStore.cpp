@@ -1,0 +1,287 @@
+#include "SessionStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sqlite3.h>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+constexpr auto ownerOnlyDirectory = ownerOnly | QFileDevice::ExeOwner;
+
+/// The layout of the database, kept in its user_version.
+constexpr int layoutVersion = 1;
+
+/// SQLite finds damage in its own structures but not in the bytes of a value; this check does, and it covers the key, so
+/// that one value cannot pass for another. XXH3, 64 bits: against accidents, not against a forger.
+qint64 checkOf(SessionStore::Key key, const QByteArray &value)
+{
+    const auto seed = static_cast<XXH64_hash_t>(key) + 1;
+    return static_cast<qint64>(XXH3_64bits_withSeed(value.constData(), static_cast<size_t>(value.size()), seed));
+}
+
+int rowOf(SessionStore::Key key) { return static_cast<int>(key) + 1; }
+
+} // namespace
+
+void SessionStore::Closer::operator()(sqlite3 *database) const { sqlite3_close(database); }
+void SessionStore::Closer::operator()(sqlite3_stmt *statement) const { sqlite3_finalize(statement); }
+
+const char *SessionStore::name(Key key)
+{
+    switch (key) {
+    case Key::UserId:
+        return "user_id";
+    case Key::UserNombre:
+        return "user_nombre";
+    case Key::UserEmail:
+        return "user_email";
+    case Key::UserAvatar:
+        return "user_avatar";
+    }
+    return "";
+}
+
+SessionStore::SessionStore(const QString &directory, Report report)
+    : m_directory(directory), m_path(directory + "/session.sqlite"_L1), m_report(std::move(report))
+{
+    const Health health = open();
+    if (health == Health::Damaged)
+        recover();
+    else if (health == Health::Unusable)
+        m_database.reset();
+}
+
+SessionStore::~SessionStore() = default;
+
+SessionStore::Health SessionStore::open()
+{
+    const QDir parent(QFileInfo(m_directory).path());
+    if (!QFileInfo::exists(m_directory) && (!parent.mkpath(u"."_s) || !parent.mkdir(m_directory, ownerOnlyDirectory))) {
+        complain(u"the directory %1 cannot be created"_s.arg(m_directory));
+        return Health::Unusable;
+    }
+    QFile::setPermissions(m_directory, ownerOnlyDirectory);
+    // SQLite would create the file with the process's umask; its companions take over the file's permissions.
+    if (!QFileInfo::exists(m_path)) {
+        QFile file(m_path);
+        if (!file.open(QFile::WriteOnly | QFile::NewOnly, ownerOnly) && !QFileInfo::exists(m_path)) {
+            complain(u"%1 cannot be created: %2"_s.arg(m_path, file.errorString()));
+            return Health::Unusable;
+        }
+    }
+    QFile::setPermissions(m_path, ownerOnly);
+
+    sqlite3 *database = nullptr;
+    const int code = sqlite3_open_v2(QFile::encodeName(m_path).constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    m_database.reset(database);
+    if (code != SQLITE_OK) {
+        complain(u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(database))));
+        return healthOf(code);
+    }
+    sqlite3_busy_timeout(database, 5000);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    const Health health = prepareTables();
+    return health == Health::Good ? checkRows() : health;
+}
+
+SessionStore::Health SessionStore::prepareTables()
+{
+    int code = run("PRAGMA journal_mode = WAL");
+    if (code == SQLITE_OK)
+        code = run("PRAGMA synchronous = FULL");
+    if (code == SQLITE_OK)
+        code = run("PRAGMA journal_size_limit = 1048576");
+    if (code == SQLITE_OK)
+        code = run("PRAGMA cell_size_check = ON");
+    if (code == SQLITE_OK)
+        code = run("BEGIN IMMEDIATE");
+    int version = -1;
+    if (code == SQLITE_OK) {
+        const Statement statement = prepare("PRAGMA user_version", code);
+        if (statement && sqlite3_step(statement.get()) == SQLITE_ROW)
+            version = sqlite3_column_int(statement.get(), 0);
+    }
+    if (code == SQLITE_OK && version == 0) {
+        code = run("CREATE TABLE session (row INTEGER PRIMARY KEY, key TEXT NOT NULL, value BLOB, checksum INTEGER)");
+        for (const Key key : keys) {
+            if (code != SQLITE_OK)
+                break;
+            const Statement insert = prepare("INSERT INTO session VALUES (?, ?, NULL, NULL)", code);
+            if (!insert)
+                break;
+            sqlite3_bind_int(insert.get(), 1, rowOf(key));
+            sqlite3_bind_text(insert.get(), 2, name(key), -1, SQLITE_STATIC);
+            code = sqlite3_step(insert.get()) == SQLITE_DONE ? SQLITE_OK : sqlite3_errcode(m_database.get());
+        }
+        if (code == SQLITE_OK)
+            code = run("PRAGMA user_version = 1");
+        version = layoutVersion;
+    }
+    if (code == SQLITE_OK)
+        code = run("COMMIT");
+    if (code != SQLITE_OK) {
+        complain(u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(m_database.get()))));
+        return healthOf(code);
+    }
+    if (version != layoutVersion) {
+        complain(u"%1 is not a session of this version"_s.arg(m_path));
+        return Health::Damaged;
+    }
+    return Health::Good;
+}
+
+SessionStore::Health SessionStore::checkRows()
+{
+    // The values themselves are checked when they are read, so that a large photo does not hold up the start.
+    int code = SQLITE_OK;
+    const Statement statement = prepare("SELECT row, key FROM session ORDER BY row", code);
+    if (statement) {
+        for (const Key key : keys) {
+            code = sqlite3_step(statement.get());
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), 1));
+            if (code != SQLITE_ROW || sqlite3_column_int(statement.get(), 0) != rowOf(key)
+                || qstrcmp(text, name(key)) != 0) {
+                code = SQLITE_CORRUPT;
+                break;
+            }
+        }
+        if (code == SQLITE_ROW)
+            code = sqlite3_step(statement.get()) == SQLITE_DONE ? SQLITE_OK : SQLITE_CORRUPT;
+    }
+    if (code == SQLITE_OK)
+        return Health::Good;
+    complain(u"%1 is damaged"_s.arg(m_path));
+    return healthOf(code == SQLITE_ERROR ? SQLITE_CORRUPT : code);
+}
+
+SessionStore::Health SessionStore::healthOf(int code) const
+{
+    switch (code & 0xFF) {
+    case SQLITE_OK:
+        return Health::Good;
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_FORMAT:
+    case SQLITE_ERROR:
+    case SQLITE_MISMATCH:
+        return Health::Damaged;
+    default:
+        return Health::Unusable;
+    }
+}
+
+SessionStore::Statement SessionStore::prepare(const char *sql, int &code) const
+{
+    sqlite3_stmt *statement = nullptr;
+    code = sqlite3_prepare_v2(m_database.get(), sql, -1, &statement, nullptr);
+    return Statement(statement);
+}
+
+int SessionStore::run(const char *sql) const
+{
+    return sqlite3_exec(m_database.get(), sql, nullptr, nullptr, nullptr);
+}
+
+std::optional<QByteArray> SessionStore::read(Key key)
+{
+    if (!m_database)
+        return std::nullopt;
+    int code = SQLITE_OK;
+    {
+        const Statement statement = prepare("SELECT value, checksum FROM session WHERE row = ?", code);
+        if (statement) {
+            sqlite3_bind_int(statement.get(), 1, rowOf(key));
+            code = sqlite3_step(statement.get());
+            if (code == SQLITE_ROW) {
+                if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL
+                    && sqlite3_column_type(statement.get(), 1) == SQLITE_NULL)
+                    return std::nullopt;
+                const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement.get(), 0));
+                QByteArray value(bytes, sqlite3_column_bytes(statement.get(), 0));
+                if (sqlite3_column_type(statement.get(), 1) == SQLITE_INTEGER
+                    && sqlite3_column_int64(statement.get(), 1) == checkOf(key, value))
+                    return value;
+                code = SQLITE_CORRUPT;
+            }
+        }
+    }
+    complain(u"%1 in %2 cannot be read: %3"_s.arg(
+        QLatin1String(name(key)), m_path, QString::fromUtf8(sqlite3_errstr(code == SQLITE_DONE ? SQLITE_CORRUPT : code))));
+    if (code == SQLITE_DONE || healthOf(code) == Health::Damaged)
+        recover();
+    return std::nullopt;
+}
+
+bool SessionStore::write(Key key, const QByteArray &value)
+{
+    if (!m_database)
+        return false;
+    int code = SQLITE_OK;
+    {
+        const Statement statement = prepare("UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
+        if (statement) {
+            // A null pointer would be bound as NULL, which stands for "never written".
+            const char *bytes = value.isNull() ? "" : value.constData();
+            sqlite3_bind_blob64(statement.get(), 1, bytes, static_cast<sqlite3_uint64>(value.size()), SQLITE_STATIC);
+            sqlite3_bind_int64(statement.get(), 2, checkOf(key, value));
+            sqlite3_bind_int(statement.get(), 3, rowOf(key));
+            code = sqlite3_step(statement.get());
+        }
+    }
+    if (code == SQLITE_DONE) {
+        m_complained = false;
+        return true;
+    }
+    complain(u"%1 in %2 cannot be written: %3"_s.arg(
+        QLatin1String(name(key)), m_path, QString::fromUtf8(sqlite3_errstr(code))));
+    return false;
+}
+
+bool SessionStore::wasReplaced() { return std::exchange(m_replaced, false); }
+
+void SessionStore::recover()
+{
+    m_database.reset();
+    if (!moveAside()) {
+        complain(u"%1 cannot be moved aside"_s.arg(m_path));
+        return;
+    }
+    m_replaced = true;
+    if (open() != Health::Good)
+        m_database.reset();
+}
+
+bool SessionStore::moveAside()
+{
+    // The number that is free for the file and both of its companions.
+    const auto aside = [this](int number, QLatin1StringView companion) {
+        return u"%1.damaged-%2%3"_s.arg(m_path).arg(number).arg(companion);
+    };
+    static constexpr std::array companions { "-wal"_L1, "-shm"_L1, ""_L1 };
+    int number = 1;
+    while (QFileInfo::exists(aside(number, ""_L1)))
+        ++number;
+    bool moved = true;
+    for (const auto companion : companions) {
+        const QString from = m_path + companion;
+        if (QFileInfo::exists(from))
+            moved = QFile::rename(from, aside(number, companion)) && moved;
+    }
+    return moved;
+}
+
+void SessionStore::complain(const QString &what)
+{
+    if (std::exchange(m_complained, true))
+        return;
+    m_report(what);
+}

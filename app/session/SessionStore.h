@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+/// The file behind the session: four values under fixed keys, each with a check of its own, in a SQLite database that
+/// only the user can read. A write that returned true is on disk: the database is in WAL mode and synchronised at each
+/// commit (https://www.sqlite.org/pragma.html#pragma_synchronous, FULL). A change to one value does not rewrite
+/// another.
+///
+/// A store that cannot be opened, or is found damaged, says so once through `report`. A damaged file is moved
+/// aside, beside the new one, and all values start empty; one that cannot be opened leaves a store that reads
+/// nothing and refuses every write.
+class SessionStore {
+public:
+    enum class Key { UserId, UserNombre, UserEmail, UserAvatar };
+    static constexpr std::array keys { Key::UserId, Key::UserNombre, Key::UserEmail, Key::UserAvatar };
+
+    /// The name under which a value is kept: "user_id" and so on.
+    static const char *name(Key key);
+
+    using Report = std::function<void(const QString &line)>;
+
+    /// Opens or creates the store in `directory`, which is created for the user alone where it is missing.
+    SessionStore(const QString &directory, Report report);
+    ~SessionStore();
+    SessionStore(const SessionStore &) = delete;
+    SessionStore &operator=(const SessionStore &) = delete;
+
+    /// The bytes of a value; nothing when it was never written or cannot be read. Reading a damaged value moves
+    /// the whole file aside: what was read before is then to be forgotten, see `wasReplaced`.
+    std::optional<QByteArray> read(Key key);
+
+    /// False, with a report, when the value could not be written; the old one is then still there.
+    bool write(Key key, const QByteArray &value);
+
+    /// True after a damaged file was moved aside, until this is called.
+    bool wasReplaced();
+
+private:
+    struct Closer {
+        void operator()(sqlite3 *database) const;
+        void operator()(sqlite3_stmt *statement) const;
+    };
+    using Statement = std::unique_ptr<sqlite3_stmt, Closer>;
+    enum class Health { Good, Damaged, Unusable };
+
+    Health open();
+    Health prepareTables();
+    Health checkRows();
+    Health healthOf(int code) const;
+    Statement prepare(const char *sql, int &code) const;
+    int run(const char *sql) const;
+    void recover();
+    bool moveAside();
+    void complain(const QString &what);
+
+    const QString m_directory;
+    const QString m_path;
+    Report m_report;
+    std::unique_ptr<sqlite3, Closer> m_database;
+    bool m_replaced = false;
+    bool m_complained = false;
+};

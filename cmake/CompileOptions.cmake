@@ -1,0 +1,24 @@
+# What every target of ours is compiled with.
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual)
+add_compile_definitions(
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_FOREACH
+    QT_DEPRECATED_WARNINGS_SINCE=0x060400)
+
+if(MAROVENDA_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# Hardening of the builds that customers run.
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+    add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+    add_compile_definitions(_GLIBCXX_ASSERTIONS)
+    if(UNIX AND NOT APPLE)
+        add_link_options(-pie -Wl,-z,relro,-z,now,-z,noexecstack)
+    endif()
+endif()

@@ -1,0 +1,11 @@
+# The demo service on this machine: what ./run builds.
+set(MAROVENDA_BASE_URL "http://127.0.0.1:8473/")
+set(MAROVENDA_TRACKING_URL "https://www.aftership.com/track/")
+set(MAROVENDA_SUPPORT_EMAIL "soporte@marovenda.example")
+set(MAROVENDA_WAREHOUSE_STREET "100 Demostración Way, Suite 12")
+set(MAROVENDA_WAREHOUSE_CITY "Miami")
+set(MAROVENDA_WAREHOUSE_ZIP "33166-0012")
+set(MAROVENDA_WAREHOUSE_PHONE "+1 305 555 0142")
+set(MAROVENDA_DEVELOPER_SITE "https://corvandel.example/")
+set(MAROVENDA_DEVELOPER_SITE_TEXT "corvandel.example")
+set(MAROVENDA_DEVELOPER_EMAIL "hola@corvandel.example")
