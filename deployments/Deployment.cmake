@@ -49,7 +49,7 @@ function(marovenda_check_deployment file)
     endif()
 endfunction()
 
-# A static library TARGET that defines the functions of Deployment.h with the values of FILE.
+# An object library TARGET, linked whatever the order, that defines the functions of Deployment.h with the values of FILE.
 function(marovenda_add_deployment target file)
     _marovenda_read_deployment("${file}")
     foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES)
@@ -59,7 +59,7 @@ function(marovenda_add_deployment target file)
     set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}/Deployment.cpp)
     configure_file(${_marovenda_deployment_dir}/Deployment.cpp.in ${source} @ONLY)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
-    add_library(${target} STATIC ${source})
+    add_library(${target} OBJECT ${source})
     target_link_libraries(${target} PUBLIC marovenda_deployment_api PRIVATE Qt6::Core)
 endfunction()
 

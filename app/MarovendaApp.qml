@@ -1,0 +1,70 @@
+import QtQuick
+import Marovenda.Account
+import Marovenda.App
+import Marovenda.Logistics
+import Marovenda.Ui
+
+Window {
+    id: window
+
+    property bool appeared: false
+
+    width: 390
+    height: 844
+    minimumWidth: 320
+    minimumHeight: 480
+    visible: true
+    title: "Marovenda"
+    color: Theme.screenBackground
+
+    // The splash's time runs from the moment it can be seen.
+    onFrameSwapped: {
+        if (appeared)
+            return
+        appeared = true
+        viewModel.iniciarSplash()
+    }
+
+    MarovendaAppViewModel { id: viewModel }
+
+    // A new screen, with empty fields, at each switch between nobody and somebody.
+    Loader {
+        id: first
+        anchors.fill: parent
+        active: !viewModel.showSplash
+        focus: true
+        sourceComponent: viewModel.someoneSignedIn ? dashboard : login
+        opacity: viewModel.showSplash ? 0 : 1
+        Behavior on opacity { CrossFade {} }
+    }
+    Loader {
+        active: viewModel.showSplash || opacity > 0
+        anchors.fill: parent
+        enabled: viewModel.showSplash
+        opacity: viewModel.showSplash ? 1 : 0
+        Behavior on opacity { CrossFade {} }
+        sourceComponent: SplashView {
+            logoOpacity: viewModel.logoOpacity
+            logoScale: viewModel.logoScale
+        }
+    }
+
+    Component {
+        id: login
+        NavigationContainer {
+            root: Component { LoginView {} }
+        }
+    }
+    Component {
+        id: dashboard
+        NavigationContainer {
+            root: Component { DashboardView {} }
+        }
+    }
+
+    component CrossFade: NumberAnimation {
+        duration: 300
+        easing.type: Easing.BezierSpline
+        easing.bezierCurve: Theme.easeIn
+    }
+}

@@ -1,0 +1,16 @@
+#include "MarovendaAppViewModel.h"
+
+#include <QTimer>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+void MarovendaAppViewModel::iniciarSplash()
+{
+    logoOpacity = 1.0;
+    logoScale = 1.0;
+    // The photo is read and checked while the splash stands still; a damaged store is known before the root is chosen.
+    QTimer::singleShot(1200ms, this, [] { Session::instance().userAvatarData(); });
+    QTimer::singleShot(2500ms, Qt::PreciseTimer, this, [this] { showSplash = false; });
+}

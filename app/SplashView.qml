@@ -1,0 +1,58 @@
+import QtQuick
+import Marovenda.Ui
+
+Item {
+    id: splash
+
+    required property real logoOpacity
+    required property real logoScale
+    property bool spinning: true
+
+    Image {
+        objectName: "background"
+        anchors.fill: parent
+        fillMode: Image.PreserveAspectCrop
+        source: "qrc:/marovenda/images/background.png"
+    }
+    Column {
+        anchors.centerIn: parent
+        spacing: 20
+        Image {
+            objectName: "logo"
+            width: 160
+            height: 160
+            fillMode: Image.PreserveAspectFit
+            source: "qrc:/marovenda/images/marovenda_logo.png"
+            scale: splash.logoScale
+            opacity: splash.logoOpacity
+            Behavior on scale { LogoAnimation {} }
+            Behavior on opacity { LogoAnimation {} }
+        }
+        Item {
+            anchors.horizontalCenter: parent.horizontalCenter
+            width: spinner.width
+            height: 16 + spinner.height
+            Spinner {
+                id: spinner
+                y: 16
+                running: splash.spinning
+            }
+        }
+    }
+    AppText {
+        objectName: "credit"
+        anchors.bottom: parent.bottom
+        width: parent.width
+        bottomPadding: 32
+        text: "Desarrollado por Corvandel"
+        textStyle: Theme.caption
+        bold: true
+        horizontalAlignment: Text.AlignHCenter
+    }
+
+    component LogoAnimation: NumberAnimation {
+        duration: 1000
+        easing.type: Easing.BezierSpline
+        easing.bezierCurve: Theme.easeOut
+    }
+}

@@ -1,0 +1,39 @@
+#include "Modules.h"
+
+#include <QCommandLineParser>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QQmlApplicationEngine>
+
+using namespace Qt::StringLiterals;
+
+int main(int argc, char *argv[])
+{
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setApplicationName(u"marovenda"_s);
+    QGuiApplication::setApplicationDisplayName(u"Marovenda"_s);
+    QGuiApplication::setApplicationVersion(QStringLiteral(MAROVENDA_VERSION));
+    QGuiApplication::setDesktopFileName(u"marovenda"_s);
+
+    QCommandLineParser options;
+    options.addHelpOption();
+    options.addVersionOption();
+    options.process(application);
+    if (!options.positionalArguments().isEmpty()) {
+        qCritical("marovenda: unknown argument \"%s\"; see --help", qUtf8Printable(options.positionalArguments().first()));
+        return 2;
+    }
+
+    int code = 1;
+    {
+        QQmlApplicationEngine engine;
+        addModules(engine);
+        QGuiApplication::setWindowIcon(QIcon(u":/marovenda/images/icon.png"_s));
+        engine.load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
+        if (!engine.rootObjects().isEmpty())
+            code = QGuiApplication::exec();
+    }
+    // View models whose page went with the engine.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return code;
+}

@@ -1,0 +1,115 @@
+import QtQuick
+import Marovenda.Account
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    LoginViewModel { id: viewModel }
+
+    Scroller {
+        anchors.fill: parent
+        centred: true
+        enabled: !viewModel.showRecuperarDialog
+
+        Column {
+            id: column
+            readonly property real inner: width - 2 * padding
+            width: parent.width
+            padding: 32
+            spacing: 16
+
+            Item {
+                width: column.inner
+                height: 160 + 8
+                Image {
+                    objectName: "logo"
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    width: 160
+                    height: 160
+                    fillMode: Image.PreserveAspectFit
+                    source: "qrc:/marovenda/images/marovenda_logo.png"
+                }
+            }
+            AppText {
+                width: column.inner
+                bottomPadding: 24
+                text: "Ingresa a tu panel logístico"
+                color: Theme.grey
+                horizontalAlignment: Text.AlignHCenter
+            }
+            CustomTextField {
+                objectName: "email"
+                width: column.inner
+                hint: "Correo Electrónico"
+                text: viewModel.email
+                isDecimal: false
+                onTextEdited: viewModel.email = text
+            }
+            CustomSecureField {
+                objectName: "pass"
+                width: column.inner
+                hint: "Contraseña"
+                text: viewModel.pass
+                onTextEdited: viewModel.pass = text
+            }
+            Item {
+                width: column.inner
+                height: recover.height + 16
+                TextButton {
+                    id: recover
+                    objectName: "recuperar"
+                    anchors.right: parent.right
+                    width: Math.min(implicitWidth, parent.width)
+                    text: "¿Olvidaste tu contraseña?"
+                    textStyle: Theme.caption
+                    bold: true
+                    onClicked: viewModel.abrirRecuperacion()
+                }
+            }
+            PrimaryButton {
+                objectName: "iniciarSesion"
+                width: column.inner
+                text: "Iniciar Sesión"
+                onClicked: viewModel.iniciarSesion()
+            }
+            MessageLine {
+                objectName: "msg"
+                width: column.inner
+                text: viewModel.msg
+                textStyle: Theme.caption
+                color: Theme.red
+            }
+            Item {
+                width: column.inner
+                height: register.height + 16
+                TextButton {
+                    id: register
+                    objectName: "registro"
+                    y: 16
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    width: Math.min(implicitWidth, parent.width)
+                    text: "¿No tienes cuenta? Regístrate aquí"
+                    bold: true
+                }
+            }
+        }
+    }
+
+    Alert {
+        objectName: "recuperarDialog"
+        parent: screen
+        shown: viewModel.showRecuperarDialog
+        title: "Recuperar Contraseña"
+        message: "Se enviará una solicitud con el enlace de cambio a " + viewModel.supportEmail + "."
+        placeholder: "Ingresa tu correo registrado"
+        acceptText: "Enviar"
+        text: viewModel.recuperarEmail
+        onTextEdited: viewModel.recuperarEmail = text
+        onAccepted: {
+            viewModel.showRecuperarDialog = false
+            viewModel.enviarRecuperacion()
+        }
+        onCancelled: viewModel.showRecuperarDialog = false
+    }
+}

@@ -1,0 +1,50 @@
+#include "LoginViewModel.h"
+
+#include "ApiClient.h"
+#include "Deployment.h"
+#include "ParseUserId.h"
+
+using namespace Qt::StringLiterals;
+
+QString LoginViewModel::supportEmail() const { return Deployment::supportEmail(); }
+
+void LoginViewModel::iniciarSesion()
+{
+    if (email.value().isEmpty() || pass.value().isEmpty()) {
+        msg = u"Completa los campos"_s;
+        return;
+    }
+    const LoginRequest request { .email = email, .password = pass };
+    ApiClient::instance().post<LoginResponse>(
+        u"api_login.php"_s, request, [this, alive = hold()](const std::optional<LoginResponse> &reply) {
+            const auto failure = u"Error de credenciales"_s;
+            if (!reply) {
+                msg = failure;
+            } else if (reply->status != u"success"_s) {
+                msg = reply->message.value_or(failure);
+            } else {
+                setUserId(parseUserId(reply->id));
+                setUserNombre(reply->nombre.value_or(QString()));
+                setUserEmail(email);
+            }
+        });
+}
+
+void LoginViewModel::abrirRecuperacion()
+{
+    recuperarEmail = QString();
+    showRecuperarDialog = true;
+}
+
+void LoginViewModel::enviarRecuperacion()
+{
+    if (recuperarEmail.value().isEmpty())
+        return;
+    const RecuperarRequest request { .email = recuperarEmail };
+    ApiClient::instance().post<StandardResponse>(
+        u"api_recuperar.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
+            // Whether the address is known is nobody's business, and a failure looks the same.
+            const auto done = u"Solicitud procesada"_s;
+            msg = reply ? reply->message.value_or(done) : done;
+        });
+}

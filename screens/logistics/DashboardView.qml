@@ -1,0 +1,238 @@
+import QtQuick
+import Marovenda.Logistics
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    barHidden: true
+    onAppeared: viewModel.cargarDatos()
+
+    DashboardViewModel { id: viewModel }
+
+    Scroller {
+        anchors.fill: parent
+
+        Column {
+            id: column
+            readonly property real inner: width - 2 * padding
+            width: parent.width
+            padding: 24
+            spacing: 24
+
+            Item {
+                objectName: "header"
+                width: column.inner
+                height: Math.max(50, greeting.height)
+
+                Avatar {
+                    id: photo
+                    objectName: "photo"
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: 50
+                    height: 50
+                    photo: viewModel.userAvatarData
+                    Accessible.role: Accessible.Graphic
+                    Accessible.name: "Foto de perfil"
+                    Accessible.ignored: !enabled
+                }
+                Column {
+                    id: greeting
+                    anchors.verticalCenter: parent.verticalCenter
+                    x: photo.width + 2 * Theme.spacing
+                    width: signOut.x - x - Theme.spacing
+                    spacing: Theme.spacing
+                    AppText {
+                        objectName: "greeting"
+                        width: parent.width
+                        text: "Hola, " + viewModel.userNombre
+                        textStyle: Theme.headline
+                    }
+                    AppText {
+                        width: parent.width
+                        text: "Bienvenido"
+                        textStyle: Theme.subheadline
+                        color: Theme.grey
+                    }
+                }
+                Pressable {
+                    id: signOut
+                    objectName: "cerrarSesion"
+                    anchors.right: parent.right
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: "Cerrar sesión"
+                    onClicked: viewModel.cerrarSesion()
+                    contentItem: Symbol {
+                        implicitWidth: 24 * Theme.textScale
+                        implicitHeight: implicitWidth
+                        name: "rectangle.portrait.and.arrow.right"
+                        color: Theme.primaryText
+                    }
+                }
+            }
+
+            Item {
+                objectName: "summary"
+                width: column.inner
+                height: summary.height
+
+                ContinuousRectangle {
+                    anchors.fill: parent
+                    radius: 24
+                    color: Theme.blue
+                }
+                Column {
+                    id: summary
+                    width: parent.width
+                    padding: Theme.padding
+                    spacing: Theme.spacing
+                    AppText {
+                        width: parent.width - 2 * Theme.padding
+                        text: "Mi Resumen"
+                        textStyle: Theme.title2
+                        bold: true
+                        color: Theme.white
+                        Accessible.role: Accessible.Heading
+                    }
+                    Item {
+                        width: parent.width - 2 * Theme.padding
+                        height: 8 + Math.max(paquetes.height, cotizaciones.height)
+                        CountBlock {
+                            id: paquetes
+                            objectName: "paqueteCount"
+                            y: 8
+                            count: viewModel.paqueteCount
+                            caption: "Paquetes"
+                        }
+                        CountBlock {
+                            id: cotizaciones
+                            objectName: "cotizacionCount"
+                            y: 8
+                            anchors.right: parent.right
+                            count: viewModel.cotizacionCount
+                            caption: "Cotizaciones"
+                        }
+                    }
+                }
+            }
+
+            Flickable {
+                objectName: "tiles"
+                width: column.inner
+                height: tiles.height
+                contentWidth: tiles.width
+                flickableDirection: Flickable.HorizontalFlick
+                interactive: contentWidth > width
+                clip: true
+
+                Row {
+                    id: tiles
+                    spacing: 16
+                    DashboardBtn { icon: "shippingbox"; text: "Casillero" }
+                    DashboardBtn { icon: "doc.text"; text: "Cotizar" }
+                    DashboardBtn { icon: "car"; text: "Autos" }
+                    DashboardBtn { icon: "person"; text: "Perfil" }
+                    DashboardBtn { icon: "info.circle"; text: "Dev" }
+                }
+            }
+
+            Column {
+                objectName: "recentPackages"
+                width: column.inner
+                spacing: 12
+                SectionTitle {
+                    width: parent.width
+                    title: "Envíos Recientes"
+                    link: "Ver todos"
+                }
+                Repeater {
+                    model: viewModel.paquetesRecientes
+                    CardRow {
+                        required property var tracking
+                        required property var descripcion
+                        required property var estado
+                        width: column.inner
+                        text: headline + ", " + detail + ", " + badge
+                        emoji: "📦"
+                        headline: "Tracking: " + (tracking ?? "N/A")
+                        detail: descripcion ?? "Sin descripción"
+                        badge: (estado ?? "RECIBIDO").toUpperCase()
+                        badgeColor: Theme.green
+                        onClicked: viewModel.abrirTracking(tracking)
+                    }
+                }
+            }
+
+            Column {
+                objectName: "recentQuotes"
+                width: column.inner
+                spacing: 12
+                SectionTitle {
+                    width: parent.width
+                    title: "Mis Cotizaciones"
+                    link: "Ver todas"
+                }
+                Repeater {
+                    model: viewModel.cotizacionesRecientes
+                    CardRow {
+                        required property var origen
+                        required property var descripcion
+                        required property var estado
+                        width: column.inner
+                        pressable: false
+                        text: headline + ", " + detail + ", " + badge
+                        emoji: "📄"
+                        headline: "Origen: " + (origen ?? "N/A")
+                        detail: descripcion ?? "Sin descripción"
+                        badge: (estado ?? "PENDIENTE").toUpperCase()
+                        badgeColor: Theme.blue
+                    }
+                }
+            }
+
+            Card {
+                objectName: "tracking"
+                width: column.inner
+                radius: 16
+                padding: 16
+
+                contentItem: Column {
+                    spacing: 12
+                    AppText {
+                        width: parent.width
+                        text: "Rastreo de Paquetes"
+                        textStyle: Theme.headline
+                        Accessible.role: Accessible.Heading
+                    }
+                    Item {
+                        width: parent.width
+                        height: Math.max(number.height, search.height)
+                        FormField {
+                            id: number
+                            objectName: "trackingText"
+                            anchors.verticalCenter: parent.verticalCenter
+                            width: search.x - Theme.spacing
+                            padding: 12
+                            radius: 10
+                            fill: Theme.greyFill
+                            outline: "transparent"
+                            hint: "Número de tracking..."
+                            text: viewModel.trackingText
+                            onTextEdited: viewModel.trackingText = text
+                        }
+                        PrimaryButton {
+                            id: search
+                            objectName: "buscar"
+                            anchors.right: parent.right
+                            anchors.verticalCenter: parent.verticalCenter
+                            verticalPadding: 12
+                            radius: 10
+                            text: "Buscar"
+                            onClicked: viewModel.abrirTracking(viewModel.trackingText)
+                        }
+                    }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,176 @@
+import QtQuick
+import QtQuick.Templates as T
+import Marovenda.Ui
+
+// A question over the whole window, with one text input and two buttons. Its focus starts in the input and cannot leave.
+FocusScope {
+    id: alert
+
+    property bool shown: false
+    property string title: ""
+    property string message: ""
+    property string placeholder: ""
+    property alias text: input.text
+    property string acceptText: ""
+    property string cancelText: "Cancelar"
+
+    signal textEdited()
+    signal accepted()
+    signal cancelled()
+
+    function accept() {
+        Qt.inputMethod.commit()
+        accepted()
+    }
+
+    anchors.fill: parent
+    visible: shown || fade.running
+    enabled: shown
+    z: 100
+
+    onShownChanged: {
+        if (shown)
+            input.forceActiveFocus()
+        fade.restart()
+    }
+
+    Keys.onEscapePressed: alert.cancelled()
+    Keys.onBackPressed: alert.cancelled()
+
+    ParallelAnimation {
+        id: fade
+        NumberAnimation {
+            target: alert
+            property: "opacity"
+            from: alert.shown ? 0 : alert.opacity
+            to: alert.shown ? 1 : 0
+            duration: Theme.alertDuration
+        }
+        NumberAnimation {
+            target: box
+            property: "scale"
+            from: alert.shown ? 1.1 : 1
+            to: 1
+            duration: Theme.alertDuration
+            easing.type: Easing.BezierSpline
+            easing.bezierCurve: Theme.easeOut
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Qt.rgba(0, 0, 0, 0.2)
+        // Nothing below can be reached.
+        MouseArea {
+            anchors.fill: parent
+            hoverEnabled: true
+            onWheel: wheel => wheel.accepted = true
+        }
+    }
+
+    FocusScope {
+        id: box
+        focus: true
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: Math.max(8, (parent.height - keyboard - height) / 2)
+        width: Math.min(270 * Math.max(1, Math.min(Theme.textScale, 1.3)), parent.width - 16)
+        height: content.height
+        readonly property real keyboard: Qt.inputMethod.visible ? Qt.inputMethod.keyboardRectangle.height : 0
+
+        Accessible.role: Accessible.Dialog
+        Accessible.name: alert.title
+        Accessible.ignored: !alert.enabled
+
+        ContinuousRectangle {
+            anchors.fill: parent
+            radius: 14
+            color: Qt.rgba(1, 1, 1, 0.95)
+        }
+        Column {
+            id: content
+            width: parent.width
+
+            Flickable {
+                width: parent.width
+                height: Math.min(texts.height, alert.height - box.keyboard - 16 - buttons.height)
+                contentHeight: texts.height
+                interactive: contentHeight > height
+                clip: interactive
+
+                Column {
+                    id: texts
+                    width: parent.width
+                    topPadding: 19
+                    bottomPadding: 16
+                    leftPadding: 16
+                    rightPadding: 16
+                    spacing: 2
+                    readonly property real inner: width - 32
+
+                    AppText {
+                        width: texts.inner
+                        text: alert.title
+                        textStyle: Theme.headline
+                        horizontalAlignment: Text.AlignHCenter
+                        partOfControl: true
+                    }
+                    AppText {
+                        width: texts.inner
+                        text: alert.message
+                        textStyle: Theme.footnote
+                        horizontalAlignment: Text.AlignHCenter
+                    }
+                    Item { width: 1; height: 12 }
+                    FormField {
+                        id: input
+                        objectName: "alertInput"
+                        focus: true
+                        width: texts.inner
+                        padding: 6
+                        radius: 7
+                        hint: alert.placeholder
+                        outline: Theme.separator
+                        onTextEdited: alert.textEdited()
+                        Keys.onReturnPressed: alert.accept()
+                        Keys.onEnterPressed: alert.accept()
+                        KeyNavigation.tab: cancelButton
+                        KeyNavigation.backtab: acceptButton
+                    }
+                }
+            }
+            Hairline { width: parent.width }
+            Item {
+                id: buttons
+                width: parent.width
+                height: Math.max(Theme.touchTarget, acceptButton.implicitHeight)
+
+                TextButton {
+                    id: cancelButton
+                    width: parent.width / 2
+                    height: parent.height
+                    text: alert.cancelText
+                    bold: true
+                    onClicked: alert.cancelled()
+                    KeyNavigation.tab: acceptButton
+                    KeyNavigation.backtab: input
+                }
+                Rectangle {
+                    x: parent.width / 2
+                    width: 1 / Screen.devicePixelRatio
+                    height: parent.height
+                    color: Theme.separator
+                }
+                TextButton {
+                    id: acceptButton
+                    x: parent.width / 2
+                    width: parent.width / 2
+                    height: parent.height
+                    text: alert.acceptText
+                    onClicked: alert.accepted()
+                    KeyNavigation.tab: input
+                    KeyNavigation.backtab: cancelButton
+                }
+            }
+        }
+    }
+}

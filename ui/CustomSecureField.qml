@@ -1,0 +1,10 @@
+import QtQuick
+
+// A form's input for a password.
+FormField {
+    echoMode: TextInput.Password
+    passwordCharacter: "\u2022"
+    // qmllint disable
+    inputMethodHints: Qt.ImhHiddenText | Qt.ImhSensitiveData | Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase
+    // qmllint enable
+}

@@ -1,0 +1,8 @@
+import QtQuick
+
+// A separator one physical pixel high.
+Rectangle {
+    implicitHeight: 1 / Screen.devicePixelRatio
+    height: implicitHeight
+    color: Theme.separator
+}

@@ -1,0 +1,169 @@
+import QtQuick
+
+// A stack of screens, of which the top one is on show. A new screen slides in from the right; going back is the reverse,
+// by a control of the screen, by Escape, Alt+Left or the Back key, or by dragging from the left edge.
+FocusScope {
+    id: container
+
+    required property Component root
+    readonly property int depth: pages.length
+    readonly property AppScreen current: depth > 0 ? pages[depth - 1] : null
+    readonly property bool moving: animation.running || edge.active
+
+    // All screens, the lowest first.
+    property var pages: []
+    // How far the top screen has come in: 0 is out at the right, 1 is in place.
+    property real progress: 1
+    property bool leaving: false
+
+    function push(component: Component) {
+        finish()
+        const page = component.createObject(stage, { canGoBack: depth > 0 }) as AppScreen
+        if (!page)
+            return
+        page.push.connect(container.push)
+        page.back.connect(container.pop)
+        pages = pages.concat([page])
+        if (depth > 1 && Theme.pushDuration > 0) {
+            progress = 0
+            slideTo(1, Theme.pushDuration)
+        } else {
+            progress = 1
+        }
+        arrange()
+        page.forceActiveFocus()
+        page.appeared()
+    }
+
+    // Back to the screen below, which comes on screen now.
+    function pop() {
+        if (depth < 2 || leaving)
+            return
+        finish()
+        leaving = true
+        pages[depth - 2].appeared()
+        slideTo(0, Theme.pushDuration)
+        arrange()
+    }
+
+    function slideTo(end: real, duration: int) {
+        animation.from = progress
+        animation.to = end
+        animation.duration = Math.max(1, duration * Math.abs(end - progress))
+        animation.restart()
+        if (duration === 0)
+            animation.complete()
+    }
+
+    // Ends a movement at once, as it would have ended.
+    function finish() {
+        if (animation.running)
+            animation.complete()
+    }
+
+    function settle() {
+        if (progress < 0.5 && depth > 1) {
+            const gone = current
+            pages = pages.slice(0, -1)
+            progress = 1
+            gone.visible = false
+            gone.destroy()
+            leaving = false
+            arrange()
+            current.forceActiveFocus()
+            if (swipe.popping) {
+                swipe.popping = false
+                current.appeared()
+            }
+        } else {
+            progress = 1
+            leaving = false
+            swipe.popping = false
+            arrange()
+        }
+    }
+
+    // Places the two topmost screens and hides the others. Only the top screen can be used, and only it when it is the
+    // only one showing is to be found by a screen reader.
+    function arrange() {
+        const last = depth - 1
+        for (let i = 0; i <= last; ++i) {
+            const page = pages[i]
+            const below = i === last - 1
+            page.width = container.width
+            page.height = container.height
+            page.z = i
+            page.visible = i === last || (below && progress < 1)
+            page.enabled = i === last && !leaving
+            page.x = i === last ? (1 - progress) * width : below ? -0.3 * width * progress : 0
+        }
+    }
+
+    onProgressChanged: arrange()
+    onWidthChanged: arrange()
+    onHeightChanged: arrange()
+    Component.onCompleted: push(root)
+
+    Keys.onPressed: event => {
+        const back = event.key === Qt.Key_Escape || event.key === Qt.Key_Back
+            || (event.key === Qt.Key_Left && (event.modifiers & Qt.AltModifier))
+        if (back && depth > 1) {
+            event.accepted = true
+            pop()
+        }
+    }
+
+    NumberAnimation {
+        id: animation
+        target: container
+        property: "progress"
+        easing.type: Easing.BezierSpline
+        easing.bezierCurve: Theme.easeOut
+        onFinished: container.settle()
+    }
+
+    Item {
+        id: stage
+        anchors.fill: parent
+        clip: true
+
+        // The dim over the lower screen while the upper one moves.
+        Rectangle {
+            anchors.fill: parent
+            visible: container.depth > 1 && container.progress < 1
+            z: container.depth - 1.5
+            color: "black"
+            opacity: 0.1 * container.progress
+        }
+    }
+
+    Item {
+        id: swipe
+        property bool popping: false
+
+        width: 20
+        height: parent.height
+        enabled: container.depth > 1 && !animation.running && container.current && container.current.enabled
+
+        DragHandler {
+            id: edge
+            target: null
+            xAxis.enabled: true
+            yAxis.enabled: false
+            dragThreshold: 8
+            onActiveTranslationChanged: {
+                if (active)
+                    container.progress = 1 - Math.max(0, Math.min(1, activeTranslation.x / container.width))
+            }
+            onActiveChanged: {
+                if (active)
+                    return
+                const flick = centroid.velocity.x > 500
+                const pops = container.progress < 0.5 || (flick && container.progress < 1)
+                swipe.popping = pops
+                container.leaving = pops
+                container.slideTo(pops ? 0 : 1, Theme.pushDuration)
+            }
+        }
+    }
+}

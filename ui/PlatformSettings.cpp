@@ -1,0 +1,135 @@
+#include "PlatformSettings.h"
+
+#include "SecureFieldAccessible.h"
+
+#include <QEvent>
+#include <QFont>
+#include <QGuiApplication>
+
+#include <algorithm>
+
+#ifdef MAROVENDA_DBUS
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The size, in points, that the platform's default font has while nobody has changed it. A desktop without a theme of
+/// its own gets Qt's 9; GNOME's interface font is 11 and Plasma's 10.
+double standardPointSize()
+{
+#if defined(Q_OS_MACOS)
+    return 13;
+#elif defined(Q_OS_ANDROID)
+    return 14;
+#elif defined(Q_OS_IOS)
+    return 17;
+#elif defined(Q_OS_WIN)
+    return 9;
+#else
+    const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP").toLower();
+    if (desktop.contains("kde"))
+        return 10;
+    for (const char *gtk : { "gnome", "unity", "phosh", "cinnamon", "mate", "xfce", "budgie" }) {
+        if (desktop.contains(gtk))
+            return 11;
+    }
+    return 9;
+#endif
+}
+
+#ifdef MAROVENDA_DBUS
+constexpr auto portalService = "org.freedesktop.portal.Desktop"_L1;
+constexpr auto portalPath = "/org/freedesktop/portal/desktop"_L1;
+constexpr auto portalSettings = "org.freedesktop.portal.Settings"_L1;
+
+// The older of the two settings that tell; the newer one, "reduced-motion" in org.freedesktop.appearance, is asked too.
+constexpr auto gnomeArea = "org.gnome.desktop.interface"_L1;
+constexpr auto gnomeKey = "enable-animations"_L1;
+constexpr auto appearanceArea = "org.freedesktop.appearance"_L1;
+constexpr auto appearanceKey = "reduced-motion"_L1;
+#endif
+
+} // namespace
+
+PlatformSettings::PlatformSettings(QObject *parent) : QObject(parent)
+{
+    // Qt Quick is loaded by now, and of two factories the later one is asked first.
+    SecureFieldAccessible::install();
+    readTextScale();
+    qGuiApp->installEventFilter(this);
+    askForMotion();
+}
+
+bool PlatformSettings::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == qGuiApp && event->type() == QEvent::ApplicationFontChange)
+        readTextScale();
+    return QObject::eventFilter(watched, event);
+}
+
+void PlatformSettings::readTextScale()
+{
+    const double size = QGuiApplication::font().pointSizeF();
+    // A font set in pixels says nothing about the customer's wish.
+    const double scale = size > 0 ? std::clamp(size / standardPointSize(), 0.8, 3.0) : 1.0;
+    if (qFuzzyCompare(scale, m_textScale))
+        return;
+    m_textScale = scale;
+    emit textScaleChanged();
+}
+
+void PlatformSettings::setReducedMotion(bool reduced)
+{
+    if (reduced == m_reducedMotion)
+        return;
+    m_reducedMotion = reduced;
+    emit reducedMotionChanged();
+}
+
+void PlatformSettings::askForMotion()
+{
+#ifdef MAROVENDA_DBUS
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    bus.connect(portalService, portalPath, portalSettings, u"SettingChanged"_s, this,
+        SLOT(portalSettingChanged(QString, QString)));
+    portalSettingChanged(gnomeArea, gnomeKey);
+    portalSettingChanged(appearanceArea, appearanceKey);
+#endif
+}
+
+void PlatformSettings::portalSettingChanged(const QString &area, const QString &key)
+{
+#ifdef MAROVENDA_DBUS
+    const bool gnome = area == gnomeArea && key == gnomeKey;
+    if (!gnome && !(area == appearanceArea && key == appearanceKey))
+        return;
+    auto question = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, u"Read"_s);
+    question << area << key;
+    // Nobody is started for the answer: where no portal runs, motion is on.
+    question.setAutoStartService(false);
+    auto *const answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, gnome, answer] {
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        answer->deleteLater();
+        if (reply.isError())
+            return;
+        QVariant value = reply.value().variant();
+        // The portal wraps the setting in a second variant.
+        if (value.canConvert<QDBusVariant>())
+            value = value.value<QDBusVariant>().variant();
+        setReducedMotion(gnome ? !value.toBool() : value.toUInt() == 1);
+    });
+#else
+    Q_UNUSED(area)
+    Q_UNUSED(key)
+#endif
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QObject>
+#include <QtQmlIntegration>
+
+/// What the customer has set on the device and the look follows.
+class PlatformSettings : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    /// The desktop's text size against its standard one: 1 at the standard, 2 at twice that size; 0.8 to 3.
+    Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)
+    /// True when the platform asks programs not to move things.
+    Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY reducedMotionChanged)
+public:
+    explicit PlatformSettings(QObject *parent = nullptr);
+
+    double textScale() const { return m_textScale; }
+    bool reducedMotion() const { return m_reducedMotion; }
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+Q_SIGNALS:
+    void textScaleChanged();
+    void reducedMotionChanged();
+
+private:
+    void readTextScale();
+    void setReducedMotion(bool reduced);
+    void askForMotion();
+    Q_SLOT void portalSettingChanged(const QString &area, const QString &key);
+
+    double m_textScale = 1;
+    bool m_reducedMotion = false;
+};

@@ -1,0 +1,80 @@
+import QtQuick
+
+// A vertical scroll area for one column of content. It is inert while the content fits, and it keeps the focused field
+// in the visible part, above an on-screen keyboard too.
+Flickable {
+    id: scroller
+
+    default property alias column: holder.data
+    property bool indicatorShown: true
+    // Content lower than the area is centred in it instead of starting at the top.
+    property bool centred: false
+    readonly property real keyboardCover: {
+        if (!Qt.inputMethod.visible || Qt.inputMethod.keyboardRectangle.height <= 0)
+            return 0
+        const bottom = scroller.mapToItem(null, 0, scroller.height).y
+        return Math.max(0, bottom - Qt.inputMethod.keyboardRectangle.y)
+    }
+    readonly property real viewHeight: height - keyboardCover
+    readonly property Item focused: Window.activeFocusItem
+
+    function isInside(item: Item): bool {
+        for (let each = item; each; each = each.parent) {
+            if (each === holder)
+                return true
+        }
+        return false
+    }
+
+    function reveal(item: Item) {
+        if (!item || !isInside(item) || moving)
+            return
+        const top = item.mapToItem(contentItem, 0, 0).y
+        const bottom = top + item.height
+        const margin = Theme.spacing
+        let wanted = contentY
+        if (bottom + margin > wanted + viewHeight)
+            wanted = bottom + margin - viewHeight
+        if (top - margin < wanted)
+            wanted = top - margin
+        contentY = Math.max(0, Math.min(wanted, Math.max(0, contentHeight + bottomMargin - height)))
+    }
+
+    contentWidth: width
+    contentHeight: Math.max(holder.childrenRect.height, 1)
+    bottomMargin: keyboardCover
+    interactive: contentHeight > viewHeight + 0.5
+    boundsBehavior: interactive ? Flickable.DragAndOvershootBounds : Flickable.StopAtBounds
+    flickableDirection: Flickable.VerticalFlick
+    clip: false
+    // A tap on a button while the area might scroll is passed on at once.
+    pressDelay: 0
+
+    onFocusedChanged: reveal(focused)
+    onHeightChanged: Qt.callLater(reveal, focused)
+    onKeyboardCoverChanged: Qt.callLater(reveal, focused)
+    onContentHeightChanged: {
+        if (!interactive)
+            contentY = 0
+        Qt.callLater(reveal, focused)
+    }
+
+    Item {
+        id: holder
+        width: Math.min(scroller.width, Theme.columnWidth)
+        x: (scroller.width - width) / 2
+        y: scroller.centred ? Math.max(0, (scroller.viewHeight - childrenRect.height) / 2) : 0
+        height: childrenRect.height
+    }
+
+    Rectangle {
+        parent: scroller
+        visible: scroller.indicatorShown && scroller.interactive && scroller.moving
+        x: scroller.width - width - 3
+        y: 2 + (scroller.height - 4) * Math.max(0, scroller.visibleArea.yPosition)
+        width: 3
+        height: Math.max(24, (scroller.height - 4) * scroller.visibleArea.heightRatio)
+        radius: 1.5
+        color: Qt.rgba(0, 0, 0, 0.35)
+    }
+}

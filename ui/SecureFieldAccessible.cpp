@@ -1,0 +1,136 @@
+#include "SecureFieldAccessible.h"
+
+#include <QQuickItem>
+#include <QQuickWindow>
+
+#include <algorithm>
+
+namespace {
+
+constexpr QChar bullet(u'\u2022');
+
+/// Qt calls this for each class of an object, from its own up to QObject.
+QAccessibleInterface *makeSecureField(const QString &className, QObject *object)
+{
+    if (className != u"QQuickTextInput" || object->property("echoMode").toInt() == 0)
+        return nullptr;
+    return new SecureFieldAccessible(static_cast<QQuickItem *>(object));
+}
+
+} // namespace
+
+void SecureFieldAccessible::install()
+{
+    [[maybe_unused]] static const bool once = [] {
+        QAccessible::installFactory(makeSecureField);
+        return true;
+    }();
+}
+
+SecureFieldAccessible::SecureFieldAccessible(QQuickItem *field) : QAccessibleObject(field) {}
+
+QQuickItem *SecureFieldAccessible::field() const { return static_cast<QQuickItem *>(object()); }
+
+QAccessibleInterface *SecureFieldAccessible::parent() const
+{
+    for (QQuickItem *item = field()->parentItem(); item; item = item->parentItem()) {
+        if (item->window() && item == item->window()->contentItem())
+            break;
+        if (auto *const found = QAccessible::queryAccessibleInterface(item))
+            return found;
+    }
+    return QAccessible::queryAccessibleInterface(field()->window());
+}
+
+QAccessibleInterface *SecureFieldAccessible::child(int) const { return nullptr; }
+int SecureFieldAccessible::indexOfChild(const QAccessibleInterface *) const { return -1; }
+
+QString SecureFieldAccessible::text(QAccessible::Text which) const
+{
+    switch (which) {
+    case QAccessible::Name:
+        return field()->property("hint").toString();
+    case QAccessible::Value:
+        return QString(characterCount(), bullet);
+    default:
+        return {};
+    }
+}
+
+void SecureFieldAccessible::setText(QAccessible::Text which, const QString &text)
+{
+    if (which == QAccessible::Value)
+        field()->setProperty("text", text);
+}
+
+QRect SecureFieldAccessible::rect() const
+{
+    const QRectF scene = field()->mapRectToScene(field()->boundingRect());
+    const QQuickWindow *const view = field()->window();
+    return view ? QRect(view->mapToGlobal(scene.topLeft().toPoint()), scene.size().toSize()) : QRect();
+}
+
+QAccessible::State SecureFieldAccessible::state() const
+{
+    QAccessible::State state;
+    state.passwordEdit = true;
+    state.editable = true;
+    state.focusable = true;
+    state.selectableText = true;
+    state.focused = field()->hasActiveFocus();
+    state.disabled = !field()->isEnabled();
+    const QQuickWindow *const view = field()->window();
+    state.invisible = !view || !view->isVisible() || !field()->isVisible() || qFuzzyIsNull(field()->opacity());
+    state.offscreen = view
+        && !QRectF(QPointF(), view->size()).intersects(field()->mapRectToScene(field()->boundingRect()));
+    return state;
+}
+
+QWindow *SecureFieldAccessible::window() const { return field()->window(); }
+
+void *SecureFieldAccessible::interface_cast(QAccessible::InterfaceType type)
+{
+    return type == QAccessible::TextInterface ? static_cast<QAccessibleTextInterface *>(this) : nullptr;
+}
+
+int SecureFieldAccessible::characterCount() const { return field()->property("length").toInt(); }
+
+QString SecureFieldAccessible::text(int start, int end) const
+{
+    const int count = characterCount();
+    const int from = std::clamp(start, 0, count);
+    return QString(std::clamp(end < 0 ? count : end, from, count) - from, bullet);
+}
+
+int SecureFieldAccessible::cursorPosition() const { return field()->property("cursorPosition").toInt(); }
+void SecureFieldAccessible::setCursorPosition(int position) { field()->setProperty("cursorPosition", position); }
+
+int SecureFieldAccessible::selectionCount() const
+{
+    return field()->property("selectionStart") != field()->property("selectionEnd") ? 1 : 0;
+}
+
+void SecureFieldAccessible::selection(int, int *start, int *end) const
+{
+    *start = field()->property("selectionStart").toInt();
+    *end = field()->property("selectionEnd").toInt();
+}
+
+void SecureFieldAccessible::addSelection(int start, int end) { setSelection(0, start, end); }
+void SecureFieldAccessible::removeSelection(int) { QMetaObject::invokeMethod(field(), "deselect"); }
+
+void SecureFieldAccessible::setSelection(int, int start, int end)
+{
+    QMetaObject::invokeMethod(field(), "select", Q_ARG(int, start), Q_ARG(int, end));
+}
+
+QRect SecureFieldAccessible::characterRect(int) const { return {}; }
+int SecureFieldAccessible::offsetAtPoint(const QPoint &) const { return -1; }
+void SecureFieldAccessible::scrollToSubstring(int, int) {}
+
+QString SecureFieldAccessible::attributes(int, int *start, int *end) const
+{
+    *start = 0;
+    *end = characterCount();
+    return {};
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QAccessibleObject>
+
+class QQuickItem;
+
+/// What assistive technology gets of a password field: the role "password text", the field's hint as its name, and as
+/// its text one bullet for each character. The clear text is not to be had, neither asked for nor in an event.
+class SecureFieldAccessible final : public QAccessibleObject, public QAccessibleTextInterface {
+public:
+    /// Makes this the interface of every Qt Quick field whose echo mode is not normal. To be called after Qt Quick has
+    /// been loaded; further calls do nothing.
+    static void install();
+
+    explicit SecureFieldAccessible(QQuickItem *field);
+
+    QAccessibleInterface *parent() const override;
+    QAccessibleInterface *child(int index) const override;
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface *child) const override;
+    QString text(QAccessible::Text which) const override;
+    void setText(QAccessible::Text which, const QString &text) override;
+    QRect rect() const override;
+    QAccessible::Role role() const override { return QAccessible::EditableText; }
+    QAccessible::State state() const override;
+    QWindow *window() const override;
+    void *interface_cast(QAccessible::InterfaceType type) override;
+
+    void selection(int index, int *start, int *end) const override;
+    int selectionCount() const override;
+    void addSelection(int start, int end) override;
+    void removeSelection(int index) override;
+    void setSelection(int index, int start, int end) override;
+    int cursorPosition() const override;
+    void setCursorPosition(int position) override;
+    QString text(int start, int end) const override;
+    int characterCount() const override;
+    QRect characterRect(int offset) const override;
+    int offsetAtPoint(const QPoint &point) const override;
+    void scrollToSubstring(int start, int end) override;
+    QString attributes(int offset, int *start, int *end) const override;
+
+private:
+    QQuickItem *field() const;
+};

@@ -1,0 +1,44 @@
+import QtQuick
+
+// Eight spokes that light up in turn, once around a second. It does nothing at all unless it is visible and running.
+Item {
+    id: spinner
+
+    property bool running: true
+    property int head: 0
+
+    implicitWidth: 20
+    implicitHeight: 20
+
+    Accessible.role: Accessible.Indicator
+    Accessible.name: "Cargando"
+    Accessible.ignored: !enabled
+
+    Timer {
+        interval: 125
+        repeat: true
+        running: spinner.running && spinner.visible
+        onTriggered: spinner.head = (spinner.head + 1) % 8
+    }
+    Repeater {
+        model: 8
+        Rectangle {
+            required property int index
+
+            x: spinner.width / 2 - width / 2
+            y: 0.5
+            width: 2.4
+            height: spinner.height * 0.29
+            radius: width / 2
+            color: Theme.grey
+            antialiasing: true
+            opacity: 1 - 0.11 * ((spinner.head - index + 8) % 8)
+            transformOrigin: Item.Center
+            transform: Rotation {
+                origin.x: 1.2
+                origin.y: spinner.height / 2 - 0.5
+                angle: index * 45
+            }
+        }
+    }
+}

@@ -1,0 +1,19 @@
+import QtQuick
+
+// A button or link that is its text alone.
+Pressable {
+    id: button
+
+    property TextStyle textStyle: Theme.body
+    property bool bold: false
+    property color color: Theme.blue
+
+    contentItem: AppText {
+        text: button.text
+        textStyle: button.textStyle
+        bold: button.bold
+        color: button.color
+        horizontalAlignment: Text.AlignHCenter
+        partOfControl: true
+    }
+}

@@ -1,0 +1,113 @@
+#include "TexturedItem.h"
+
+#include <QHash>
+#include <QMutex>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGTexture>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using SharedTexture = std::shared_ptr<QSGTexture>;
+
+/// The textures now in use, by window and key. A texture goes with the last node that shows it.
+class TextureCache {
+public:
+    template <class Make>
+    SharedTexture find(const QQuickWindow *window, const QString &key, Make make)
+    {
+        const QMutexLocker lock(&m_mutex);
+        auto &entry = m_textures[std::pair(window, key)];
+        if (SharedTexture known = entry.lock())
+            return known;
+        SharedTexture made(make());
+        entry = made;
+        if (m_textures.size() > m_sweepAt) {
+            m_textures.removeIf([](const auto &each) { return each.value().expired(); });
+            m_sweepAt = std::max<qsizetype>(64, 2 * m_textures.size());
+        }
+        return made;
+    }
+
+private:
+    QMutex m_mutex;
+    QHash<std::pair<const QQuickWindow *, QString>, std::weak_ptr<QSGTexture>> m_textures;
+    qsizetype m_sweepAt = 64;
+};
+
+TextureCache &textureCache()
+{
+    static TextureCache cache;
+    return cache;
+}
+
+struct PiecesNode final : QSGNode {
+    QString key;
+    SharedTexture texture;
+};
+
+} // namespace
+
+TexturedItem::TexturedItem(QQuickItem *parent) : QQuickItem(parent) { setFlag(ItemHasContents); }
+
+void TexturedItem::repaint() { update(); }
+
+qreal TexturedItem::pixelRatio() const { return window() ? window()->effectiveDevicePixelRatio() : 1.0; }
+
+QSGNode *TexturedItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
+{
+    auto *node = static_cast<PiecesNode *>(old);
+    const qreal ratio = pixelRatio();
+    const QString look = textureKey();
+    if (look.isEmpty() || width() <= 0 || height() <= 0) {
+        delete node;
+        return nullptr;
+    }
+    if (!node)
+        node = new PiecesNode;
+    const QString key = look + u'@' + QString::number(ratio);
+    if (key != node->key) {
+        const auto make = [&] { return window()->createTextureFromImage(paint(ratio), QQuickWindow::TextureHasAlphaChannel); };
+        // The old texture lives until the nodes that show it are gone.
+        while (QSGNode *child = node->firstChild())
+            delete child;
+        node->texture = textureCache().find(window(), key, make);
+        node->texture->setFiltering(QSGTexture::Linear);
+        node->key = key;
+    }
+    const QList<Piece> wanted = pieces(node->texture->textureSize(), ratio);
+    while (node->childCount() > wanted.size())
+        delete node->lastChild();
+    while (node->childCount() < wanted.size()) {
+        QSGImageNode *const piece = window()->createImageNode();
+        piece->setOwnsTexture(false);
+        piece->setTexture(node->texture.get());
+        piece->setFiltering(QSGTexture::Linear);
+        piece->setFlag(QSGNode::OwnedByParent);
+        node->appendChildNode(piece);
+    }
+    for (qsizetype index = 0; index < wanted.size(); ++index) {
+        auto *const piece = static_cast<QSGImageNode *>(node->childAtIndex(static_cast<int>(index)));
+        piece->setSourceRect(wanted[index].from);
+        piece->setRect(wanted[index].to);
+    }
+    return node;
+}
+
+void TexturedItem::geometryChange(const QRectF &now, const QRectF &before)
+{
+    QQuickItem::geometryChange(now, before);
+    if (now.size() != before.size())
+        update();
+}
+
+void TexturedItem::itemChange(ItemChange change, const ItemChangeData &data)
+{
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange)
+        update();
+    QQuickItem::itemChange(change, data);
+}
