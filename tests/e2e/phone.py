@@ -1,0 +1,257 @@
+"""A customer's device, seen from outside: a virtual display, a session bus with its accessibility service, and the app
+on it, found and operated only through what a screen reader gets, keys and the pointer.
+
+The accessibility library connects to the bus of the environment at its first use, so it is imported late.
+"""
+
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+DEADLINE = float(os.environ.get("MAROVENDA_E2E_DEADLINE", "60"))
+
+
+class Gone(Exception):
+    """What was waited for did not come."""
+
+
+class Element:
+    """One thing that is showing: what a screen reader would say of it, and what can be done with it."""
+
+    def __init__(self, accessible, role, name, states):
+        self.accessible = accessible
+        self.role = role
+        self.name = name
+        self.states = states
+
+    def __repr__(self):
+        return f"{self.role} «{self.name}»"
+
+    def press(self):
+        """The action that a screen reader's user would choose."""
+        action = self.accessible.get_action_iface()
+        names = [action.get_action_name(i) for i in range(action.get_n_actions())]
+        action.do_action(names.index("Press"))
+
+    def focus(self):
+        self.accessible.get_component_iface().grab_focus()
+
+    def text(self):
+        text = self.accessible.get_text_iface()
+        return text.get_text(0, text.get_character_count()) if text else ""
+
+    def box(self):
+        from gi.repository import Atspi
+        return self.accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+
+
+class Phone:
+    """Use as a context: the display and the buses end with it, and so does the app."""
+
+    def __init__(self, width=390, height=844):
+        self.size = (width, height)
+        self.home = pathlib.Path(tempfile.mkdtemp(prefix="marovenda-e2e-"))
+        self.children = []
+        self.app = None
+        self.events = []
+
+    def __enter__(self):
+        try:
+            self._start_display()
+            self._start_buses()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+        for child in reversed(self.children):
+            child.terminate()
+            child.wait()
+        shutil.rmtree(self.home, ignore_errors=True)
+
+    def _spawn(self, *command, **options):
+        child = subprocess.Popen(command, **options)
+        self.children.append(child)
+        return child
+
+    def _start_display(self):
+        read, write = os.pipe()
+        width, height = self.size
+        self._spawn("Xvfb", "-displayfd", str(write), "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp",
+                    "-noreset", pass_fds=[write], stderr=subprocess.DEVNULL)
+        os.close(write)
+        with os.fdopen(read) as display:
+            number = display.readline().strip()
+        if not number:
+            raise Gone("Xvfb did not start")
+        os.environ.update(DISPLAY=f":{number}", XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+                          XDG_DATA_HOME=str(self.home / "data"), XDG_CONFIG_HOME=str(self.home / "config"),
+                          XDG_CACHE_HOME=str(self.home / "cache"), LC_ALL="C.UTF-8", NO_AT_BRIDGE="0",
+                          QT_QPA_PLATFORM="xcb")
+        for name in ("WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY"):
+            os.environ.pop(name, None)
+        self.home.chmod(0o700)
+        # The system's opener, as far as the app can tell: it notes what it is asked to open.
+        tools = self.home / "bin"
+        tools.mkdir()
+        opener = tools / "xdg-open"
+        opener.write_text(f'#!/bin/sh\nprintf "%s\\n" "$1" >>"{self.home}/opened"\n')
+        opener.chmod(0o755)
+        os.environ["PATH"] = f"{tools}:{os.environ['PATH']}"
+
+    def _start_buses(self):
+        bus = self._spawn("dbus-daemon", "--session", "--nofork", "--print-address=1", stdout=subprocess.PIPE, text=True,
+                          stderr=subprocess.DEVNULL)
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        self._spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately", stderr=subprocess.DEVNULL)
+        import gi
+        gi.require_version("Atspi", "2.0")
+        from gi.repository import Atspi, GLib
+        self.atspi, self.glib = Atspi, GLib
+        self.wait_for(lambda: Atspi.get_desktop(0), "the accessibility service")
+        self.listener = Atspi.EventListener.new(self._heard)
+        for kind in ("object:state-changed:showing", "object:property-change:accessible-name", "object:announcement",
+                     "object:text-changed", "object:property-change:accessible-value"):
+            self.listener.register(kind)
+
+    def _heard(self, event):
+        try:
+            source = event.source
+            data = event.any_data if isinstance(event.any_data, str) else ""
+            self.events.append((event.type, source.get_role_name(), source.get_name() or "", event.detail1, data))
+        except self.glib.Error:
+            pass  # its source has gone meanwhile
+
+    def wait_for(self, look, what, deadline=DEADLINE):
+        """Looks until there is something to see, letting the bus's messages in between looks."""
+        from gi.repository import GLib
+        context = GLib.MainContext.default()
+        until = time.monotonic() + deadline
+        while True:
+            try:
+                found = look()
+            except GLib.Error:
+                found = None  # an element went away while we looked
+            if found:
+                return found
+            if time.monotonic() > until:
+                raise Gone(f"{what} did not come within {deadline:.0f} s; on screen: {self.describe()}")
+            if self.app and self.app.poll() is not None:
+                raise Gone(f"the app ended with {self.app.returncode} while waiting for {what}")
+            tick = GLib.timeout_add(40, lambda: False)
+            context.iteration(True)
+            if context.find_source_by_id(tick):
+                GLib.source_remove(tick)
+
+    # The app
+
+    def open(self, executable, **environment):
+        self.errors = self.home / "stderr"
+        with open(self.errors, "a") as errors:
+            self.app = subprocess.Popen([executable], env={**os.environ, **environment}, stderr=errors)
+        self.wait_for(self._application, "the app")
+
+    def close(self):
+        if self.app and self.app.poll() is None:
+            self.app.terminate()
+            self.app.wait()
+        self.app = None
+
+    def kill(self):
+        self.app.send_signal(signal.SIGKILL)
+        self.app.wait()
+        self.app = None
+
+    def _application(self):
+        desktop = self.atspi.get_desktop(0)
+        desktop.clear_cache()
+        for i in range(desktop.get_child_count()):
+            child = desktop.get_child_at_index(i)
+            if child and self.app and child.get_process_id() == self.app.pid:
+                return child
+        return None
+
+    def elements(self):
+        """All that is showing, in reading order."""
+        found = []
+
+        def walk(accessible):
+            accessible.clear_cache()
+            states = accessible.get_state_set()
+            role = accessible.get_role_name()
+            if states.contains(self.atspi.StateType.SHOWING) and role not in ("application", "frame", "filler"):
+                found.append(Element(accessible, role, accessible.get_name() or "",
+                                     {s.value_nick for s in states.get_states()}))
+            for i in range(accessible.get_child_count()):
+                child = accessible.get_child_at_index(i)
+                if child:
+                    walk(child)
+
+        application = self._application()
+        if application:
+            walk(application)
+        return found
+
+    def describe(self):
+        try:
+            return ", ".join(map(repr, self.elements())) or "nothing"
+        except Exception as error:  # the description belongs to another failure, which must not be hidden
+            return f"unknown ({error})"
+
+    def find(self, name, role=None):
+        """The element of this name, once it is showing."""
+        def look():
+            return next((e for e in self.elements() if e.name == name and role in (None, e.role)), None)
+        return self.wait_for(look, f"{role or 'element'} «{name}»")
+
+    def shows(self, name):
+        return any(e.name == name for e in self.elements())
+
+    def wait_gone(self, name):
+        self.wait_for(lambda: not self.shows(name), f"the end of «{name}»")
+
+    # What a customer does
+
+    def press(self, name, role=None):
+        self.find(name, role).press()
+
+    def type(self, name, text):
+        """Goes to a field and types on the keyboard."""
+        field = self.find(name)
+        field.focus()
+        self.wait_for(lambda: "focused" in self.find(name).states, f"focus in «{name}»")
+        self.keys("ctrl+a")
+        if text:
+            subprocess.run(["xdotool", "type", "--delay", "4", text], check=True)
+        else:
+            self.keys("Delete")
+
+    def keys(self, *names):
+        subprocess.run(["xdotool", "key", "--delay", "4", *names], check=True)
+
+    def opened(self):
+        """Every address that the app has handed to the system."""
+        file = self.home / "opened"
+        return file.read_text().splitlines() if file.exists() else []
+
+    def picture(self, path):
+        subprocess.run(["import", "-window", "root", str(path)], check=True)
+
+    def wait_still(self, limit=1.6):
+        """Until two looks at the screen are alike; what never stands still, the splash, is taken as it is then."""
+        until, before = time.monotonic() + limit, b""
+        while time.monotonic() < until:
+            now = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"], check=True,
+                                 stdout=subprocess.PIPE).stdout
+            if now == before:
+                return
+            before = now
+
+    def standard_error(self):
+        return self.errors.read_text()
