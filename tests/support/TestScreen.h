@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QImage>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QStringList>
+
+#include <memory>
+
+/// A piece of QML in a window of its own, without a display, to be looked at and touched as a customer would.
+class TestScreen {
+public:
+    /// Shows the component that `qml` describes; the app's modules can be imported in it.
+    explicit TestScreen(const QByteArray &qml, QSize size = { 390, 844 });
+    ~TestScreen();
+
+    QQuickItem *root() const { return m_view->rootObject(); }
+    QQuickView &window() const { return *m_view; }
+    QQmlEngine &engine() const { return *m_view->engine(); }
+
+    /// The item of an object name below `from` (all of the screen when null); fails the test when there is none.
+    QQuickItem *find(const QString &objectName, const QQuickItem *from = nullptr) const;
+    /// The control or text that assistive technology finds under this name; null when there is none on show.
+    QQuickItem *named(const QString &name) const;
+    /// All names that assistive technology finds on show, top to bottom as the tree has them.
+    QStringList names() const;
+    /// The texts on show below an item, in the order of the tree.
+    QStringList texts(const QQuickItem *from = nullptr) const;
+    QList<QQuickItem *> all(const QString &objectName) const;
+
+    /// A tap in the middle of an item.
+    void tap(const QQuickItem *item) const;
+    /// A tap and typing.
+    void type(const QQuickItem *field, const QString &text) const;
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
+    /// Where an item is, in the window.
+    static QRectF box(const QQuickItem *item);
+    /// What is drawn; the window need not be on a display.
+    QImage picture() const;
+    /// Waits until the layout has been brought up to date.
+    void settle() const;
+
+private:
+    QStringList collect(const QQuickItem *from, QString (*what)(const QQuickItem *)) const;
+
+    std::unique_ptr<QQuickView> m_view;
+};
