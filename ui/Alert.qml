@@ -19,7 +19,7 @@ FocusScope {
     signal cancelled()
 
     function accept() {
-        Qt.inputMethod.commit()
+        UnfinishedText.commit()
         accepted()
     }
 
@@ -29,8 +29,12 @@ FocusScope {
     z: 100
 
     onShownChanged: {
-        if (shown)
+        if (shown) {
+            opacity = 0
+            box.scale = 1.1
             input.forceActiveFocus()
+        }
+        fadeTo.to = shown ? 1 : 0
         fade.restart()
     }
 
@@ -40,16 +44,14 @@ FocusScope {
     ParallelAnimation {
         id: fade
         NumberAnimation {
+            id: fadeTo
             target: alert
             property: "opacity"
-            from: alert.shown ? 0 : alert.opacity
-            to: alert.shown ? 1 : 0
             duration: Theme.alertDuration
         }
         NumberAnimation {
             target: box
             property: "scale"
-            from: alert.shown ? 1.1 : 1
             to: 1
             duration: Theme.alertDuration
             easing.type: Easing.BezierSpline

@@ -14,9 +14,15 @@ namespace {
 constexpr qreal reach = 1.528665;
 
 /// The corner at the top left, from the top edge to the left one, in units of the radius.
-constexpr std::array<QPointF, 9> corner { { { 1.088493, 0 }, { 0.868407, 0 }, { 0.631494, 0.074911 },
-    { 0.372824, 0.169060 }, { 0.169060, 0.372824 }, { 0.074911, 0.631494 }, { 0, 0.868407 }, { 0, 1.088493 },
-    { 0, reach } } };
+constexpr std::array<QPointF, 9> corner{{{1.088493, 0},
+                                         {0.868407, 0},
+                                         {0.631494, 0.074911},
+                                         {0.372824, 0.169060},
+                                         {0.169060, 0.372824},
+                                         {0.074911, 0.631494},
+                                         {0, 0.868407},
+                                         {0, 1.088493},
+                                         {0, reach}}};
 
 } // namespace
 
@@ -34,7 +40,7 @@ QPainterPath ContinuousRectangle::outline(const QRectF &rect, qreal radius)
     const auto bend = [&](QPointF at, qreal right, qreal down, bool forward) {
         const auto place = [&](QPointF unit) { return at + QPointF(unit.x() * r * right, unit.y() * r * down); };
         std::array<QPointF, 10> points;
-        points[0] = place({ reach, 0 });
+        points[0] = place({reach, 0});
         std::transform(corner.begin(), corner.end(), points.begin() + 1, place);
         if (!forward)
             std::reverse(points.begin(), points.end());
@@ -95,9 +101,9 @@ QList<TexturedItem::Piece> ContinuousRectangle::pieces(QSize pixels, qreal ratio
     const qreal margin = overhang();
     const qreal edge = cornerReach() + margin;
     const qreal full = pixels.width();
-    const std::array<qreal, 4> from { 0, edge * ratio, full - edge * ratio, full };
-    const std::array<qreal, 4> across { -margin, edge - margin, width() + margin - edge, width() + margin };
-    const std::array<qreal, 4> down { -margin, edge - margin, height() + margin - edge, height() + margin };
+    const std::array<qreal, 4> from{0, edge * ratio, full - edge * ratio, full};
+    const std::array<qreal, 4> across{-margin, edge - margin, width() + margin - edge, width() + margin};
+    const std::array<qreal, 4> down{-margin, edge - margin, height() + margin - edge, height() + margin};
     // The middle is taken from inside the stretch, so that no corner bleeds into it.
     const auto source = [&](std::size_t i) {
         const qreal inset = i == 1 ? std::min(0.5, (from[2] - from[1]) / 4) : 0;
@@ -112,7 +118,7 @@ QList<TexturedItem::Piece> ContinuousRectangle::pieces(QSize pixels, qreal ratio
                 continue;
             const auto [left, right] = source(x);
             const auto [top, bottom] = source(y);
-            all.append({ QRectF(QPointF(left, top), QPointF(right, bottom)), to });
+            all.append({QRectF(QPointF(left, top), QPointF(right, bottom)), to});
         }
     }
     return all;

@@ -70,7 +70,7 @@ QImage decodePhoto(const QByteArray &bytes, int diameter)
         return {};
     if (format != "jpeg" && qint64(size.width()) * size.height() > mostPixels)
         return {};
-    reader.setScaledSize(size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({ 1, 1 }));
+    reader.setScaledSize(size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1}));
     const QImage photo = reader.read();
     if (photo.isNull())
         return {};

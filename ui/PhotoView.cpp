@@ -64,16 +64,13 @@ void PhotoView::show(const QImage &image)
     repaint();
 }
 
-QString PhotoView::textureKey() const
-{
-    return m_image.isNull() ? QString() : u"photo:%1"_s.arg(m_image.cacheKey());
-}
+QString PhotoView::textureKey() const { return m_image.isNull() ? QString() : u"photo:%1"_s.arg(m_image.cacheKey()); }
 
 QImage PhotoView::paint(qreal) const { return m_image; }
 
 QList<TexturedItem::Piece> PhotoView::pieces(QSize pixels, qreal) const
 {
-    return { { QRectF(QPointF(), pixels), boundingRect() } };
+    return {{QRectF(QPointF(), pixels), boundingRect()}};
 }
 
 void PhotoView::componentComplete()

@@ -4,8 +4,8 @@
 
 #include <QByteArray>
 
-/// A photo as a round picture, decoded off the main thread at the size it is shown. Draws nothing until it is decoded,
-/// and nothing for bytes that do not decode.
+/// A photo as a round picture, decoded off the main thread at the size it is shown. Draws nothing until it is
+/// decoded, and nothing for bytes that do not decode.
 class PhotoView : public TexturedItem {
     Q_OBJECT
     QML_ELEMENT

@@ -20,8 +20,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The size, in points, that the platform's default font has while nobody has changed it. A desktop without a theme of
-/// its own gets Qt's 9; GNOME's interface font is 11 and Plasma's 10.
+/// The size, in points, that the platform's default font has while nobody has changed it. A desktop without a theme
+/// of its own gets Qt's 9; GNOME's interface font is 11 and Plasma's 10.
 double standardPointSize()
 {
 #if defined(Q_OS_MACOS)
@@ -36,7 +36,7 @@ double standardPointSize()
     const QByteArray desktop = qgetenv("XDG_CURRENT_DESKTOP").toLower();
     if (desktop.contains("kde"))
         return 10;
-    for (const char *gtk : { "gnome", "unity", "phosh", "cinnamon", "mate", "xfce", "budgie" }) {
+    for (const char *gtk : {"gnome", "unity", "phosh", "cinnamon", "mate", "xfce", "budgie"}) {
         if (desktop.contains(gtk))
             return 11;
     }
@@ -49,7 +49,8 @@ constexpr auto portalService = "org.freedesktop.portal.Desktop"_L1;
 constexpr auto portalPath = "/org/freedesktop/portal/desktop"_L1;
 constexpr auto portalSettings = "org.freedesktop.portal.Settings"_L1;
 
-// The older of the two settings that tell; the newer one, "reduced-motion" in org.freedesktop.appearance, is asked too.
+// The older of the two settings that tell; the newer one, "reduced-motion" in org.freedesktop.appearance, is asked
+// too.
 constexpr auto gnomeArea = "org.gnome.desktop.interface"_L1;
 constexpr auto gnomeKey = "enable-animations"_L1;
 constexpr auto appearanceArea = "org.freedesktop.appearance"_L1;
@@ -100,7 +101,7 @@ void PlatformSettings::askForMotion()
     if (!bus.isConnected())
         return;
     bus.connect(portalService, portalPath, portalSettings, u"SettingChanged"_s, this,
-        SLOT(portalSettingChanged(QString, QString)));
+                SLOT(portalSettingChanged(QString, QString)));
     portalSettingChanged(gnomeArea, gnomeKey);
     portalSettingChanged(appearanceArea, appearanceKey);
 #endif

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import Marovenda.Ui
 
 // What every button, link and tappable row is built on: pressing by finger, mouse, Space, Return and a screen reader
 // all end in `clicked`. The input method's unfinished text is committed first, so that what is on screen is what the
@@ -14,7 +15,7 @@ T.AbstractButton {
     property real minimumTarget: Theme.touchTarget
 
     // Before any handler of a user of this component, since those connect later.
-    onClicked: Qt.inputMethod.commit()
+    onClicked: UnfinishedText.commit()
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding

@@ -31,6 +31,12 @@ SecureFieldAccessible::SecureFieldAccessible(QQuickItem *field) : QAccessibleObj
 
 QQuickItem *SecureFieldAccessible::field() const { return static_cast<QQuickItem *>(object()); }
 
+/// A field's bounding rectangle is that of its text only.
+QRectF SecureFieldAccessible::sceneRect() const
+{
+    return field()->mapRectToScene(QRectF(QPointF(), field()->size()));
+}
+
 QAccessibleInterface *SecureFieldAccessible::parent() const
 {
     for (QQuickItem *item = field()->parentItem(); item; item = item->parentItem()) {
@@ -65,7 +71,7 @@ void SecureFieldAccessible::setText(QAccessible::Text which, const QString &text
 
 QRect SecureFieldAccessible::rect() const
 {
-    const QRectF scene = field()->mapRectToScene(field()->boundingRect());
+    const QRectF scene = sceneRect();
     const QQuickWindow *const view = field()->window();
     return view ? QRect(view->mapToGlobal(scene.topLeft().toPoint()), scene.size().toSize()) : QRect();
 }
@@ -81,8 +87,7 @@ QAccessible::State SecureFieldAccessible::state() const
     state.disabled = !field()->isEnabled();
     const QQuickWindow *const view = field()->window();
     state.invisible = !view || !view->isVisible() || !field()->isVisible() || qFuzzyIsNull(field()->opacity());
-    state.offscreen = view
-        && !QRectF(QPointF(), view->size()).intersects(field()->mapRectToScene(field()->boundingRect()));
+    state.offscreen = view && !QRectF(QPointF(), view->size()).intersects(sceneRect());
     return state;
 }
 
@@ -90,7 +95,14 @@ QWindow *SecureFieldAccessible::window() const { return field()->window(); }
 
 void *SecureFieldAccessible::interface_cast(QAccessible::InterfaceType type)
 {
-    return type == QAccessible::TextInterface ? static_cast<QAccessibleTextInterface *>(this) : nullptr;
+    switch (type) {
+    case QAccessible::TextInterface:
+        return static_cast<QAccessibleTextInterface *>(this);
+    case QAccessible::ActionInterface:
+        return static_cast<QAccessibleActionInterface *>(this);
+    default:
+        return nullptr;
+    }
 }
 
 int SecureFieldAccessible::characterCount() const { return field()->property("length").toInt(); }
@@ -134,3 +146,13 @@ QString SecureFieldAccessible::attributes(int, int *start, int *end) const
     *end = characterCount();
     return {};
 }
+
+QStringList SecureFieldAccessible::actionNames() const { return {setFocusAction()}; }
+
+void SecureFieldAccessible::doAction(const QString &name)
+{
+    if (name == setFocusAction())
+        field()->forceActiveFocus();
+}
+
+QStringList SecureFieldAccessible::keyBindingsForAction(const QString &) const { return {}; }

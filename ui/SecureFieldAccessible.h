@@ -6,10 +6,12 @@ class QQuickItem;
 
 /// What assistive technology gets of a password field: the role "password text", the field's hint as its name, and as
 /// its text one bullet for each character. The clear text is not to be had, neither asked for nor in an event.
-class SecureFieldAccessible final : public QAccessibleObject, public QAccessibleTextInterface {
+class SecureFieldAccessible final : public QAccessibleObject,
+                                    public QAccessibleTextInterface,
+                                    public QAccessibleActionInterface {
 public:
-    /// Makes this the interface of every Qt Quick field whose echo mode is not normal. To be called after Qt Quick has
-    /// been loaded; further calls do nothing.
+    /// Makes this the interface of every Qt Quick field whose echo mode is not normal. To be called after Qt Quick
+    /// has been loaded; further calls do nothing.
     static void install();
 
     explicit SecureFieldAccessible(QQuickItem *field);
@@ -40,6 +42,11 @@ public:
     void scrollToSubstring(int start, int end) override;
     QString attributes(int offset, int *start, int *end) const override;
 
+    QStringList actionNames() const override;
+    void doAction(const QString &name) override;
+    QStringList keyBindingsForAction(const QString &name) const override;
+
 private:
     QQuickItem *field() const;
+    QRectF sceneRect() const;
 };

@@ -3,15 +3,16 @@
 #include <QObject>
 #include <QProperty>
 
-/// One field of a view model: a property that bindings follow and that assigning notifies. `initial` is the value that a
-/// new screen starts with. The class names itself with `using Self = …` first; read the field with `name.value()`.
-#define STATE(Type, name, initial)                                                                                  \
-    Q_PROPERTY(Type name READ name##Value WRITE name##Assign NOTIFY name##Changed BINDABLE name##Bindable)          \
-public:                                                                                                             \
-    Type name##Value() const { return name; }                                                                       \
-    void name##Assign(const Type &value) { name = value; }                                                          \
-    QBindable<Type> name##Bindable() { return &name; }                                                              \
-    Q_SIGNAL void name##Changed();                                                                                  \
-                                                                                                                    \
-protected:                                                                                                          \
+/// One field of a view model: a property that bindings follow and that assigning notifies. `initial` is the value
+/// that a new screen starts with. The class names itself with `using Self = …` first; read the field with
+/// `name.value()`.
+#define STATE(Type, name, initial)                                                                                   \
+    Q_PROPERTY(Type name READ name##Value WRITE name##Assign NOTIFY name##Changed BINDABLE name##Bindable)           \
+public:                                                                                                              \
+    Type name##Value() const { return name; }                                                                        \
+    void name##Assign(const Type &value) { name = value; }                                                           \
+    QBindable<Type> name##Bindable() { return &name; }                                                               \
+    Q_SIGNAL void name##Changed();                                                                                   \
+                                                                                                                     \
+protected:                                                                                                           \
     Q_OBJECT_BINDABLE_PROPERTY_WITH_ARGS(Self, Type, name, ([]() -> Type { return initial; }()), &Self::name##Changed)

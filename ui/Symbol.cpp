@@ -56,5 +56,5 @@ QImage Symbol::paint(qreal ratio) const
 
 QList<TexturedItem::Piece> Symbol::pieces(QSize pixels, qreal) const
 {
-    return { { QRectF(QPointF(), pixels), boundingRect() } };
+    return {{QRectF(QPointF(), pixels), boundingRect()}};
 }

@@ -71,7 +71,9 @@ QSGNode *TexturedItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
         node = new PiecesNode;
     const QString key = look + u'@' + QString::number(ratio);
     if (key != node->key) {
-        const auto make = [&] { return window()->createTextureFromImage(paint(ratio), QQuickWindow::TextureHasAlphaChannel); };
+        const auto make = [&] {
+            return window()->createTextureFromImage(paint(ratio), QQuickWindow::TextureHasAlphaChannel);
+        };
         // The old texture lives until the nodes that show it are gone.
         while (QSGNode *child = node->firstChild())
             delete child;

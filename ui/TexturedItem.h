@@ -17,7 +17,8 @@ protected:
     virtual QString textureKey() const = 0;
     /// The picture, with its device pixel ratio set.
     virtual QImage paint(qreal ratio) const = 0;
-    /// Where the pieces of the picture go: each `from` (in pixels of the picture) fills its `to` (in item coordinates).
+    /// Where the pieces of the picture go: each `from` (in pixels of the picture) fills its `to` (in item
+    /// coordinates).
     struct Piece {
         QRectF from;
         QRectF to;

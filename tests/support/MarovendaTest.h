@@ -7,9 +7,9 @@
 int runMarovendaTest(QObject &subject, int argc, char *argv[]);
 
 /// The main function of a test that has none of its own, and the code that moc makes of its class.
-#define MAROVENDA_TEST_MAIN(Test)                                                                                   \
-    int main(int argc, char *argv[])                                                                                \
-    {                                                                                                               \
-        Test test;                                                                                                  \
-        return runMarovendaTest(test, argc, argv);                                                                  \
+#define MAROVENDA_TEST_MAIN(Test)                                                                                    \
+    int main(int argc, char *argv[])                                                                                 \
+    {                                                                                                                \
+        Test test;                                                                                                   \
+        return runMarovendaTest(test, argc, argv);                                                                   \
     }

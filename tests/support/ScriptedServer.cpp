@@ -13,8 +13,8 @@ QByteArray ScriptedServer::Request::header(const QByteArray &name) const
 
 void ScriptedServer::Answer::send(const QByteArray &body, int status, const QByteArray &moreHeaders, bool keepOpen)
 {
-    raw("HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\nContent-Length: " + QByteArray::number(body.size())
-        + "\r\n" + moreHeaders + "\r\n" + body);
+    raw("HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\nContent-Length: " + QByteArray::number(body.size()) +
+        "\r\n" + moreHeaders + "\r\n" + body);
     if (!keepOpen)
         close();
 }
@@ -106,7 +106,7 @@ void ScriptedServer::read(QTcpSocket *socket, Incoming &incoming)
     request.path = first.value(1);
     for (const QByteArray &line : lines.sliced(1)) {
         const qsizetype colon = line.indexOf(':');
-        request.headers.append({ line.first(colon).trimmed(), line.sliced(colon + 1).trimmed() });
+        request.headers.append({line.first(colon).trimmed(), line.sliced(colon + 1).trimmed()});
     }
     if (!std::exchange(incoming.headSeen, true) && m_onHead && m_onHead(request, std::make_shared<Answer>(socket))) {
         incoming.done = true;

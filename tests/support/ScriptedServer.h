@@ -9,8 +9,8 @@
 #include <functional>
 #include <memory>
 
-/// An HTTP/1.1 server on loopback that notes every request to the byte and answers as a test tells it to, wrongly too.
-/// It lives on the test's event loop. Without a script for a path it answers 404 without a body.
+/// An HTTP/1.1 server on loopback that notes every request to the byte and answers as a test tells it to, wrongly
+/// too. It lives on the test's event loop. Without a script for a path it answers 404 without a body.
 class ScriptedServer : public QObject {
     Q_OBJECT
 public:
@@ -31,7 +31,8 @@ public:
         explicit Answer(QTcpSocket *socket) : m_socket(socket) {}
 
         /// A whole reply with its Content-Length; the connection then closes unless `keepOpen`.
-        void send(const QByteArray &body, int status = 200, const QByteArray &moreHeaders = {}, bool keepOpen = false);
+        void send(const QByteArray &body, int status = 200, const QByteArray &moreHeaders = {},
+                  bool keepOpen = false);
         /// Bytes as they are.
         void raw(const QByteArray &bytes);
         /// Ends the connection: after what was written has gone, or at once with a reset.
@@ -52,7 +53,8 @@ public:
     /// "http://127.0.0.1:PORT/"
     QString baseUrl() const;
 
-    /// What happens on requests for a path, with its query or without ("/api_paquetes.php" stands for all its queries).
+    /// What happens on requests for a path, with its query or without ("/api_paquetes.php" stands for all its
+    /// queries).
     void on(const QByteArray &path, Script script);
     /// The same reply to every request for a path.
     void reply(const QByteArray &path, const QByteArray &body, int status = 200);

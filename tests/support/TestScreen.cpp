@@ -27,15 +27,19 @@ QString textOf(const QQuickItem *item)
     return item->property("text").toString();
 }
 
-QString nameOf(const QQuickItem *item)
+/// All that is on show in the tree that assistive technology gets.
+void hear(QAccessibleInterface *from, const std::function<void(QAccessibleInterface *)> &visit)
 {
-    QAccessibleInterface *const found = QAccessible::queryAccessibleInterface(const_cast<QQuickItem *>(item));
-    if (!found || found->state().invisible)
-        return {};
-    return found->text(QAccessible::Name);
+    for (int i = 0; i < from->childCount(); ++i) {
+        QAccessibleInterface *const child = from->child(i);
+        if (!child)
+            continue;
+        if (!child->state().invisible)
+            visit(child);
+        hear(child, visit);
+    }
 }
 
-/// Children in the order in which they were declared; a list's own order of creation may differ.
 void walk(const QQuickItem *item, const std::function<void(const QQuickItem *)> &visit)
 {
     if (!onShow(item))
@@ -50,10 +54,10 @@ void walk(const QQuickItem *item, const std::function<void(const QQuickItem *)> 
 TestScreen::TestScreen(const QByteArray &qml, QSize size) : m_view(std::make_unique<QQuickView>())
 {
     addModules(*m_view->engine());
-    QAccessible::setActive(true);
     auto *const component = new QQmlComponent(m_view->engine(), m_view.get());
-    component->setData("import QtQuick\nimport Marovenda.Ui\nimport Marovenda.Account\nimport Marovenda.Logistics\n" + qml,
-        QUrl(u"qrc:/test/Screen.qml"_s));
+    component->setData("import QtQuick\nimport Marovenda.Ui\nimport Marovenda.Account\nimport Marovenda.Logistics\n" +
+                           qml,
+                       QUrl(u"qrc:/test/Screen.qml"_s));
     QObject *const made = component->create();
     if (!made)
         qFatal("%s", qUtf8Printable(component->errorString()));
@@ -69,41 +73,56 @@ TestScreen::TestScreen(const QByteArray &qml, QSize size) : m_view(std::make_uni
 
 TestScreen::~TestScreen() = default;
 
-QQuickItem *TestScreen::find(const QString &objectName, const QQuickItem *from) const
+QList<QQuickItem *> TestScreen::all(const QString &objectName, const QQuickItem *from) const
 {
-    auto *const found = (from ? from : root())->findChild<QQuickItem *>(objectName);
-    if (!found)
-        qFatal("There is no %s", qUtf8Printable(objectName));
+    QList<QQuickItem *> found;
+    const std::function<void(const QQuickItem *)> look = [&](const QQuickItem *item) {
+        if (item->objectName() == objectName)
+            found.append(const_cast<QQuickItem *>(item));
+        for (const QQuickItem *child : item->childItems())
+            look(child);
+    };
+    look(from ? from : window().contentItem());
     return found;
 }
 
-QList<QQuickItem *> TestScreen::all(const QString &objectName) const
+QQuickItem *TestScreen::find(const QString &objectName, const QQuickItem *from) const
 {
-    return root()->findChildren<QQuickItem *>(objectName);
+    const QList<QQuickItem *> found = all(objectName, from);
+    if (found.isEmpty())
+        qFatal("There is no %s", qUtf8Printable(objectName));
+    return found.first();
 }
 
 QQuickItem *TestScreen::named(const QString &name) const
 {
-    const QQuickItem *found = nullptr;
-    walk(root(), [&](const QQuickItem *item) {
-        if (!found && nameOf(item) == name)
-            found = item;
+    QQuickItem *found = nullptr;
+    hear(QAccessible::queryAccessibleInterface(m_view.get()), [&](QAccessibleInterface *each) {
+        if (!found && each->text(QAccessible::Name) == name)
+            found = qobject_cast<QQuickItem *>(each->object());
     });
-    return const_cast<QQuickItem *>(found);
+    return found;
 }
 
-QStringList TestScreen::collect(const QQuickItem *from, QString (*what)(const QQuickItem *)) const
+QStringList TestScreen::names() const
 {
     QStringList all;
-    walk(from ? from : root(), [&](const QQuickItem *item) {
-        if (const QString found = what(item); !found.isEmpty())
-            all.append(found);
+    hear(QAccessible::queryAccessibleInterface(m_view.get()), [&](QAccessibleInterface *each) {
+        if (const QString name = each->text(QAccessible::Name); !name.isEmpty())
+            all.append(name);
     });
     return all;
 }
 
-QStringList TestScreen::names() const { return collect(nullptr, nameOf); }
-QStringList TestScreen::texts(const QQuickItem *from) const { return collect(from, textOf); }
+QStringList TestScreen::texts(const QQuickItem *from) const
+{
+    QStringList all;
+    walk(from ? from : root(), [&](const QQuickItem *item) {
+        if (const QString found = textOf(item); !found.isEmpty())
+            all.append(found);
+    });
+    return all;
+}
 
 QRectF TestScreen::box(const QQuickItem *item)
 {

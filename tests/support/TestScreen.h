@@ -12,7 +12,7 @@
 class TestScreen {
 public:
     /// Shows the component that `qml` describes; the app's modules can be imported in it.
-    explicit TestScreen(const QByteArray &qml, QSize size = { 390, 844 });
+    explicit TestScreen(const QByteArray &qml, QSize size = {390, 844});
     ~TestScreen();
 
     QQuickItem *root() const { return m_view->rootObject(); }
@@ -21,13 +21,13 @@ public:
 
     /// The item of an object name below `from` (all of the screen when null); fails the test when there is none.
     QQuickItem *find(const QString &objectName, const QQuickItem *from = nullptr) const;
-    /// The control or text that assistive technology finds under this name; null when there is none on show.
+    /// What assistive technology finds on show under this name; null when there is nothing.
     QQuickItem *named(const QString &name) const;
     /// All names that assistive technology finds on show, top to bottom as the tree has them.
     QStringList names() const;
     /// The texts on show below an item, in the order of the tree.
     QStringList texts(const QQuickItem *from = nullptr) const;
-    QList<QQuickItem *> all(const QString &objectName) const;
+    QList<QQuickItem *> all(const QString &objectName, const QQuickItem *from = nullptr) const;
 
     /// A tap in the middle of an item.
     void tap(const QQuickItem *item) const;
@@ -42,7 +42,5 @@ public:
     void settle() const;
 
 private:
-    QStringList collect(const QQuickItem *from, QString (*what)(const QQuickItem *)) const;
-
     std::unique_ptr<QQuickView> m_view;
 };

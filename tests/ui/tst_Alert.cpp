@@ -1,0 +1,162 @@
+#include "MarovendaTest.h"
+#include "TestScreen.h"
+
+#include <QAccessible>
+#include <QInputMethodEvent>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class AlertTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void showsTitleInputButtonsAndMessage();
+    void focusStartsInTheInputAndCannotLeave();
+    void returnSendsAndEscapeCancels();
+    void sendingCommitsUnfinishedTextFirst();
+    void whatIsBelowCannotBeReachedOrHeard();
+    void itIsAsWideAsDesignedAndFitsASmallWindow();
+    void itComesInTwoHundredMilliseconds();
+
+private:
+    static QByteArray page()
+    {
+        return R"qml(Item {
+            id: page
+            property string typed: ""
+            property int accepts: 0
+            property int cancels: 0
+            property int presses: 0
+            property string sent: ""
+            property bool asking: false
+            PrimaryButton { objectName: "below"; text: "Debajo"; width: 300; enabled: !page.asking; onClicked: ++page.presses }
+            Alert {
+                objectName: "alert"
+                shown: page.asking
+                title: "Recuperar"
+                message: "Se enviará un enlace."
+                placeholder: "Tu correo"
+                acceptText: "Enviar"
+                text: page.typed
+                onTextEdited: page.typed = text
+                onAccepted: { ++page.accepts; page.sent = page.typed; page.asking = false }
+                onCancelled: { ++page.cancels; page.asking = false }
+            }
+        })qml";
+    }
+    static void open(TestScreen &screen)
+    {
+        screen.root()->setProperty("asking", true);
+        QTRY_VERIFY(qFuzzyCompare(screen.find(u"alert"_s)->opacity(), 1.0));
+    }
+};
+
+void AlertTest::showsTitleInputButtonsAndMessage()
+{
+    TestScreen screen(page());
+    QVERIFY(!screen.texts().contains(u"Recuperar"_s));
+    open(screen);
+    const QStringList shown{u"Recuperar"_s, u"Se enviará un enlace."_s, u"Tu correo"_s, u"Cancelar"_s, u"Enviar"_s};
+    QCOMPARE(screen.texts(screen.find(u"alert"_s)), shown);
+    QCOMPARE(QAccessible::queryAccessibleInterface(screen.named(u"Recuperar"_s))->role(), QAccessible::Dialog);
+    for (const QString &name : {u"Se enviará un enlace."_s, u"Tu correo"_s, u"Cancelar"_s, u"Enviar"_s})
+        QVERIFY2(screen.named(name), qUtf8Printable(name));
+}
+
+void AlertTest::focusStartsInTheInputAndCannotLeave()
+{
+    TestScreen screen(page());
+    open(screen);
+    QQuickItem *const input = screen.find(u"alertInput"_s);
+    QVERIFY(input->hasActiveFocus());
+    QStringList visited;
+    for (int i = 0; i < 6; ++i) {
+        screen.key(Qt::Key_Tab);
+        visited.append(
+            QAccessible::queryAccessibleInterface(screen.window().activeFocusItem())->text(QAccessible::Name));
+    }
+    const QStringList once{u"Cancelar"_s, u"Enviar"_s, u"Tu correo"_s};
+    QCOMPARE(visited, once + once);
+    screen.key(Qt::Key_Backtab, Qt::ShiftModifier);
+    screen.key(Qt::Key_Backtab, Qt::ShiftModifier);
+    QCOMPARE(QAccessible::queryAccessibleInterface(screen.window().activeFocusItem())->text(QAccessible::Name),
+             u"Cancelar"_s);
+}
+
+void AlertTest::returnSendsAndEscapeCancels()
+{
+    TestScreen screen(page());
+    open(screen);
+    screen.type(screen.find(u"alertInput"_s), u"a@b"_s);
+    screen.key(Qt::Key_Return);
+    QCOMPARE(screen.root()->property("accepts").toInt(), 1);
+    QCOMPARE(screen.root()->property("sent").toString(), u"a@b"_s);
+    QTRY_VERIFY(!screen.find(u"alert"_s)->isVisible());
+    open(screen);
+    screen.key(Qt::Key_Escape);
+    QCOMPARE(screen.root()->property("cancels").toInt(), 1);
+    QCOMPARE(screen.root()->property("accepts").toInt(), 1);
+}
+
+void AlertTest::sendingCommitsUnfinishedTextFirst()
+{
+    for (const bool byReturn : {true, false}) {
+        TestScreen screen(page());
+        open(screen);
+        QInputMethodEvent unfinished(u"ana@x"_s, {});
+        QCoreApplication::sendEvent(screen.find(u"alertInput"_s), &unfinished);
+        if (byReturn)
+            screen.key(Qt::Key_Return);
+        else
+            QAccessible::queryAccessibleInterface(screen.named(u"Enviar"_s))
+                ->actionInterface()
+                ->doAction(QAccessibleActionInterface::pressAction());
+        QCOMPARE(screen.root()->property("sent").toString(), u"ana@x"_s);
+    }
+}
+
+void AlertTest::whatIsBelowCannotBeReachedOrHeard()
+{
+    TestScreen screen(page());
+    QQuickItem *const below = screen.find(u"below"_s);
+    QVERIFY(screen.named(u"Debajo"_s));
+    open(screen);
+    screen.tap(below);
+    QCOMPARE(screen.root()->property("presses").toInt(), 0);
+    QVERIFY(!screen.named(u"Debajo"_s));
+    screen.tap(screen.named(u"Cancelar"_s));
+    QTRY_VERIFY(!screen.find(u"alert"_s)->isVisible());
+    screen.tap(below);
+    QCOMPARE(screen.root()->property("presses").toInt(), 1);
+    QVERIFY(!screen.named(u"Cancelar"_s));
+}
+
+void AlertTest::itIsAsWideAsDesignedAndFitsASmallWindow()
+{
+    for (const QSize size : {QSize(390, 844), QSize(320, 480), QSize(1280, 800)}) {
+        TestScreen screen(page(), size);
+        open(screen);
+        const QRectF box = TestScreen::box(screen.named(u"Recuperar"_s));
+        QCOMPARE(box.width(), 270);
+        QVERIFY(QRectF(QPointF(), QSizeF(size)).contains(box));
+        QVERIFY(qAbs(box.center().x() - size.width() / 2.0) <= 0.5);
+        QVERIFY(qAbs(box.center().y() - size.height() / 2.0) <= 0.5);
+        for (const QString &name : {u"Cancelar"_s, u"Enviar"_s}) {
+            QCOMPARE(TestScreen::box(screen.named(name)).height(), 44);
+            QCOMPARE(TestScreen::box(screen.named(name)).width(), 135);
+        }
+    }
+}
+
+void AlertTest::itComesInTwoHundredMilliseconds()
+{
+    TestScreen screen(page());
+    QQuickItem *const alert = screen.find(u"alert"_s);
+    screen.root()->setProperty("asking", true);
+    QVERIFY(alert->isVisible());
+    QVERIFY(alert->opacity() < 1);
+    QTRY_VERIFY(qFuzzyCompare(alert->opacity(), 1.0));
+}
+
+MAROVENDA_TEST_MAIN(AlertTest)
+#include "tst_Alert.moc"

@@ -1,0 +1,178 @@
+#include "MarovendaTest.h"
+#include "TestScreen.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class FieldsTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void hintStandsInAnEmptyFieldAndNeverInItsText();
+    void everyKeystrokeReachesTheBoundText();
+    void twoFieldsOnOneTextStayInStep();
+    void decimalFieldAsksForTheDecimalPadAndKeepsWhatIsPasted();
+    void plainFieldAsksForTheDefaultKeyboard();
+    void secureFieldHidesItsText();
+    void fieldIsAsHighAsItsLineAndPadding();
+    void shapeHasTheDesignedCornersAndOutline();
+    void returnDoesNothing();
+    void focusRingComesWithTheKeyboardOnly();
+    void longTextStaysOnOneLine();
+
+private:
+    static QByteArray fields()
+    {
+        return R"qml(Column {
+            id: form
+            property string plain: ""
+            property string number: ""
+            property string secret: ""
+            property int submitted: 0
+            CustomTextField { objectName: "plain"; width: 300; hint: "Nombre Completo"; text: form.plain; isDecimal: false
+                onTextEdited: form.plain = text; onAccepted: ++form.submitted }
+            CustomTextField { objectName: "twin"; width: 300; hint: "El mismo"; text: form.plain; isDecimal: false
+                onTextEdited: form.plain = text }
+            CustomTextField { objectName: "number"; width: 300; hint: "Peso (Lbs)"; text: form.number; isDecimal: true
+                onTextEdited: form.number = text }
+            CustomSecureField { objectName: "secret"; width: 300; hint: "Contraseña"; text: form.secret
+                onTextEdited: form.secret = text }
+        })qml";
+    }
+};
+
+void FieldsTest::hintStandsInAnEmptyFieldAndNeverInItsText()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    QVERIFY(screen.texts(field).contains(u"Nombre Completo"_s));
+    QCOMPARE(screen.root()->property("plain").toString(), QString());
+    screen.type(field, u"A"_s);
+    QVERIFY(!screen.texts(field).contains(u"Nombre Completo"_s));
+    screen.type(field, QString());
+    QVERIFY(screen.texts(field).contains(u"Nombre Completo"_s));
+    QCOMPARE(screen.root()->property("plain").toString(), QString());
+    // The hint stays the name that is heard, also over a text.
+    QCOMPARE(screen.named(u"Nombre Completo"_s), field);
+}
+
+void FieldsTest::everyKeystrokeReachesTheBoundText()
+{
+    TestScreen screen(fields());
+    screen.tap(screen.find(u"plain"_s));
+    QString soFar;
+    for (const QChar each : u"Ñandú 1"_s) {
+        QTest::sendKeyEvent(QTest::Click, &screen.window(), Qt::Key_unknown, QString(each), Qt::NoModifier);
+        soFar += each;
+        QCOMPARE(screen.root()->property("plain").toString(), soFar);
+    }
+}
+
+void FieldsTest::twoFieldsOnOneTextStayInStep()
+{
+    TestScreen screen(fields());
+    screen.type(screen.find(u"plain"_s), u"Ana"_s);
+    QCOMPARE(screen.find(u"twin"_s)->property("text").toString(), u"Ana"_s);
+    screen.type(screen.find(u"twin"_s), u"Bruno"_s);
+    QCOMPARE(screen.find(u"plain"_s)->property("text").toString(), u"Bruno"_s);
+    screen.root()->setProperty("plain", u"Carla"_s);
+    QCOMPARE(screen.find(u"plain"_s)->property("text").toString(), u"Carla"_s);
+    QCOMPARE(screen.find(u"twin"_s)->property("text").toString(), u"Carla"_s);
+}
+
+void FieldsTest::decimalFieldAsksForTheDecimalPadAndKeepsWhatIsPasted()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"number"_s);
+    QCOMPARE(field->property("inputMethodHints").toInt(), int(Qt::ImhFormattedNumbersOnly));
+    QGuiApplication::clipboard()->setText(u"12 libras"_s);
+    screen.tap(field);
+    QTest::keySequence(&screen.window(), QKeySequence::Paste);
+    QCOMPARE(screen.root()->property("number").toString(), u"12 libras"_s);
+}
+
+void FieldsTest::plainFieldAsksForTheDefaultKeyboard()
+{
+    TestScreen screen(fields());
+    QCOMPARE(screen.find(u"plain"_s)->property("inputMethodHints").toInt(), int(Qt::ImhNone));
+}
+
+void FieldsTest::secureFieldHidesItsText()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"secret"_s);
+    screen.type(field, u"Ábc.1"_s);
+    QCOMPARE(screen.root()->property("secret").toString(), u"Ábc.1"_s);
+    QCOMPARE(field->property("displayText").toString(), QString(5, u'\u2022'));
+    const auto hints = Qt::InputMethodHints(field->property("inputMethodHints").toInt());
+    QVERIFY(hints.testFlag(Qt::ImhHiddenText));
+    QVERIFY(hints.testFlag(Qt::ImhSensitiveData));
+    QVERIFY(!hints.testFlag(Qt::ImhDigitsOnly) && !hints.testFlag(Qt::ImhFormattedNumbersOnly));
+    // Nothing of it leaves by the clipboard.
+    QGuiApplication::clipboard()->setText(u"before"_s);
+    QTest::keySequence(&screen.window(), QKeySequence::SelectAll);
+    QTest::keySequence(&screen.window(), QKeySequence::Copy);
+    QTest::keySequence(&screen.window(), QKeySequence::Cut);
+    QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+}
+
+void FieldsTest::fieldIsAsHighAsItsLineAndPadding()
+{
+    TestScreen screen(fields());
+    for (const QString &name : {u"plain"_s, u"number"_s, u"secret"_s}) {
+        QCOMPARE(screen.find(name)->height(), 16 + 22 + 16);
+        QCOMPARE(screen.find(name)->width(), 300);
+    }
+}
+
+void FieldsTest::shapeHasTheDesignedCornersAndOutline()
+{
+    TestScreen screen(fields());
+    for (const QString &name : {u"plain"_s, u"secret"_s}) {
+        const auto *const shape = screen.find(name)->property("background").value<QQuickItem *>();
+        QCOMPARE(shape->property("radius").toReal(), 16);
+        QCOMPARE(shape->property("color").value<QColor>(), QColor(Qt::white));
+        QCOMPARE(shape->property("borderWidth").toReal(), 1);
+        const QColor outline = shape->property("borderColor").value<QColor>();
+        QCOMPARE(outline.rgb(), qRgb(0x8E, 0x8E, 0x93));
+        QVERIFY(qAbs(outline.alphaF() - 0.2) < 0.01);
+    }
+}
+
+void FieldsTest::returnDoesNothing()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    screen.type(field, u"Ana"_s);
+    screen.key(Qt::Key_Return);
+    QCOMPARE(screen.root()->property("plain").toString(), u"Ana"_s);
+    QVERIFY(field->hasActiveFocus());
+}
+
+void FieldsTest::focusRingComesWithTheKeyboardOnly()
+{
+    TestScreen screen(fields());
+    screen.tap(screen.find(u"plain"_s));
+    QVERIFY(!screen.find(u"plain"_s)->property("keyboardFocus").toBool());
+    screen.key(Qt::Key_Tab);
+    QVERIFY(screen.find(u"twin"_s)->hasActiveFocus());
+    QVERIFY(screen.find(u"twin"_s)->property("keyboardFocus").toBool());
+    screen.key(Qt::Key_Backtab, Qt::ShiftModifier);
+    QVERIFY(screen.find(u"plain"_s)->property("keyboardFocus").toBool());
+}
+
+void FieldsTest::longTextStaysOnOneLine()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    QGuiApplication::clipboard()->setText(u"uno\ndos\r\ntres "_s + QString(2000, u'x'));
+    screen.tap(field);
+    QTest::keySequence(&screen.window(), QKeySequence::Paste);
+    QCOMPARE(field->height(), 54);
+    QVERIFY(field->property("text").toString().contains(u"tres"_s));
+}
+
+MAROVENDA_TEST_MAIN(FieldsTest)
+#include "tst_Fields.moc"

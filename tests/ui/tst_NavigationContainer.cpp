@@ -1,0 +1,264 @@
+#include "MarovendaTest.h"
+#include "TestScreen.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class NavigationContainerTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void rootAppearsOnceAndCannotBeLeft();
+    void pushSlidesInFromTheRightOverTheDimmedScreen();
+    void pushedScreenHasTheKeysAndTheTreeForItself();
+    void everyWayBackIsOnePop_data();
+    void everyWayBackIsOnePop();
+    void screenBelowAppearsWhenThePopBegins();
+    void poppedScreenGoesAndIsMadeAnewByTheNextPush();
+    void secondPopDuringAPopDoesNothing();
+    void swipeFollowsTheFingerAndPopsPastHalf();
+    void swipeThatStopsShortComesBack();
+    void flickPops();
+    void swipeElsewhereIsNoPop();
+    void titleOfTheBarComesWhenTheLargeOneHasGone();
+    void resizedWindowResizesEveryScreen();
+
+private:
+    static QByteArray navigation()
+    {
+        return R"qml(NavigationContainer {
+            id: navigation
+            property int appearances: 0
+            property int made: 0
+            root: Component {
+                AppScreen {
+                    id: home
+                    objectName: "home"
+                    barHidden: true
+                    onAppeared: ++navigation.appearances
+                    PrimaryButton { objectName: "open"; width: 200; text: "Abrir"; onClicked: home.push(next) }
+                }
+            }
+            property Component next: Component {
+                AppScreen {
+                    objectName: "next"
+                    title: "Mis Paquetes"
+                    scrolled: area.contentY
+                    Component.onCompleted: ++navigation.made
+                    Flickable {
+                        id: area
+                        objectName: "area"
+                        anchors.fill: parent
+                        contentHeight: 2000
+                        PrimaryButton { objectName: "inside"; y: 100; width: 200; text: "Dentro" }
+                    }
+                }
+            }
+        })qml";
+    }
+    static void push(TestScreen &screen)
+    {
+        screen.tap(screen.find(u"open"_s));
+        QTRY_COMPARE(screen.root()->property("progress").toReal(), 1);
+        QTRY_VERIFY(!screen.root()->property("moving").toBool());
+    }
+    static int depth(TestScreen &screen) { return screen.root()->property("depth").toInt(); }
+    static int appearances(TestScreen &screen) { return screen.root()->property("appearances").toInt(); }
+
+    /// Drags from x to x in steps of a few pixels, with the button left down.
+    static void drag(TestScreen &screen, int from, int to, int step = 6)
+    {
+        QTest::mousePress(&screen.window(), Qt::LeftButton, {}, QPoint(from, 400));
+        for (int x = from; x <= to; x += step)
+            QTest::mouseMove(&screen.window(), QPoint(x, 400), 8);
+    }
+    static void release(TestScreen &screen, int at)
+    {
+        QTest::mouseRelease(&screen.window(), Qt::LeftButton, {}, QPoint(at, 400), 200);
+    }
+};
+
+void NavigationContainerTest::rootAppearsOnceAndCannotBeLeft()
+{
+    TestScreen screen(navigation());
+    QCOMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 1);
+    screen.key(Qt::Key_Escape);
+    screen.key(Qt::Key_Left, Qt::AltModifier);
+    screen.key(Qt::Key_Back);
+    QCOMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 1);
+    QVERIFY(!screen.named(u"Atrás"_s));
+}
+
+void NavigationContainerTest::pushSlidesInFromTheRightOverTheDimmedScreen()
+{
+    TestScreen screen(navigation());
+    screen.tap(screen.find(u"open"_s));
+    QCOMPARE(depth(screen), 2);
+    QQuickItem *const home = screen.find(u"home"_s);
+    QQuickItem *const next = screen.find(u"next"_s);
+    QVERIFY(next->x() > 0);
+    bool between = false;
+    while (screen.root()->property("progress").toReal() < 1) {
+        const qreal progress = screen.root()->property("progress").toReal();
+        QVERIFY(qAbs(next->x() - (1 - progress) * 390) < 0.01);
+        QVERIFY(qAbs(home->x() + 0.3 * 390 * progress) < 0.01);
+        between = between || (progress > 0 && progress < 1);
+        QTest::qWait(10);
+    }
+    QVERIFY(between);
+    QCOMPARE(next->x(), 0);
+    QTRY_VERIFY(!home->isVisible());
+}
+
+void NavigationContainerTest::pushedScreenHasTheKeysAndTheTreeForItself()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    QVERIFY(screen.find(u"next"_s)->property("activeFocus").toBool());
+    QVERIFY(screen.named(u"Dentro"_s));
+    QVERIFY(screen.named(u"Atrás"_s));
+    QVERIFY(!screen.named(u"Abrir"_s));
+}
+
+void NavigationContainerTest::everyWayBackIsOnePop_data()
+{
+    QTest::addColumn<QString>("way");
+    for (const char *way : {"control", "Escape", "Alt+Left", "Back"})
+        QTest::newRow(way) << QString::fromLatin1(way);
+}
+
+void NavigationContainerTest::everyWayBackIsOnePop()
+{
+    QFETCH(QString, way);
+    TestScreen screen(navigation());
+    push(screen);
+    if (way == u"control"_s)
+        screen.tap(screen.named(u"Atrás"_s));
+    else if (way == u"Escape"_s)
+        screen.key(Qt::Key_Escape);
+    else if (way == u"Back"_s)
+        screen.key(Qt::Key_Back);
+    else
+        screen.key(Qt::Key_Left, Qt::AltModifier);
+    QTRY_COMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 2);
+    QQuickItem *const home = screen.find(u"home"_s);
+    QVERIFY(home->isVisible() && home->isEnabled() && home->property("activeFocus").toBool());
+    QCOMPARE(home->x(), 0);
+    QVERIFY(screen.named(u"Abrir"_s));
+}
+
+void NavigationContainerTest::screenBelowAppearsWhenThePopBegins()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    QCOMPARE(appearances(screen), 1);
+    screen.key(Qt::Key_Escape);
+    QCOMPARE(appearances(screen), 2);
+    QCOMPARE(depth(screen), 2);
+    QTRY_COMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 2);
+}
+
+void NavigationContainerTest::poppedScreenGoesAndIsMadeAnewByTheNextPush()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    const QPointer<QQuickItem> first = screen.find(u"next"_s);
+    screen.key(Qt::Key_Escape);
+    QTRY_COMPARE(depth(screen), 1);
+    QTRY_VERIFY(!first);
+    push(screen);
+    QCOMPARE(screen.root()->property("made").toInt(), 2);
+}
+
+void NavigationContainerTest::secondPopDuringAPopDoesNothing()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    screen.key(Qt::Key_Escape);
+    screen.key(Qt::Key_Escape);
+    QTRY_COMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 2);
+}
+
+void NavigationContainerTest::swipeFollowsTheFingerAndPopsPastHalf()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    drag(screen, 5, 300);
+    QQuickItem *const next = screen.find(u"next"_s);
+    QVERIFY2(next->x() > 200, qPrintable(QString::number(next->x())));
+    QCOMPARE(depth(screen), 2);
+    // The screen below comes on screen when the swipe is completed, not while it may still come back.
+    QCOMPARE(appearances(screen), 1);
+    release(screen, 300);
+    QTRY_COMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 2);
+}
+
+void NavigationContainerTest::swipeThatStopsShortComesBack()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    drag(screen, 5, 120, 2);
+    QQuickItem *const next = screen.find(u"next"_s);
+    QVERIFY(next->x() > 50);
+    // Held still, so that it is no flick.
+    for (int i = 0; i < 20; ++i)
+        QTest::mouseMove(&screen.window(), QPoint(120 + i % 2, 400), 20);
+    release(screen, 120);
+    QTRY_COMPARE(next->x(), 0);
+    QCOMPARE(depth(screen), 2);
+    QCOMPARE(appearances(screen), 1);
+    QTRY_VERIFY(next->isEnabled());
+}
+
+void NavigationContainerTest::flickPops()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    QTest::mousePress(&screen.window(), Qt::LeftButton, {}, QPoint(5, 400));
+    for (int x = 5; x <= 125; x += 12)
+        QTest::mouseMove(&screen.window(), QPoint(x, 400), 4);
+    QTest::mouseRelease(&screen.window(), Qt::LeftButton, {}, QPoint(125, 400), 1);
+    QTRY_COMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 2);
+}
+
+void NavigationContainerTest::swipeElsewhereIsNoPop()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    drag(screen, 60, 350);
+    QCOMPARE(screen.find(u"next"_s)->x(), 0);
+    release(screen, 350);
+    QCOMPARE(depth(screen), 2);
+}
+
+void NavigationContainerTest::titleOfTheBarComesWhenTheLargeOneHasGone()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    QQuickItem *const next = screen.find(u"next"_s);
+    QVERIFY(!screen.texts(next).contains(u"Mis Paquetes"_s));
+    screen.find(u"area"_s)->setProperty("contentY", 100);
+    QTRY_VERIFY(screen.texts(next).contains(u"Mis Paquetes"_s));
+    screen.find(u"area"_s)->setProperty("contentY", 0);
+    QTRY_VERIFY(!screen.texts(next).contains(u"Mis Paquetes"_s));
+}
+
+void NavigationContainerTest::resizedWindowResizesEveryScreen()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    screen.window().resize(700, 500);
+    QTRY_COMPARE(screen.find(u"next"_s)->size(), QSizeF(700, 500));
+    QCOMPARE(screen.find(u"home"_s)->size(), QSizeF(700, 500));
+    QCOMPARE(screen.find(u"next"_s)->x(), 0);
+}
+
+MAROVENDA_TEST_MAIN(NavigationContainerTest)
+#include "tst_NavigationContainer.moc"
