@@ -15,6 +15,7 @@ Item {
     Accessible.ignored: !enabled
 
     Timer {
+        objectName: "tick"
         interval: 125
         repeat: true
         running: spinner.running && spinner.visible

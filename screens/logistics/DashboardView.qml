@@ -147,18 +147,24 @@ AppScreen {
                 }
                 Repeater {
                     model: viewModel.paquetesRecientes
-                    CardRow {
+                    Pressable {
+                        id: row
                         required property var tracking
                         required property var descripcion
                         required property var estado
                         width: column.inner
-                        text: headline + ", " + detail + ", " + badge
-                        emoji: "📦"
-                        headline: "Tracking: " + (tracking ?? "N/A")
-                        detail: descripcion ?? "Sin descripción"
-                        badge: (estado ?? "RECIBIDO").toUpperCase()
-                        badgeColor: Theme.green
+                        focusRadius: 16
+                        text: card.spoken
                         onClicked: viewModel.abrirTracking(tracking)
+                        contentItem: CardRow {
+                            id: card
+                            partOfControl: true
+                            emoji: "📦"
+                            headline: "Tracking: " + (row.tracking ?? "N/A")
+                            detail: row.descripcion ?? "Sin descripción"
+                            badge: (row.estado ?? "RECIBIDO").toUpperCase()
+                            badgeColor: Theme.green
+                        }
                     }
                 }
             }
@@ -179,8 +185,6 @@ AppScreen {
                         required property var descripcion
                         required property var estado
                         width: column.inner
-                        pressable: false
-                        text: headline + ", " + detail + ", " + badge
                         emoji: "📄"
                         headline: "Origen: " + (origen ?? "N/A")
                         detail: descripcion ?? "Sin descripción"

@@ -6,19 +6,20 @@
 
 using namespace Qt::StringLiterals;
 
-int runMarovendaTest(QObject &subject, int argc, char *argv[])
+int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int argc, char *argv[])
 {
     const QTemporaryDir home;
-    for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+    for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
         qputenv(name, home.path().toUtf8());
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
+    qputenv("QTEST_DISABLE_STACK_DUMP", "1");
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     for (const char *name : {"http_proxy", "https_proxy", "XDG_CURRENT_DESKTOP"})
         qunsetenv(name);
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"marovenda-test"_s);
-    const int code = QTest::qExec(&subject, argc, argv);
+    const int code = QTest::qExec(make().get(), argc, argv);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return code;
 }

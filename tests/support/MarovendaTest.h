@@ -2,14 +2,16 @@
 
 #include <QObject>
 
-/// Runs the tests of `subject` in an application of their own: with a data directory that goes with the process,
-/// without a display, a session bus or a proxy. Returns the process's exit status.
-int runMarovendaTest(QObject &subject, int argc, char *argv[]);
+#include <functional>
+#include <memory>
 
-/// The main function of a test that has none of its own, and the code that moc makes of its class.
-#define MAROVENDA_TEST_MAIN(Test)                                                                                    \
-    int main(int argc, char *argv[])                                                                                 \
-    {                                                                                                                \
-        Test test;                                                                                                   \
-        return runMarovendaTest(test, argc, argv);                                                                   \
+/// Runs the tests of what `make` makes in an application of their own: with a data directory that goes with the process,
+/// without a display, a session bus or a proxy. Returns the process's exit status.
+int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int argc, char *argv[]);
+
+/// The main function of a test.
+#define MAROVENDA_TEST_MAIN(Test)                                                                                   \
+    int main(int argc, char *argv[])                                                                                \
+    {                                                                                                               \
+        return runMarovendaTest([] { return std::make_unique<Test>(); }, argc, argv);                               \
     }

@@ -129,9 +129,26 @@ QRectF TestScreen::box(const QQuickItem *item)
     return item->mapRectToScene(QRectF(0, 0, item->width(), item->height()));
 }
 
-void TestScreen::tap(const QQuickItem *item) const
+void TestScreen::scrollTo(const QQuickItem *item) const
 {
     settle();
+    for (QQuickItem *area = item->parentItem(); area; area = area->parentItem()) {
+        if (!area->inherits("QQuickFlickable") || !area->property("interactive").toBool())
+            continue;
+        const QRectF at = area->mapRectFromItem(item, QRectF(0, 0, item->width(), item->height()));
+        const auto scroll = [&](const char *position, qreal from, qreal to, qreal length) {
+            const qreal beyond = to > length ? to - length : from < 0 ? from : 0;
+            area->setProperty(position, area->property(position).toReal() + beyond);
+        };
+        scroll("contentY", at.top(), at.bottom(), area->height());
+        scroll("contentX", at.left(), at.right(), area->width());
+    }
+    settle();
+}
+
+void TestScreen::tap(const QQuickItem *item) const
+{
+    scrollTo(item);
     QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, box(item).center().toPoint());
 }
 

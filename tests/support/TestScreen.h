@@ -29,7 +29,9 @@ public:
     QStringList texts(const QQuickItem *from = nullptr) const;
     QList<QQuickItem *> all(const QString &objectName, const QQuickItem *from = nullptr) const;
 
-    /// A tap in the middle of an item.
+    /// Scrolls until an item is in view.
+    void scrollTo(const QQuickItem *item) const;
+    /// A tap in the middle of an item, which is brought into view first.
     void tap(const QQuickItem *item) const;
     /// A tap and typing.
     void type(const QQuickItem *field, const QString &text) const;

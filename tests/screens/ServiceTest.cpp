@@ -1,0 +1,61 @@
+#include "ServiceTest.h"
+
+#include "Session.h"
+#include "TestDeployment.h"
+
+#include <QDesktopServices>
+#include <QJsonDocument>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QStringList schemes{u"https"_s, u"http"_s, u"mailto"_s};
+
+/// The transport's exchanges are children of the application, without a class name of their own.
+qsizetype exchangesInFlight()
+{
+    const auto all = QCoreApplication::instance()->children();
+    return std::count_if(all.begin(), all.end(), [](const QObject *each) {
+        return qstrcmp(each->metaObject()->className(), "QObject") == 0;
+    });
+}
+
+} // namespace
+
+ServiceTest::ServiceTest() { TestDeployment::values().baseUrl = server.baseUrl(); }
+
+void ServiceTest::init()
+{
+    server.clear();
+    opened.clear();
+    for (const QString &scheme : schemes)
+        QDesktopServices::setUrlHandler(scheme, this, "noteOpened");
+    Session &session = Session::instance();
+    session.setUserId(0);
+    session.setUserNombre({});
+    session.setUserEmail({});
+    session.setUserAvatarData({});
+}
+
+void ServiceTest::cleanup()
+{
+    for (const QString &scheme : schemes)
+        QDesktopServices::unsetUrlHandler(scheme);
+    // No exchange of this test may reach the server during the next.
+    server.clear();
+    QTRY_COMPARE(exchangesInFlight(), 0);
+}
+
+QList<QJsonObject> ServiceTest::sent(const QByteArray &path) const
+{
+    QList<QJsonObject> bodies;
+    for (const auto &request : server.requests()) {
+        if (request.path == path)
+            bodies.append(QJsonDocument::fromJson(request.body).object());
+    }
+    return bodies;
+}
+
+void ServiceTest::waitForRequests(int count) const { QTRY_COMPARE(server.requests().size(), count); }
