@@ -41,7 +41,7 @@ QString tracking(int number) { return u"MRV-%1"_s.arg(number); }
 QString day(int number)
 {
     const int before = (230 - number) / 4;
-    return u"2025-%1-%2"_s.arg(12 - before / 28, 2, 10, u'0').arg(28 - before % 28, 2, 10, u'0');
+    return u"2025-%1-%2"_s.arg(12 - before / 28, 2, 10, QChar(u'0')).arg(28 - before % 28, 2, 10, QChar(u'0'));
 }
 
 /// Package `number` (1 is the oldest) of the customer with many. Some lack a field, as real data does.
@@ -49,7 +49,7 @@ Paquete packageOfMany(int number)
 {
     Paquete package{tracking(100000 + number), contents[number % contents.size()], std::nullopt, day(number)};
     package.estado = number > 222 ? states[(230 - number) % 4] : states[(number * 7 + number / 5) % states.size()];
-    if (number % 37 == 5)
+    if (number % 37 == 33)
         package.tracking.reset();
     if (number % 23 == 2)
         package.descripcion.reset();

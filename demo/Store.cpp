@@ -192,9 +192,9 @@ void Store::refuseForeignFile() const
     if (file.size() == 0)
         return;
     const QByteArray header = file.read(100);
-    const QByteArray id = header.mid(applicationIdOffset, 4);
-    // The header of a database that was given up while it was made has no mark yet; it still holds nothing.
-    const bool ours = id == QByteArray::fromHex("4d727664") || (id == QByteArray(4, '\0') && file.size() <= 4096);
+    // The mark of a database that was not closed may stand in its companion only; then this file is one empty page.
+    const bool empty = header.mid(16, 2) == QByteArray::fromHex("1000") && file.size() == 4096;
+    const bool ours = header.mid(applicationIdOffset, 4) == QByteArray::fromHex("4d727664") || empty;
     if (header.size() != 100 || !header.startsWith("SQLite format 3") || !ours)
         fail(u"it is not a database of the demo service, or it is damaged"_s);
 }

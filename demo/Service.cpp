@@ -1,0 +1,403 @@
+#include "Service.h"
+
+#include "Json.h"
+#include "Password.h"
+#include "Records.h"
+#include "Store.h"
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto address = "127.0.0.1";
+constexpr auto jsonType = "application/json";
+constexpr auto success = "success"_L1;
+constexpr auto error = "error"_L1;
+constexpr std::size_t largestBody = std::size_t(32) * 1024 * 1024;
+constexpr qsizetype longestText = 10'000;
+constexpr std::size_t threads = 8;
+
+/// A request that is not what the protocol says: the HTTP status and what is wrong.
+struct Refused {
+    int status;
+    QString message;
+};
+
+template <Record R>
+void reply(httplib::Response &to, const R &record, int status = 200)
+{
+    const QByteArray body = Json::write(record).value_or(QByteArray("{}"));
+    to.status = status;
+    to.set_content(body.constData(), static_cast<std::size_t>(body.size()), jsonType);
+}
+
+void refuse(httplib::Response &to, const Refused &why)
+{
+    reply(to, StandardResponse{error, why.message}, why.status);
+}
+
+StandardResponse failed(const QString &message) { return {error, message}; }
+StandardResponse done(const QString &message) { return {success, message}; }
+StandardResponse unknownCustomer() { return failed(u"No encontramos a ese cliente"_s); }
+
+bool equalLetters(std::string_view one, std::string_view other)
+{
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                      [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
+}
+
+/// Whether a Host header names this machine, with or without a port. A page from elsewhere whose name was made to
+/// lead here sends its own name.
+bool namesThisMachine(std::string_view host)
+{
+    const std::size_t end = host.starts_with('[') ? host.find(']') : host.find(':');
+    std::string_view port;
+    if (host.starts_with('[') && end != std::string_view::npos) {
+        port = host.substr(end + 1);
+        host = host.substr(0, end + 1);
+    } else if (end != std::string_view::npos) {
+        port = host.substr(end);
+        host = host.substr(0, end);
+    }
+    const bool goodPort = port.empty() || (port.starts_with(':') && port.size() > 1 && port.size() <= 6 &&
+                                           std::all_of(port.begin() + 1, port.end(),
+                                                       [](unsigned char digit) { return std::isdigit(digit); }));
+    return goodPort && (host == "127.0.0.1" || equalLetters(host, "localhost") || host == "[::1]");
+}
+
+/// Every text of a record but the photo is bounded.
+template <Record R>
+void checkLengths(const R &record)
+{
+    boost::mp11::mp_for_each<Json::Fields<R>>([&](auto field) {
+        if constexpr (std::same_as<std::remove_cvref_t<decltype(record.*field.pointer)>, QString>) {
+            const qsizetype length = (record.*field.pointer).size();
+            if (length > longestText && std::string_view(field.name) != "avatar_base64")
+                throw Refused{400, u"Solicitud no válida: %1: text of %2 characters, must be at most %3"_s
+                                       .arg(QLatin1String(field.name))
+                                       .arg(length)
+                                       .arg(longestText)};
+        }
+    });
+}
+
+template <Record R>
+R readRecord(const std::string &body)
+{
+    auto read = Json::read<R>(QByteArrayView(body.data(), static_cast<qsizetype>(body.size())));
+    if (!read)
+        throw Refused{400, u"Solicitud no válida: "_s + read.error};
+    checkLengths(*read.record);
+    return std::move(*read.record);
+}
+
+std::string readBody(const httplib::Request &request, const httplib::Response &response,
+                     const httplib::ContentReader &content)
+{
+    const Refused tooLarge{413, u"La solicitud es demasiado grande: el máximo es de 32 MiB"_s};
+    if (!equalLetters(request.get_header_value("Content-Type"), jsonType))
+        throw Refused{400, u"Solicitud no válida: Content-Type must be application/json"_s};
+    // The library would wait for the end of the connection.
+    if (!request.has_header("Content-Length") && !request.has_header("Transfer-Encoding"))
+        throw Refused{411, u"Solicitud no válida: Content-Length missing"_s};
+    // Nobody sends one, and a small body can unpack to any size.
+    if (request.has_header("Content-Encoding"))
+        throw Refused{415, u"Solicitud no válida: Content-Encoding must be absent"_s};
+    std::string body;
+    bool fits = true;
+    const bool complete = content([&](const char *bytes, std::size_t count) {
+        fits = count <= largestBody - body.size();
+        if (fits)
+            body.append(bytes, count);
+        return fits;
+    });
+    if (!fits || response.status == tooLarge.status)
+        throw tooLarge;
+    if (!complete)
+        throw Refused{400, u"Solicitud no válida: body incomplete"_s};
+    return body;
+}
+
+std::optional<qint64> customerNumber(const QString &text)
+{
+    bool good = false;
+    const qint64 id = text.toLongLong(&good);
+    return good && text == QString::number(id) ? std::optional(id) : std::nullopt;
+}
+
+qint64 customerOf(const httplib::Request &request)
+{
+    if (request.get_param_value_count("user_id") != 1)
+        throw Refused{400, u"Solicitud no válida: user_id: must be given once"_s};
+    if (const auto id = customerNumber(QString::fromStdString(request.get_param_value("user_id"))))
+        return *id;
+    throw Refused{400, u"Solicitud no válida: user_id: must be a whole number of 64 bits"_s};
+}
+
+bool looksLikeEmail(const QString &email)
+{
+    const QString trimmed = email.trimmed();
+    const qsizetype at = trimmed.indexOf(u'@');
+    return at > 0 && at < trimmed.size() - 1 && trimmed.indexOf(u'@', at + 1) < 0;
+}
+
+// The endpoints: what the app asks, and what the company answers.
+
+LoginResponse login(Store &store, const LoginRequest &request)
+{
+    const auto customer = store.customerByEmail(request.email);
+    if (!isPassword(request.password, customer ? customer->passwordHash : QByteArray()))
+        return {error, u"Correo o contraseña incorrectos"_s, std::nullopt, std::nullopt};
+    return {success, u"Bienvenido"_s, QString::number(customer->id), customer->nombre};
+}
+
+StandardResponse recover(Store &store, const RecuperarRequest &request)
+{
+    store.addRecoveryRequest(request.email);
+    return done(u"Si el correo está registrado, recibirás un enlace"_s);
+}
+
+LoginResponse registerCustomer(Store &store, const RegistroRequest &request)
+{
+    const auto failure = [](const QString &message) {
+        return LoginResponse{error, message, std::nullopt, std::nullopt};
+    };
+    if (request.nombre.trimmed().isEmpty() || request.password.isEmpty())
+        return failure(u"Completa tu nombre y tu contraseña"_s);
+    if (!looksLikeEmail(request.email))
+        return failure(u"Escribe un correo válido"_s);
+    const auto id = store.addCustomer(request, hashPassword(request.password));
+    if (!id)
+        return failure(u"Ese correo ya está registrado"_s);
+    return {success, u"Tu casillero está listo"_s, QString::number(*id), request.nombre};
+}
+
+StandardResponse saveProfile(Store &store, const PerfilRequest &request)
+{
+    Store::Profile profile{request.nombre, {}, {}, {}};
+    if (!request.avatar_base64.isEmpty()) {
+        const QByteArray text = request.avatar_base64.toUtf8();
+        profile.avatar = QByteArray::fromBase64(text);
+        // The decoder passes over what does not belong there; only what comes back the same is base64.
+        if (profile.avatar->toBase64() != text)
+            throw Refused{400, u"Solicitud no válida: avatar_base64: text, must be base64"_s};
+    }
+    if (request.nombre.trimmed().isEmpty())
+        return failed(u"Completa tu nombre"_s);
+    if (!request.email.trimmed().isEmpty()) {
+        if (!looksLikeEmail(request.email))
+            return failed(u"Escribe un correo válido"_s);
+        profile.email = request.email;
+    }
+    if (!request.password.isEmpty())
+        profile.passwordHash = hashPassword(request.password);
+    switch (store.saveProfile(request.user_id, profile)) {
+    case Store::Saved::Yes:
+        return done(u"Perfil actualizado"_s);
+    case Store::Saved::EmailTaken:
+        return failed(u"Ese correo ya está registrado"_s);
+    case Store::Saved::NoSuchCustomer:
+        break;
+    }
+    return unknownCustomer();
+}
+
+CasilleroResponse mailbox(Store &store, const CasilleroRequest &request)
+{
+    const auto id = customerNumber(request.user_id);
+    const auto customer = id ? store.customerById(*id) : std::nullopt;
+    if (!customer)
+        return {error, std::nullopt, unknownCustomer().message};
+    return {success, u"%1 MRV-%2"_s.arg(customer->nombre, QString::number(1000 + customer->id)), std::nullopt};
+}
+
+StandardResponse quote(Store &store, const CotizacionRequest &request)
+{
+    if (request.tipo != u"aereo"_s && request.tipo != u"maritimo"_s)
+        return failed(u"Elige envío aéreo o marítimo"_s);
+    if (request.peso < 0 || request.valor < 0)
+        return failed(u"El peso y el valor no pueden ser negativos"_s);
+    return store.addQuotation(request) ? done(u"Recibimos tu solicitud de cotización"_s) : unknownCustomer();
+}
+
+StandardResponse importVehicle(Store &store, const AutoRequest &request)
+{
+    return store.addVehicleRequest(request) ? done(u"Recibimos tu solicitud de importación"_s) : unknownCustomer();
+}
+
+DashboardResponse listing(Store &store, qint64 id)
+{
+    auto all = store.listing(id);
+    if (!all)
+        return {error, std::nullopt, QList<DashboardResponse::Paquete>(), QList<DashboardResponse::Cotizacion>()};
+    all->status = success;
+    return std::move(*all);
+}
+
+/// What the library refuses by itself, such as a head that is not HTTP.
+QString messageFor(int status)
+{
+    switch (status) {
+    case 404:
+        return u"No existe esa dirección"_s;
+    case 413:
+        return u"La solicitud es demasiado grande"_s;
+    case 414:
+        return u"La dirección es demasiado larga"_s;
+    default:
+        return u"Solicitud no válida"_s;
+    }
+}
+
+} // namespace
+
+class Service::Implementation {
+public:
+    Implementation();
+
+    httplib::Server server;
+    quint16 port = 0;
+    std::unique_ptr<Store> store;
+    std::thread thread;
+
+private:
+    template <Record Request, Record Reply>
+    void answer(const char *path, Reply (*endpoint)(Store &, const Request &));
+    template <class Work>
+    void guarded(httplib::Response &response, Work work);
+    void refuseStrangers();
+    void answerEverythingElse();
+
+    struct Endpoint {
+        std::string path;
+        std::string method;
+    };
+    std::vector<Endpoint> m_endpoints;
+};
+
+Service::Implementation::Implementation()
+{
+    server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
+    server.set_payload_max_length(largestBody);
+    // A connection serves one request: what is left of one that was refused is never read as the next.
+    server.set_keep_alive_max_count(1);
+    server.set_keep_alive_timeout(2);
+    // The library's own choice would let two services share one port, each with half of the requests.
+    server.set_socket_options([](socket_t socket) {
+        const int yes = 1;
+        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
+
+    answer("/api_login.php", login);
+    answer("/api_recuperar.php", recover);
+    answer("/api_registro.php", registerCustomer);
+    answer("/api_perfil.php", saveProfile);
+    answer("/api_casillero.php", mailbox);
+    answer("/api_cotizar.php", quote);
+    answer("/api_auto.php", importVehicle);
+    m_endpoints.push_back({"/api_paquetes.php", "GET"});
+    server.Get("/api_paquetes\\.php", [this](const httplib::Request &request, httplib::Response &response) {
+        guarded(response, [&] { reply(response, listing(*store, customerOf(request))); });
+    });
+    refuseStrangers();
+    answerEverythingElse();
+}
+
+template <Record Request, Record Reply>
+void Service::Implementation::answer(const char *path, Reply (*endpoint)(Store &, const Request &))
+{
+    m_endpoints.push_back({path, "POST"});
+    server.Post(path, [this, endpoint](const httplib::Request &request, httplib::Response &response,
+                                       const httplib::ContentReader &content) {
+        guarded(response, [&] {
+            reply(response, endpoint(*store, readRecord<Request>(readBody(request, response, content))));
+        });
+    });
+}
+
+template <class Work>
+void Service::Implementation::guarded(httplib::Response &response, Work work)
+{
+    try {
+        work();
+    } catch (const Refused &why) {
+        refuse(response, why);
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "marovenda-demo-service: %s\n", failure.what());
+        refuse(response, {500, u"El servicio tuvo un problema; intenta más tarde"_s});
+    }
+}
+
+/// Before any body is read: who asks, and for something that is there.
+void Service::Implementation::refuseStrangers()
+{
+    server.set_pre_routing_handler([this](const httplib::Request &request, httplib::Response &response) {
+        using httplib::Server;
+        // A reply is one JSON document, never a part of one. The library keeps the ranges in an object of its own.
+        const_cast<httplib::Request &>(request).ranges.clear();
+        if (request.get_header_value_count("Host") != 1 || !namesThisMachine(request.get_header_value("Host"))) {
+            refuse(response, {403, u"Este servicio solo responde a esta misma máquina"_s});
+            return Server::HandlerResponse::Handled;
+        }
+        const auto endpoint = std::find_if(m_endpoints.begin(), m_endpoints.end(),
+                                           [&](const Endpoint &one) { return one.path == request.path; });
+        if (endpoint == m_endpoints.end()) {
+            refuse(response, {404, messageFor(404)});
+            return Server::HandlerResponse::Handled;
+        }
+        if (endpoint->method != request.method) {
+            refuse(response, {405, u"Esa dirección solo admite "_s + QString::fromStdString(endpoint->method)});
+            response.set_header("Allow", endpoint->method);
+            return Server::HandlerResponse::Handled;
+        }
+        return Server::HandlerResponse::Unhandled;
+    });
+}
+
+void Service::Implementation::answerEverythingElse()
+{
+    server.set_error_handler([](const httplib::Request &, httplib::Response &response) {
+        if (response.body.empty())
+            refuse(response, {response.status, messageFor(response.status)});
+    });
+}
+
+Service::Service() : m_implementation(std::make_unique<Implementation>()) {}
+
+Service::~Service() { stop(); }
+
+bool Service::bind(quint16 port)
+{
+    auto &server = m_implementation->server;
+    const int bound = port == 0 ? server.bind_to_any_port(address) : (server.bind_to_port(address, port) ? port : -1);
+    m_implementation->port = bound > 0 ? static_cast<quint16>(bound) : 0;
+    return bound > 0;
+}
+
+quint16 Service::port() const { return m_implementation->port; }
+
+void Service::start(std::unique_ptr<Store> store)
+{
+    m_implementation->store = std::move(store);
+    m_implementation->thread = std::thread([this] { m_implementation->server.listen_after_bind(); });
+    // Stopping a server that does not run yet would be forgotten.
+    while (!m_implementation->server.is_running())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+void Service::stop()
+{
+    if (!m_implementation->thread.joinable())
+        return;
+    m_implementation->server.stop();
+    m_implementation->thread.join();
+}
