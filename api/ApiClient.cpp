@@ -34,7 +34,7 @@ ApiClient::ApiClient() : baseUrl(Deployment::baseUrl()) {}
 
 ApiClient &ApiClient::instance()
 {
-    static ApiClient *const client = new ApiClient;
+    static auto *const client = new ApiClient;
     return *client;
 }
 

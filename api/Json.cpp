@@ -171,7 +171,7 @@ bool writeValue(QByteArray &to, const QString &value)
 {
     // A UTF-16 unit takes at most six bytes ("\u001f"). Room is made in slices, so that a long text that is nearly all
     // ASCII, such as a photo in base64, does not claim six times its size.
-    constexpr qsizetype slice = 16 * 1024;
+    constexpr qsizetype slice = 16384;
     constexpr qsizetype most = 6;
     const QStringView text(value);
     to += '"';

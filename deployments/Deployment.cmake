@@ -55,6 +55,7 @@ function(marovenda_add_deployment target file)
     foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES)
         string(REPLACE "\\" "\\\\" MAROVENDA_${name} "${MAROVENDA_${name}}")
         string(REPLACE "\"" "\\\"" MAROVENDA_${name} "${MAROVENDA_${name}}")
+        string(REPLACE "?" "\\?" MAROVENDA_${name} "${MAROVENDA_${name}}") # "??/" would be another character
     endforeach()
     set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}/Deployment.cpp)
     configure_file(${_marovenda_deployment_dir}/Deployment.cpp.in ${source} @ONLY)

@@ -77,7 +77,7 @@ FocusScope {
         y: Math.max(8, (parent.height - keyboard - height) / 2)
         width: Math.min(270 * Math.max(1, Math.min(Theme.textScale, 1.3)), parent.width - 16)
         height: content.height
-        readonly property real keyboard: Qt.inputMethod.visible ? Qt.inputMethod.keyboardRectangle.height : 0
+        readonly property real keyboard: InputMethod.visible ? InputMethod.keyboardRectangle.height : 0
 
         Accessible.role: Accessible.Dialog
         Accessible.name: alert.title

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A screen of the app: its background, its bar, and its content below. The navigation container that shows it listens
 // to `push` and `back` and tells it when it comes on screen.

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A text in one of the text styles. What it shows is plain text, whatever markup the service sends.
 Text {

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A form's input for a password.
 FormField {

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A form's input for plain text or, with `isDecimal`, for a number: that only chooses the on-screen keyboard. Whatever
 // text arrives is kept.

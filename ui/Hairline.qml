@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A separator one physical pixel high.
 Rectangle {

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // The title that a screen starts with; it scrolls away with the content.
 Item {

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // The outcome of a form's action; announced when it changes, gone while it is empty.
 AppText {

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A stack of screens, of which the top one is on show. A new screen slides in from the right; going back is the reverse,
 // by a control of the screen, by Escape, Alt+Left or the Back key, or by dragging from the left edge.

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A vertical scroll area for one column of content. It is inert while the content fits, and it keeps the focused field
 // in the visible part, above an on-screen keyboard too.
@@ -10,10 +11,10 @@ Flickable {
     // Content lower than the area is centred in it instead of starting at the top.
     property bool centred: false
     readonly property real keyboardCover: {
-        if (!Qt.inputMethod.visible || Qt.inputMethod.keyboardRectangle.height <= 0)
+        if (!InputMethod.visible || InputMethod.keyboardRectangle.height <= 0)
             return 0
         const bottom = scroller.mapToItem(null, 0, scroller.height).y
-        return Math.max(0, bottom - Qt.inputMethod.keyboardRectangle.y)
+        return Math.max(0, bottom - InputMethod.keyboardRectangle.y)
     }
     readonly property real viewHeight: height - keyboardCover
     readonly property Item focused: Window.activeFocusItem
@@ -51,14 +52,20 @@ Flickable {
     pressDelay: 0
 
     onFocusedChanged: reveal(focused)
-    onHeightChanged: Qt.callLater(reveal, focused)
-    onKeyboardCoverChanged: Qt.callLater(reveal, focused)
+    onHeightChanged: later.restart()
+    onKeyboardCoverChanged: later.restart()
     onContentHeightChanged: {
         if (!interactive)
             contentY = 0
-        Qt.callLater(reveal, focused)
+        later.restart()
     }
 
+    // Once the layout has settled.
+    Timer {
+        id: later
+        interval: 0
+        onTriggered: scroller.reveal(scroller.focused)
+    }
     Item {
         id: holder
         width: Math.min(scroller.width, Theme.columnWidth)

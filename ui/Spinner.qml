@@ -1,4 +1,6 @@
+pragma ComponentBehavior: Bound
 import QtQuick
+import Marovenda.Ui
 
 // Eight spokes that light up in turn, once around a second. It does nothing at all unless it is visible and running.
 Item {
@@ -24,6 +26,7 @@ Item {
     Repeater {
         model: 8
         Rectangle {
+            id: spoke
             required property int index
 
             x: spinner.width / 2 - width / 2
@@ -33,12 +36,12 @@ Item {
             radius: width / 2
             color: Theme.grey
             antialiasing: true
-            opacity: 1 - 0.11 * ((spinner.head - index + 8) % 8)
+            opacity: 1 - 0.11 * ((spinner.head - spoke.index + 8) % 8)
             transformOrigin: Item.Center
             transform: Rotation {
                 origin.x: 1.2
                 origin.y: spinner.height / 2 - 0.5
-                angle: index * 45
+                angle: spoke.index * 45
             }
         }
     }

@@ -1,4 +1,5 @@
 import QtQuick
+import Marovenda.Ui
 
 // A button or link that is its text alone.
 Pressable {

@@ -45,8 +45,8 @@ QtObject {
     readonly property real barHeight: 44
 
     // The platform curves of the design, as cubic Bézier splines.
-    readonly property list<real> easeIn: [0.42, 0, 1, 1, 1, 1]
-    readonly property list<real> easeOut: [0, 0, 0.58, 1, 1, 1]
+    readonly property var easeIn: [0.42, 0, 1, 1, 1, 1]
+    readonly property var easeOut: [0, 0, 0.58, 1, 1, 1]
 
     readonly property int pushDuration: reducedMotion ? 0 : 350
     readonly property int alertDuration: reducedMotion ? 0 : 200

@@ -21,7 +21,7 @@ Session::Session(const QString &directory, QObject *parent) : QObject(parent), m
 
 Session &Session::instance()
 {
-    static Session *const session = new Session(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+    static auto *const session = new Session(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
     return *session;
 }
 

@@ -19,8 +19,8 @@ class DashboardViewModel : public ViewModel {
     STATE(QString, trackingText, {})
     Q_PROPERTY(int paqueteCount READ paqueteCount NOTIFY dataChanged)
     Q_PROPERTY(int cotizacionCount READ cotizacionCount NOTIFY dataChanged)
-    Q_PROPERTY(QAbstractItemModel *paquetesRecientes READ paquetesRecientes CONSTANT)
-    Q_PROPERTY(QAbstractItemModel *cotizacionesRecientes READ cotizacionesRecientes CONSTANT)
+    Q_PROPERTY(QObject *paquetesRecientes READ paquetesRecientes CONSTANT)
+    Q_PROPERTY(QObject *cotizacionesRecientes READ cotizacionesRecientes CONSTANT)
 public:
     explicit DashboardViewModel(QObject *parent = nullptr);
 

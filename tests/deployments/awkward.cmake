@@ -1,0 +1,11 @@
+# Values with every character that means something to CMake or C++.
+set(MAROVENDA_BASE_URL "https://service.example/app/v1/")
+set(MAROVENDA_TRACKING_URL "https://track.example/t/")
+set(MAROVENDA_SUPPORT_EMAIL "soporte@marovenda.example")
+set(MAROVENDA_WAREHOUSE_STREET "8 \"Ñandú\" Way; C:\\suite %1 @FOO@ \${BAR} ?")
+set(MAROVENDA_WAREHOUSE_CITY "Miami ??/ (Doral)")
+set(MAROVENDA_WAREHOUSE_ZIP "33166-0012")
+set(MAROVENDA_WAREHOUSE_PHONE "+1 305 555 0142")
+set(MAROVENDA_DEVELOPER_SITE "not a URL")
+set(MAROVENDA_DEVELOPER_SITE_TEXT "corvandel.example")
+set(MAROVENDA_DEVELOPER_EMAIL "hola@corvandel.example")

@@ -1,0 +1,109 @@
+"""Checks the sources with clang-format, clang-tidy and qmllint, with the repository's own configuration.
+
+usage: lint.py SOURCE BUILD CACHE
+
+What clang-tidy and qmllint have found good is remembered in the folder CACHE under a hash of all that they read: the file,
+the project's headers or modules that it uses, the configuration, the compiler's arguments and the tool itself.
+"""
+
+import concurrent.futures
+import hashlib
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+
+FOLDERS = ("api", "app", "bench", "demo", "deployments", "screens", "tests", "ui")
+INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
+
+
+class Lint:
+    def __init__(self, source, build, cache):
+        self.source, self.build, self.cache = source, build, cache
+        self.cache.mkdir(parents=True, exist_ok=True)
+        files = [f for folder in FOLDERS for f in sorted((source / folder).rglob("*"))]
+        self.cpp = [f for f in files if f.suffix in (".cpp", ".h")]
+        self.qml = [f for f in files if f.suffix == ".qml"]
+        self.headers = {f.name: f for f in self.cpp if f.suffix == ".h"}
+        self.commands = {c["file"]: c["command"] for c in json.loads((build / "compile_commands.json").read_text())}
+
+    def uses(self, file, seen=None):
+        """A file and all of the project's headers that it includes, directly or not."""
+        seen = {} if seen is None else seen
+        if file not in seen:
+            seen[file] = None
+            for name in INCLUDE.findall(file.read_text()):
+                header = self.headers.get(pathlib.PurePath(name).name)
+                if header:
+                    self.uses(header, seen)
+        return list(seen)
+
+    def remembered(self, tool, what, texts, check):
+        """Runs a check unless the same texts have passed it before; returns what it complained about."""
+        version = subprocess.run([tool, "--version"], check=True, capture_output=True).stdout
+        digest = hashlib.sha256(version)
+        for text in texts:
+            digest.update(hashlib.sha256(text.encode()).digest())
+        mark = self.cache / digest.hexdigest()
+        if mark.exists():
+            return ""
+        complaint = check()
+        if not complaint:
+            mark.write_text(what + "\n")
+        return complaint
+
+    @staticmethod
+    def run(*command, **options):
+        done = subprocess.run(command, capture_output=True, text=True, **options)
+        return "" if done.returncode == 0 else done.stdout + done.stderr or f"{command[0]} failed"
+
+    def format(self):
+        return self.run("clang-format", "--dry-run", "--Werror", *map(str, self.cpp), cwd=self.source)
+
+    def tidy(self, file):
+        command = self.commands[str(file)]
+        texts = [f.read_text() for f in self.uses(file)] + [(self.source / ".clang-tidy").read_text()]
+        texts.append(command.replace(str(self.build), "").replace(str(self.source), ""))
+        return self.remembered("clang-tidy", str(file.relative_to(self.source)), texts,
+                               lambda: self.run("clang-tidy", "--quiet", "-p", str(self.build), str(file)))
+
+    def lint_qml(self):
+        tool = next((t for t in ("/usr/lib/qt6/bin/qmllint", "qmllint6", "qmllint") if self.has(t)), None)
+        if not tool:
+            return "qmllint is not installed"
+        types = sorted((self.build / "qml").rglob("*.qmltypes"))
+        texts = [f.read_text() for f in self.qml + types]
+        return self.remembered(tool, "qml", texts, lambda: self.run(
+            tool, "-I", str(self.build / "qml"), *map(str, self.qml)))
+
+    @staticmethod
+    def has(tool):
+        return subprocess.run(["sh", "-c", f"command -v {tool}"], capture_output=True).returncode == 0
+
+    def checks(self):
+        yield "clang-format", self.format
+        yield "qmllint", self.lint_qml
+        for file in self.cpp:
+            # The tests are formatted like all else, but may be as plain as they like.
+            if str(file) in self.commands and file.relative_to(self.source).parts[0] != "tests":
+                yield f"clang-tidy {file.relative_to(self.source)}", lambda file=file: self.tidy(file)
+
+
+def main():
+    lint = Lint(*(pathlib.Path(argument).resolve() for argument in sys.argv[1:4]))
+    failed = ran = 0
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        running = {name: pool.submit(check) for name, check in lint.checks()}
+        for name, result in running.items():
+            ran += 1
+            if complaint := result.result():
+                failed += 1
+                print(f"== {name}\n{complaint}")
+    print(f"{ran} checks, {failed} failed")
+    sys.exit(1 if failed or ran < 10 else 0)
+
+
+if __name__ == "__main__":
+    main()
