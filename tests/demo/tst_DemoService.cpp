@@ -175,6 +175,7 @@ private slots:
     void keepsNoPasswordInClear();
     void fileIsTheOwnersAlone();
     void servesManyAtOnce();
+    void storeServesManyThreads();
     void programRunsAndEnds_data();
     void programRunsAndEnds();
     void programRefusesOptions_data();
@@ -668,8 +669,14 @@ void DemoServiceTest::fileIsTheOwnersAlone()
 {
     constexpr auto others = QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ExeGroup |
                             QFileDevice::ReadOther | QFileDevice::WriteOther | QFileDevice::ExeOther;
+    // Also where an empty file that everyone may read stood before.
+    m_path = m_directory->filePath(u"open.sqlite"_s);
+    QFile open(m_path);
+    QVERIFY(open.open(QFile::WriteOnly));
+    QVERIFY(open.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther));
+    restart();
     const auto files = QDir(m_directory->path()).entryInfoList(QDir::Files);
-    QVERIFY(files.size() >= 2);
+    QVERIFY(files.size() >= 4);
     for (const auto &file : files)
         QVERIFY2(!(file.permissions() & others), qUtf8Printable(file.fileName()));
 }
@@ -694,6 +701,25 @@ void DemoServiceTest::servesManyAtOnce()
     // Of those who want one and the same e-mail, one gets it.
     QCOMPARE(good.load(), clients / 2 + 1 + clients + clients);
     QCOMPARE(listing(3).cotizaciones->size(), clients);
+}
+
+void DemoServiceTest::storeServesManyThreads()
+{
+    Store store(m_directory->filePath(u"threads.sqlite"_s));
+    std::atomic<int> right = 0;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int turn = 0; turn < 25; ++turn) {
+                const auto name = u"%1-%2"_s.arg(thread).arg(turn);
+                const auto id = store.addCustomer({name, name, {}, {}, {}}, "hash");
+                right += id && store.customerById(*id)->nombre == name;
+            }
+        });
+    }
+    for (auto &thread : threads)
+        thread.join();
+    QCOMPARE(right.load(), 8 * 25);
 }
 
 void DemoServiceTest::programRunsAndEnds_data()
