@@ -1,4 +1,3 @@
-pragma ComponentBehavior: Bound
 import QtQuick
 import Marovenda.Account
 import Marovenda.App
@@ -45,8 +44,10 @@ Window {
         opacity: viewModel.showSplash ? 1 : 0
         Behavior on opacity { CrossFade {} }
         sourceComponent: SplashView {
+            // qmllint disable unqualified
             logoOpacity: viewModel.logoOpacity
             logoScale: viewModel.logoScale
+            // qmllint enable unqualified
         }
     }
 

@@ -1,9 +1,23 @@
 import QtQuick
 import Marovenda.Ui
 
-// The outcome of a form's action; announced when it changes, gone while it is empty.
+// The outcome of a form's action, announced whenever it changes. While it is empty it is gone, or with `keepsPlace` leaves
+// an empty line.
 AppText {
-    visible: text !== ""
+    id: line
+
+    property bool keepsPlace: false
+    property bool renewing: false
+
+    visible: (line.keepsPlace || line.text !== "") && !line.renewing
     horizontalAlignment: Text.AlignHCenter
+    // A screen reader is told of an alert that begins to show; a new text is a new alert.
+    onTextChanged: {
+        renewing = true
+        renewing = false
+    }
+
     Accessible.role: Accessible.AlertMessage
+    // What is ignored while it changes is not told.
+    Accessible.ignored: !line.enabled
 }

@@ -1,0 +1,11 @@
+# A deployment on a port that the stories answer by a script, malice included. Not the demo service's port.
+set(MAROVENDA_BASE_URL "http://127.0.0.1:18473/")
+set(MAROVENDA_TRACKING_URL "https://track.example/")
+set(MAROVENDA_SUPPORT_EMAIL "soporte@marovenda.example")
+set(MAROVENDA_WAREHOUSE_STREET "1 Test Way")
+set(MAROVENDA_WAREHOUSE_CITY "Miami")
+set(MAROVENDA_WAREHOUSE_ZIP "33166-0001")
+set(MAROVENDA_WAREHOUSE_PHONE "+1 305 555 0100")
+set(MAROVENDA_DEVELOPER_SITE "https://corvandel.example/")
+set(MAROVENDA_DEVELOPER_SITE_TEXT "corvandel.example")
+set(MAROVENDA_DEVELOPER_EMAIL "hola@corvandel.example")
