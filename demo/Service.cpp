@@ -103,7 +103,7 @@ R readRecord(const std::string &body)
 std::string readBody(const httplib::Request &request, const httplib::Response &response,
                      const httplib::ContentReader &content)
 {
-    const Refused tooLarge{413, u"La solicitud es demasiado grande: el máximo es de 32 MiB"_s};
+    constexpr int tooLarge = 413;
     if (!equalLetters(request.get_header_value("Content-Type"), jsonType))
         throw Refused{400, u"Solicitud no válida: Content-Type must be application/json"_s};
     // The library would wait for the end of the connection.
@@ -120,8 +120,8 @@ std::string readBody(const httplib::Request &request, const httplib::Response &r
             body.append(bytes, count);
         return fits;
     });
-    if (!fits || response.status == tooLarge.status)
-        throw tooLarge;
+    if (!fits || response.status == tooLarge)
+        throw Refused{tooLarge, u"La solicitud es demasiado grande: el máximo es de 32 MiB"_s};
     if (!complete)
         throw Refused{400, u"Solicitud no válida: body incomplete"_s};
     return body;

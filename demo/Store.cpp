@@ -8,7 +8,8 @@
 
 #include <sqlite3.h>
 
-#include <exception>
+#include <ranges>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -168,7 +169,7 @@ private:
 
 void Store::Closer::operator()(sqlite3 *database) const { sqlite3_close(database); }
 
-Store::Store(const QString &path, Start start) : m_path(path)
+Store::Store(QString path, Start start) : m_path(std::move(path))
 {
     if (QFileInfo::exists(m_path)) {
         refuseForeignFile();
@@ -258,15 +259,15 @@ void Store::seed(const DemoCustomer &customer)
     insert.add(customer.direccion).add(customer.ciudad).run();
     const qint64 id = sqlite3_last_insert_rowid(m_database.get());
     // The newest row gets the largest number.
-    for (auto row = customer.paquetes.crbegin(); row != customer.paquetes.crend(); ++row) {
+    for (const auto &row : std::views::reverse(customer.paquetes)) {
         Statement package(*this, "INSERT INTO packages (customer, tracking, descripcion, estado, fecha_recibido) "
                                  "VALUES (?, ?, ?, ?, ?)");
-        package.add(id).add(row->tracking).add(row->descripcion).add(row->estado).add(row->fecha_recibido).run();
+        package.add(id).add(row.tracking).add(row.descripcion).add(row.estado).add(row.fecha_recibido).run();
     }
-    for (auto row = customer.cotizaciones.crbegin(); row != customer.cotizaciones.crend(); ++row) {
+    for (const auto &row : std::views::reverse(customer.cotizaciones)) {
         Statement quotation(*this,
                             "INSERT INTO quotations (customer, origen, descripcion, estado) VALUES (?, ?, ?, ?)");
-        quotation.add(id).add(row->origen).add(row->descripcion).add(row->estado).run();
+        quotation.add(id).add(row.origen).add(row.descripcion).add(row.estado).run();
     }
 }
 

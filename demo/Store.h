@@ -42,7 +42,7 @@ public:
 
     /// Opens the file at `path`, or makes it with the seeded customers. Reset replaces what an earlier run left
     /// there. A file that is damaged or is not of this service is never touched.
-    explicit Store(const QString &path, Start start = Start::Keep);
+    explicit Store(QString path, Start start = Start::Keep);
     ~Store();
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
