@@ -8,7 +8,7 @@
 
 #include <sqlite3.h>
 
-#include <ranges>
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -64,6 +64,13 @@ constexpr auto tables = R"(
         email TEXT NOT NULL,
         customer INTEGER REFERENCES customers);
 )";
+
+template <class T>
+QList<T> reversed(QList<T> rows)
+{
+    std::reverse(rows.begin(), rows.end());
+    return rows;
+}
 
 QString keyOf(const QString &email) { return email.trimmed().toLower(); }
 
@@ -259,12 +266,12 @@ void Store::seed(const DemoCustomer &customer)
     insert.add(customer.direccion).add(customer.ciudad).run();
     const qint64 id = sqlite3_last_insert_rowid(m_database.get());
     // The newest row gets the largest number.
-    for (const auto &row : std::views::reverse(customer.paquetes)) {
+    for (const auto &row : reversed(customer.paquetes)) {
         Statement package(*this, "INSERT INTO packages (customer, tracking, descripcion, estado, fecha_recibido) "
                                  "VALUES (?, ?, ?, ?, ?)");
         package.add(id).add(row.tracking).add(row.descripcion).add(row.estado).add(row.fecha_recibido).run();
     }
-    for (const auto &row : std::views::reverse(customer.cotizaciones)) {
+    for (const auto &row : reversed(customer.cotizaciones)) {
         Statement quotation(*this,
                             "INSERT INTO quotations (customer, origen, descripcion, estado) VALUES (?, ?, ?, ?)");
         quotation.add(id).add(row.origen).add(row.descripcion).add(row.estado).run();
