@@ -120,8 +120,8 @@ bool Failure::notJson(const char *why)
 void Failure::insideKey(std::string_view key)
 {
     const bool dot = !m_place.isEmpty() && !m_place.startsWith(u'[');
-    m_place = QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size())) + (dot ? QStringLiteral(".") : QString())
-        + m_place;
+    m_place = QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size())) +
+              (dot ? QStringLiteral(".") : QString()) + m_place;
 }
 
 void Failure::insideRow(std::size_t index)
@@ -135,6 +135,9 @@ bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser
         bytes = bytes.sliced(byteOrderMark.size());
     // A second mark is not JSON, whatever a later parser makes of it.
     auto error = bytes.startsWith(byteOrderMark) ? simdjson::TAPE_ERROR : simdjson::SUCCESS;
+    // The parser copies from a null pointer when it is given one, also nothing.
+    if (!error && bytes.isEmpty())
+        error = simdjson::EMPTY;
     if (!error)
         error = parser.parse(bytes.data(), static_cast<std::size_t>(bytes.size())).get(root);
     return error ? failure.notJson(simdjson::error_message(error)) : true;
@@ -169,8 +172,8 @@ bool readValue(Element from, double &to, Failure &failure)
 
 bool writeValue(QByteArray &to, const QString &value)
 {
-    // A UTF-16 unit takes at most six bytes ("\u001f"). Room is made in slices, so that a long text that is nearly all
-    // ASCII, such as a photo in base64, does not claim six times its size.
+    // A UTF-16 unit takes at most six bytes ("\u001f"). Room is made in slices, so that a long text that is nearly
+    // all ASCII, such as a photo in base64, does not claim six times its size.
     constexpr qsizetype slice = 16384;
     constexpr qsizetype most = 6;
     const QStringView text(value);
@@ -215,9 +218,20 @@ bool writeValue(QByteArray &to, double value)
 {
     if (!std::isfinite(value))
         return false;
+    // A parser that takes digits alone for a whole number of 64 bits would lose the sign here, and refuse the
+    // largest below.
+    if (value == 0 && std::signbit(value)) {
+        to += "-0.0";
+        return true;
+    }
+    constexpr double wholeNumberLimit = 0x1p63;
+    const bool large = std::abs(value) >= wholeNumberLimit;
     // The shortest text that reads back as the same double, whatever the process locale.
     std::array<char, 32> digits;
-    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    char *const begin = digits.data();
+    const auto [end, error] = large
+                                  ? std::to_chars(begin, begin + digits.size(), value, std::chars_format::scientific)
+                                  : std::to_chars(begin, begin + digits.size(), value);
     Q_ASSERT(error == std::errc());
     to.append(digits.data(), end - digits.data());
     return true;

@@ -214,8 +214,9 @@ bool writeValue(QByteArray &to, const R &record)
 } // namespace detail
 
 /// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record. Takes no ownership; the record holds
-/// copies. Fails on anything that is not JSON, nests deeper than 1,024 or holds a number beyond a double, on a
-/// top level that is not an object, and on any listed key with the wrong type; then there is no record at all.
+/// copies. Fails on anything that is not JSON, nests deeper than 1,024 or holds a number beyond a double or a whole
+/// number beyond 64 bits, on a top level that is not an object, and on any listed key with the wrong type; then there
+/// is no record at all.
 template <Record R>
 ReadResult<R> read(QByteArrayView bytes)
 {
@@ -224,8 +225,8 @@ ReadResult<R> read(QByteArrayView bytes)
     detail::Element root;
     R record;
     if (!detail::parse(bytes, failure, parser, root) || !detail::readValue(root, record, failure))
-        return { std::nullopt, failure.text() };
-    return { std::move(record), {} };
+        return {std::nullopt, failure.text()};
+    return {std::move(record), {}};
 }
 
 /// Writes a record as compact JSON in UTF-8, "/" as "\/", every required field and no absent one. Nothing when

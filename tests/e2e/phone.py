@@ -109,7 +109,8 @@ class Phone:
         bus = self._spawn("dbus-daemon", "--session", "--nofork", "--print-address=1", stdout=subprocess.PIPE, text=True,
                           stderr=subprocess.DEVNULL)
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
-        self._spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately", stderr=subprocess.DEVNULL)
+        self._spawn("/usr/libexec/at-spi-bus-launcher", "--launch-immediately", stdout=subprocess.DEVNULL,
+                    stderr=subprocess.DEVNULL)
         import gi
         gi.require_version("Atspi", "2.0")
         from gi.repository import Atspi, GLib
@@ -218,6 +219,16 @@ class Phone:
 
     # What a customer does
 
+    def scroll_to(self, name):
+        """Turns the wheel over the middle of the screen, down and then up, until this is showing."""
+        for wheel in ("5",) * 40 + ("4",) * 40:
+            if self.shows(name):
+                break
+            x, y = self.size[0] // 2, self.size[1] // 2
+            subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", wheel], check=True)
+            self.wait_still()
+        return self.find(name)
+
     def press(self, name, role=None):
         self.find(name, role).press()
 
@@ -243,15 +254,16 @@ class Phone:
     def picture(self, path):
         subprocess.run(["import", "-window", "root", str(path)], check=True)
 
-    def wait_still(self, limit=1.6):
-        """Until two looks at the screen are alike; what never stands still, the splash, is taken as it is then."""
-        until, before = time.monotonic() + limit, b""
+    def wait_still(self, still=0.3, limit=3):
+        """Until nothing has moved for a moment; what never stands still, the splash, is taken as it is then."""
+        until, since, before = time.monotonic() + limit, time.monotonic(), b""
         while time.monotonic() < until:
             now = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"], check=True,
                                  stdout=subprocess.PIPE).stdout
-            if now == before:
+            if now != before:
+                since, before = time.monotonic(), now
+            elif time.monotonic() - since > still:
                 return
-            before = now
 
     def standard_error(self):
         return self.errors.read_text()

@@ -18,17 +18,17 @@ def main():
     with Phone() as phone:
         count = 0
 
-        def step(name, what):
+        def step(name, what, wait=3):
             nonlocal count
             count += 1
-            phone.wait_still()
+            phone.wait_still(limit=wait)
             phone.picture(directory / f"{count:02}-{name}.png")
             heard = "; ".join(e.name for e in phone.elements() if e.name)
             print(f"{count:2}. {what}\n    {heard}", flush=True)
 
         phone.open(executable)
         phone.find("Desarrollado por Corvandel")
-        step("inicio", "The app starts with its splash.")
+        step("inicio", "The app starts with its splash.", wait=1.4)
 
         phone.find("Iniciar Sesión")
         phone.wait_gone("Desarrollado por Corvandel")
@@ -48,11 +48,13 @@ def main():
         phone.find("230 Paquetes")
         step("panel", "Her dashboard, with what the service holds for her.")
 
+        phone.scroll_to("Número de tracking...")
         phone.type("Número de tracking...", "MRV-100230")
         phone.press("Buscar")
         phone.wait_for(phone.opened, "the tracking page")
         step("rastreo", f"She looks a number up; the browser is sent to {phone.opened()[-1]}")
 
+        phone.scroll_to("Cerrar sesión")
         phone.press("Cerrar sesión")
         phone.find("Iniciar Sesión")
         step("salida", "She signs out.")

@@ -1,0 +1,76 @@
+// Reply bytes to a DashboardResponse, against parsing alone and against Qt's own parser.
+
+#include "Json.h"
+#include "Records.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <benchmark/benchmark.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray listing(std::int64_t packages)
+{
+    DashboardResponse reply{u"success"_s, std::nullopt, QList<DashboardResponse::Paquete>(),
+                            QList<DashboardResponse::Cotizacion>()};
+    for (std::int64_t i = 0; i < packages; ++i)
+        reply.paquetes->append({u"MRV-%1"_s.arg(i), u"Repuestos electrónicos y cámara, caja número %1"_s.arg(i),
+                                i % 3 ? u"en tránsito"_s : u"recibido"_s, u"2026-10-%1"_s.arg(i % 28 + 1)});
+    return Json::write(reply).value();
+}
+
+void record(benchmark::State &state)
+{
+    const QByteArray bytes = listing(state.range(0));
+    for (auto step : state) {
+        auto result = Json::read<DashboardResponse>(bytes);
+        benchmark::DoNotOptimize(result);
+    }
+}
+
+void parsingAlone(benchmark::State &state)
+{
+    const QByteArray bytes = listing(state.range(0));
+    for (auto step : state) {
+        simdjson::dom::parser parser;
+        simdjson::dom::element root;
+        auto error = parser.parse(bytes.constData(), static_cast<std::size_t>(bytes.size())).get(root);
+        benchmark::DoNotOptimize(error);
+    }
+}
+
+std::optional<QString> text(const QJsonObject &from, QLatin1StringView key)
+{
+    const QJsonValue value = from.value(key);
+    return value.isString() ? std::optional(value.toString()) : std::nullopt;
+}
+
+void qtDocument(benchmark::State &state)
+{
+    const QByteArray bytes = listing(state.range(0));
+    for (auto step : state) {
+        const QJsonObject root = QJsonDocument::fromJson(bytes).object();
+        DashboardResponse reply{text(root, "status"_L1), text(root, "avatar"_L1), QList<DashboardResponse::Paquete>(),
+                                QList<DashboardResponse::Cotizacion>()};
+        const QJsonArray rows = root.value("paquetes"_L1).toArray();
+        reply.paquetes->reserve(rows.size());
+        for (const auto &each : rows) {
+            const QJsonObject row = each.toObject();
+            reply.paquetes->append({text(row, "tracking"_L1), text(row, "descripcion"_L1), text(row, "estado"_L1),
+                                    text(row, "fecha_recibido"_L1)});
+        }
+        benchmark::DoNotOptimize(reply);
+    }
+}
+
+BENCHMARK(record)->Arg(3)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(parsingAlone)->Arg(3)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(qtDocument)->Arg(3)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+BENCHMARK_MAIN();
