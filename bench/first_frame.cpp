@@ -1,4 +1,4 @@
-// Shows a window and ends with its first frame.
+// Shows the window that the first argument names and ends with its first frame. A second argument is the way to draw.
 
 #include "Modules.h"
 
@@ -14,7 +14,9 @@ int main(int argc, char *argv[])
     QGuiApplication::setApplicationName(QStringLiteral("marovenda-bench"));
     QQmlApplicationEngine engine;
     addModules(engine);
-    engine.load(QUrl(QStringLiteral(WINDOW)));
+    if (argc > 2)
+        engine.setInitialProperties({{QStringLiteral("way"), QString::fromLocal8Bit(argv[2])}});
+    engine.load(QUrl(QString::fromLocal8Bit(argc > 1 ? argv[1] : "")));
     auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().value(0));
     if (!window)
         return 1;

@@ -15,19 +15,28 @@ import time
 RUNS = 21
 
 
+WINDOWS = {
+    "empty": ["qrc:/Empty.qml"],
+    "app": ["qrc:/Marovenda/App/MarovendaApp.qml"],
+    "texture": ["qrc:/Shapes.qml", "texture"],
+    "shape": ["qrc:/Shapes.qml", "shape"],
+    "canvas": ["qrc:/Shapes.qml", "canvas"],
+}
+
+
 def first_frames(folder):
-    """Milliseconds from the start of the process to the end with its first frame, the two taking turns."""
-    times = {"app": [], "empty": []}
+    """Milliseconds from the start of the process to its end with the first frame, the windows taking turns."""
+    times = {what: [] for what in WINDOWS}
     with tempfile.TemporaryDirectory() as home:
         environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software",
-                       "XDG_DATA_HOME": home, "XDG_RUNTIME_DIR": home,
-                       "XDG_CACHE_HOME": home, "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
+                       "XDG_DATA_HOME": home, "XDG_CACHE_HOME": home, "XDG_RUNTIME_DIR": home,
+                       "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
         for turn in range(RUNS + 2):
-            for what, list_of_times in times.items():
+            for what, window in WINDOWS.items():
                 before = time.perf_counter()
-                subprocess.run([folder / f"bench_first_frame_{what}"], check=True, env=environment)
+                subprocess.run([folder / "bench_first_frame", *window], check=True, env=environment)
                 if turn >= 2:  # the first turns fill the caches
-                    list_of_times.append(1000 * (time.perf_counter() - before))
+                    times[what].append(1000 * (time.perf_counter() - before))
     return {what: statistics.median(each) for what, each in times.items()}
 
 
@@ -47,8 +56,10 @@ def main():
     folder = pathlib.Path(sys.argv[1])
     frames = first_frames(folder)
     print(f"Process start to first frame, median of {RUNS}, software rendering, no display:")
-    print(f"  empty window {frames['empty']:6.1f} ms\n  the app      {frames['app']:6.1f} ms"
-          f"   {frames['app'] / frames['empty']:.2f} times the empty window\n")
+    for what, name in (("empty", "empty window"), ("app", "the app"), ("texture", "200 shapes as shared textures"),
+                       ("shape", "200 shapes as Shape items"), ("canvas", "200 shapes as Canvas items")):
+        print(f"  {name:30} {frames[what]:7.1f} ms  {frames[what] / frames['empty']:6.2f} times the empty window")
+    print()
     figures = dashboard(folder)
     print("Reply bytes to DashboardResponse, processor time, median of 5:")
     print(f"  {'packages':>8}  {'record':>12}  {'parsing alone':>13}  {'QJsonDocument':>13}  record/parsing  record/Qt")
