@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include <QStandardPaths>
+#include <QStringDecoder>
 
 #include <cstdio>
 #include <utility>
@@ -10,6 +11,12 @@ namespace {
 void sayOnStandardError(const QString &line)
 {
     std::fprintf(stderr, "marovenda: session: %s\n", qUtf8Printable(line));
+}
+
+/// QString::fromUtf8 would drop a byte-order mark at the start, which here is part of the value.
+QString textOf(const QByteArray &utf8)
+{
+    return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
 }
 
 } // namespace
@@ -34,8 +41,8 @@ void Session::load()
     if (m_store.wasReplaced())
         return;
     m_userId = id.toLongLong();
-    m_userNombre = QString::fromUtf8(nombre);
-    m_userEmail = QString::fromUtf8(email);
+    m_userNombre = textOf(nombre);
+    m_userEmail = textOf(email);
 }
 
 void Session::forget()

@@ -90,7 +90,7 @@ SessionStore::Health SessionStore::open()
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     const Health health = prepareTables();
-    return health == Health::Good ? checkRows() : health;
+    return health == Health::Good ? checkStructure() : health;
 }
 
 SessionStore::Health SessionStore::prepareTables()
@@ -139,7 +139,30 @@ SessionStore::Health SessionStore::prepareTables()
     return Health::Good;
 }
 
-SessionStore::Health SessionStore::checkRows()
+SessionStore::Health SessionStore::checkStructure()
+{
+    // Damage that only a write would meet: pages that hang together wrongly, or a header that forbids writing.
+    int code = SQLITE_OK;
+    {
+        const Statement statement = prepare("PRAGMA quick_check(1)", code);
+        if (statement) {
+            code = sqlite3_step(statement.get());
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), 0));
+            if (code == SQLITE_ROW)
+                code = qstrcmp(text, "ok") == 0 ? SQLITE_OK : SQLITE_CORRUPT;
+        }
+    }
+    if (code == SQLITE_OK && sqlite3_db_readonly(m_database.get(), "main") == 1 && QFileInfo(m_path).isWritable())
+        code = SQLITE_CORRUPT;
+    if (code == SQLITE_OK)
+        code = checkRows();
+    if (code == SQLITE_OK)
+        return Health::Good;
+    complain(u"%1 is damaged"_s.arg(m_path));
+    return healthOf(code);
+}
+
+int SessionStore::checkRows() const
 {
     // The values themselves are checked when they are read, so that a large photo does not hold up the start.
     int code = SQLITE_OK;
@@ -157,10 +180,7 @@ SessionStore::Health SessionStore::checkRows()
         if (code == SQLITE_ROW)
             code = sqlite3_step(statement.get()) == SQLITE_DONE ? SQLITE_OK : SQLITE_CORRUPT;
     }
-    if (code == SQLITE_OK)
-        return Health::Good;
-    complain(u"%1 is damaged"_s.arg(m_path));
-    return healthOf(code == SQLITE_ERROR ? SQLITE_CORRUPT : code);
+    return code;
 }
 
 SessionStore::Health SessionStore::healthOf(int code) const

@@ -55,7 +55,8 @@ private:
 
     Health open();
     Health prepareTables();
-    Health checkRows();
+    Health checkStructure();
+    int checkRows() const;
     Health healthOf(int code) const;
     Statement prepare(const char *sql, int &code) const;
     int run(const char *sql) const;

@@ -1,0 +1,306 @@
+#include "MarovendaTest.h"
+#include "Session.h"
+#include "Stores.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <sqlite3.h>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using Stores::Folder;
+
+/// The four values as the screens see them.
+class SessionTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void startsWithNobodySignedIn();
+    void writtenValuesAreThereAfterARestart();
+    void everyNumberIsKept_data();
+    void everyNumberIsKept();
+    void everyTextIsKept_data();
+    void everyTextIsKept();
+    void largePhotoIsKept();
+    void everyObserverHearsEachChangeOnce();
+    void writingTheSameValueIsNoChange();
+    void valueIsThereWhenItsObserversHear();
+    void signingOutKeepsTheRest();
+    void withoutAStoreTheValuesLiveOn();
+    void damagedStoreStartsSignedOut();
+    void damagedPhotoSignsOut();
+    void newPhotoOverADamagedOneSignsOut();
+    void sessionOfTheProcessLivesInTheUsersData();
+
+private:
+    static void damage(const Folder &folder, const char *key)
+    {
+        sqlite3 *database = nullptr;
+        QCOMPARE(sqlite3_open(QFile::encodeName(folder.file()).constData(), &database), SQLITE_OK);
+        const QByteArray sql = "UPDATE session SET value = X'00' WHERE key = '" + QByteArray(key) + "'";
+        QCOMPARE(sqlite3_exec(database, sql.constData(), nullptr, nullptr, nullptr), SQLITE_OK);
+        QCOMPARE(sqlite3_changes(database), 1);
+        sqlite3_close(database);
+    }
+    static void expectNobody(Session &session)
+    {
+        QCOMPARE(session.userId(), 0);
+        QVERIFY(!session.someoneSignedIn());
+        QCOMPARE(session.userNombre(), QString());
+        QCOMPARE(session.userEmail(), QString());
+        QCOMPARE(session.userAvatarData(), QByteArray());
+    }
+};
+
+namespace {
+
+/// Counts the four notifications of a session.
+struct Observer {
+    explicit Observer(Session &session)
+        : id(&session, &Session::userIdChanged), nombre(&session, &Session::userNombreChanged),
+          email(&session, &Session::userEmailChanged), avatar(&session, &Session::userAvatarDataChanged)
+    {
+    }
+    QList<qsizetype> counts() const { return {id.count(), nombre.count(), email.count(), avatar.count()}; }
+
+    QSignalSpy id;
+    QSignalSpy nombre;
+    QSignalSpy email;
+    QSignalSpy avatar;
+};
+
+void signIn(Session &session)
+{
+    session.setUserId(42);
+    session.setUserNombre(u"Ana Núñez"_s);
+    session.setUserEmail(u"ana@marovenda.example"_s);
+    session.setUserAvatarData("photo");
+}
+
+} // namespace
+
+void SessionTest::startsWithNobodySignedIn()
+{
+    const Folder folder;
+    Session session(folder.path());
+    expectNobody(session);
+}
+
+void SessionTest::writtenValuesAreThereAfterARestart()
+{
+    const Folder folder;
+    {
+        Session session(folder.path());
+        signIn(session);
+    }
+    Session session(folder.path());
+    QCOMPARE(session.userId(), 42);
+    QVERIFY(session.someoneSignedIn());
+    QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
+    QCOMPARE(session.userEmail(), u"ana@marovenda.example"_s);
+    QCOMPARE(session.userAvatarData(), "photo"_ba);
+}
+
+void SessionTest::everyNumberIsKept_data()
+{
+    QTest::addColumn<qint64>("number");
+    QTest::addColumn<bool>("someone");
+    QTest::newRow("zero") << qint64(0) << false;
+    QTest::newRow("one") << qint64(1) << true;
+    QTest::newRow("minus one") << qint64(-1) << true;
+    QTest::newRow("most") << std::numeric_limits<qint64>::max() << true;
+    QTest::newRow("least") << std::numeric_limits<qint64>::min() << true;
+}
+
+void SessionTest::everyNumberIsKept()
+{
+    QFETCH(const qint64, number);
+    QFETCH(const bool, someone);
+    const Folder folder;
+    Session(folder.path()).setUserId(number);
+    const Session session(folder.path());
+    QCOMPARE(session.userId(), number);
+    QCOMPARE(session.someoneSignedIn(), someone);
+}
+
+void SessionTest::everyTextIsKept_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("accents") << u"Ñandú Güell"_s;
+    QTest::newRow("beyond the first plane") << u"📦𝒳"_s;
+    QTest::newRow("zero inside") << QString::fromLatin1("a\0b", 3);
+    QTest::newRow("byte-order mark first") << u"\uFEFFAna"_s;
+    QTest::newRow("blanks") << u"  \n "_s;
+    QTest::newRow("very long") << u"ñ"_s.repeated(500'000);
+    QTest::newRow("empty") << u""_s;
+}
+
+void SessionTest::everyTextIsKept()
+{
+    QFETCH(const QString, text);
+    const Folder folder;
+    {
+        Session session(folder.path());
+        session.setUserNombre(u"before"_s);
+        session.setUserEmail(u"before"_s);
+        session.setUserNombre(text);
+        session.setUserEmail(text);
+    }
+    const Session session(folder.path());
+    QVERIFY(session.userNombre() == text);
+    QVERIFY(session.userEmail() == text);
+}
+
+void SessionTest::largePhotoIsKept()
+{
+    const Folder folder;
+    const QByteArray photo = QByteArray("\xFF\xD8\0\x01", 4).repeated(5 * 1024 * 256);
+    Session(folder.path()).setUserAvatarData(photo);
+    QVERIFY(Session(folder.path()).userAvatarData() == photo);
+}
+
+void SessionTest::everyObserverHearsEachChangeOnce()
+{
+    const Folder folder;
+    Session session(folder.path());
+    const Observer one(session);
+    const Observer other(session);
+    const auto expect = [&](const QList<qsizetype> &counts) {
+        QCOMPARE(one.counts(), counts);
+        QCOMPARE(other.counts(), counts);
+    };
+    session.setUserId(42);
+    expect({1, 0, 0, 0});
+    session.setUserNombre(u"Ana"_s);
+    expect({1, 1, 0, 0});
+    session.setUserEmail(u"a@b.example"_s);
+    expect({1, 1, 1, 0});
+    session.setUserAvatarData("photo");
+    expect({1, 1, 1, 1});
+    session.setUserId(0);
+    session.setUserNombre({});
+    session.setUserEmail({});
+    session.setUserAvatarData({});
+    expect({2, 2, 2, 2});
+}
+
+void SessionTest::writingTheSameValueIsNoChange()
+{
+    const Folder folder;
+    {
+        Session session(folder.path());
+        signIn(session);
+    }
+    Session session(folder.path());
+    const Observer observer(session);
+    signIn(session);
+    QCOMPARE(observer.counts(), (QList<qsizetype>{0, 0, 0, 0}));
+}
+
+void SessionTest::valueIsThereWhenItsObserversHear()
+{
+    const Folder folder;
+    Session session(folder.path());
+    QStringList heard;
+    connect(&session, &Session::userIdChanged, this, [&] { heard += QString::number(session.userId()); });
+    connect(&session, &Session::userNombreChanged, this, [&] { heard += session.userNombre(); });
+    connect(&session, &Session::userEmailChanged, this, [&] { heard += session.userEmail(); });
+    connect(&session, &Session::userAvatarDataChanged, this,
+            [&] { heard += QString::fromUtf8(session.userAvatarData()); });
+    // In the file too: whoever hears of a value may end the process.
+    connect(&session, &Session::userIdChanged, this,
+            [&] { heard += QString::number(Session(folder.path()).userId()) + u" stored"_s; });
+    signIn(session);
+    QCOMPARE(heard, (QStringList{u"42"_s, u"42 stored"_s, u"Ana Núñez"_s, u"ana@marovenda.example"_s, u"photo"_s}));
+}
+
+void SessionTest::signingOutKeepsTheRest()
+{
+    const Folder folder;
+    {
+        Session session(folder.path());
+        signIn(session);
+        session.setUserId(0);
+    }
+    Session session(folder.path());
+    QVERIFY(!session.someoneSignedIn());
+    QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
+    QCOMPARE(session.userEmail(), u"ana@marovenda.example"_s);
+    QCOMPARE(session.userAvatarData(), "photo"_ba);
+}
+
+void SessionTest::withoutAStoreTheValuesLiveOn()
+{
+    const Folder folder;
+    folder.fill();
+    Session session(folder.file());
+    expectNobody(session);
+    const Observer observer(session);
+    signIn(session);
+    QCOMPARE(session.userId(), 42);
+    QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
+    QCOMPARE(session.userEmail(), u"ana@marovenda.example"_s);
+    QCOMPARE(session.userAvatarData(), "photo"_ba);
+    QCOMPARE(observer.counts(), (QList<qsizetype>{1, 1, 1, 1}));
+}
+
+void SessionTest::damagedStoreStartsSignedOut()
+{
+    for (const char *key : {"user_id", "user_nombre", "user_email"}) {
+        const Folder folder;
+        folder.fill();
+        damage(folder, key);
+        Session session(folder.path());
+        expectNobody(session);
+        QCOMPARE(folder.aside(), QStringList(u"session.sqlite.damaged-1"_s));
+        signIn(session);
+        QCOMPARE(Session(folder.path()).userId(), 42);
+    }
+}
+
+void SessionTest::damagedPhotoSignsOut()
+{
+    const Folder folder;
+    folder.fill();
+    damage(folder, "user_avatar");
+    Session session(folder.path());
+    QCOMPARE(session.userId(), 42);
+    const Observer observer(session);
+    bool nobodyWhenHeard = false;
+    connect(&session, &Session::userIdChanged, this, [&] { nobodyWhenHeard = !session.someoneSignedIn(); });
+    QCOMPARE(session.userAvatarData(), QByteArray());
+    QVERIFY(nobodyWhenHeard);
+    QCOMPARE(observer.counts(), (QList<qsizetype>{1, 1, 1, 1}));
+    expectNobody(session);
+    QCOMPARE(folder.aside(), QStringList(u"session.sqlite.damaged-1"_s));
+    Session again(folder.path());
+    expectNobody(again);
+}
+
+void SessionTest::newPhotoOverADamagedOneSignsOut()
+{
+    const Folder folder;
+    folder.fill();
+    damage(folder, "user_avatar");
+    Session session(folder.path());
+    session.setUserAvatarData("new");
+    QVERIFY(!session.someoneSignedIn());
+    QCOMPARE(session.userAvatarData(), "new"_ba);
+    Session again(folder.path());
+    QVERIFY(!again.someoneSignedIn());
+    QCOMPARE(again.userAvatarData(), "new"_ba);
+}
+
+void SessionTest::sessionOfTheProcessLivesInTheUsersData()
+{
+    Session &session = Session::instance();
+    QCOMPARE(&Session::instance(), &session);
+    session.setUserId(7);
+    const QString home = qEnvironmentVariable("XDG_DATA_HOME");
+    QVERIFY(!home.isEmpty());
+    QCOMPARE(Session(home + u"/marovenda-test"_s).userId(), 7);
+}
+
+MAROVENDA_TEST_MAIN(SessionTest)
+#include "tst_Session.moc"

@@ -1,0 +1,210 @@
+#include "MarovendaTest.h"
+#include "Stores.h"
+
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+using Key = SessionStore::Key;
+using Stores::Folder;
+using Stores::Values;
+using Stores::Watched;
+
+/// What the store keeps, for whom, and at what cost.
+class SessionStoreTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void keysHaveTheirNames();
+    void newStoreHasNoValues();
+    void writtenValuesAreThereAfterARestart_data();
+    void writtenValuesAreThereAfterARestart();
+    void lastWriteCounts();
+    void valuesDoNotTouchEachOther();
+    void emptyIsNotNeverWritten();
+    void writtenValueIsSeenByAnotherConnectionAtOnce();
+    void readableByTheUserAlone_data();
+    void readableByTheUserAlone();
+    void openToOthersIsClosedAgain();
+    void missingFoldersAreMade();
+    void keystrokeDoesNotRewriteThePhoto();
+    void fileDoesNotGrowWithWriting();
+};
+
+void SessionStoreTest::keysHaveTheirNames()
+{
+    QStringList names;
+    for (const Key key : SessionStore::keys)
+        names += QLatin1String(SessionStore::name(key));
+    QCOMPARE(names, (QStringList{u"user_id"_s, u"user_nombre"_s, u"user_email"_s, u"user_avatar"_s}));
+}
+
+void SessionStoreTest::newStoreHasNoValues()
+{
+    const Folder folder;
+    Watched store(folder.path());
+    QCOMPARE(store.values(), Values());
+    QVERIFY(!store.replaced);
+    QCOMPARE(store.reports, QStringList());
+    QVERIFY(QFile::exists(folder.file()));
+}
+
+void SessionStoreTest::writtenValuesAreThereAfterARestart_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::newRow("text") << "Ana"_ba;
+    QTest::newRow("accents") << "Ñandú Güell 📦"_ba;
+    QTest::newRow("empty") << ""_ba;
+    QTest::newRow("null") << QByteArray();
+    QTest::newRow("zero bytes") << QByteArray("\0a\0", 3);
+    QTest::newRow("least number") << "-9223372036854775808"_ba;
+    QTest::newRow("not UTF-8") << "\xFF\xFE\x80"_ba;
+    QTest::newRow("quotes") << "'); DROP TABLE session; --"_ba;
+    QTest::newRow("very long") << QByteArray(1'000'000, 'x');
+    QTest::newRow("photo of 5 MB") << QByteArray("\xFF\xD8\0\x01", 4).repeated(5 * 1024 * 256);
+}
+
+void SessionStoreTest::writtenValuesAreThereAfterARestart()
+{
+    QFETCH(const QByteArray, value);
+    const Folder folder;
+    Values all;
+    all.fill(value);
+    QVERIFY(Watched(folder.path()).write(all));
+    Watched again(folder.path());
+    for (const auto &read : again.values()) {
+        QVERIFY(read.has_value());
+        QVERIFY(*read == value);
+    }
+    QCOMPARE(again.reports, QStringList());
+}
+
+void SessionStoreTest::lastWriteCounts()
+{
+    const Folder folder;
+    {
+        const Watched store(folder.path());
+        for (int i = 0; i < 50; ++i)
+            QVERIFY(store.store->write(Key::UserNombre, "Ana " + QByteArray::number(i)));
+        QCOMPARE(store.store->read(Key::UserNombre), "Ana 49"_ba);
+    }
+    QCOMPARE(Watched(folder.path()).store->read(Key::UserNombre), "Ana 49"_ba);
+}
+
+void SessionStoreTest::valuesDoNotTouchEachOther()
+{
+    const Folder folder;
+    Values expected;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        expected[i] = Stores::sample[i];
+        QVERIFY(Watched(folder.path()).store->write(SessionStore::keys[i], *expected[i]));
+        QCOMPARE(Watched(folder.path()).values(), expected);
+    }
+}
+
+void SessionStoreTest::emptyIsNotNeverWritten()
+{
+    const Folder folder;
+    const Watched store(folder.path());
+    QVERIFY(!store.store->read(Key::UserEmail));
+    QVERIFY(store.store->write(Key::UserEmail, {}));
+    QVERIFY(store.store->read(Key::UserEmail));
+}
+
+void SessionStoreTest::writtenValueIsSeenByAnotherConnectionAtOnce()
+{
+    const Folder folder;
+    const Watched store(folder.path());
+    const Watched other(folder.path());
+    QVERIFY(store.store->write(Key::UserId, "7"));
+    QCOMPARE(other.store->read(Key::UserId), "7"_ba);
+    QVERIFY(other.store->write(Key::UserId, "8"));
+    QCOMPARE(store.store->read(Key::UserId), "8"_ba);
+}
+
+void SessionStoreTest::readableByTheUserAlone_data()
+{
+    QTest::addColumn<int>("mask");
+    QTest::newRow("usual") << 0022;
+    QTest::newRow("open to all") << 0000;
+    QTest::newRow("open to the group") << 0007;
+    QTest::newRow("closed") << 0077;
+    QTest::newRow("closed to the user too") << 0777;
+}
+
+void SessionStoreTest::readableByTheUserAlone()
+{
+    QFETCH(const int, mask);
+    const Folder folder;
+    const mode_t before = umask(static_cast<mode_t>(mask));
+    Watched store(folder.path());
+    const bool written = store.write(Stores::sample);
+    umask(before);
+
+    QVERIFY2(written, qPrintable(store.reports.join(u'\n')));
+    const auto mode = [](const QString &path) {
+        struct stat found = {};
+        return stat(QFile::encodeName(path).constData(), &found) == 0 ? found.st_mode & 07777U : 0U;
+    };
+    QCOMPARE(mode(folder.path()), 0700U);
+    QCOMPARE(mode(folder.file()), 0600U);
+    QCOMPARE(mode(folder.file(u"-wal"_s)), 0600U);
+    QCOMPARE(mode(folder.file(u"-shm"_s)), 0600U);
+}
+
+void SessionStoreTest::openToOthersIsClosedAgain()
+{
+    const Folder folder;
+    folder.fill();
+    const auto open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup | QFile::ExeGroup |
+                      QFile::ReadOther | QFile::ExeOther;
+    QVERIFY(QFile::setPermissions(folder.path(), open));
+    QVERIFY(QFile::setPermissions(folder.file(), open));
+    QCOMPARE(Watched(folder.path()).values(), Stores::sample);
+    const auto byOthers = QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+    QVERIFY(!(QFile::permissions(folder.path()) & byOthers));
+    QVERIFY(!(QFile::permissions(folder.file()) & byOthers));
+}
+
+void SessionStoreTest::missingFoldersAreMade()
+{
+    const Folder folder;
+    const QString deep = folder.path() + u"/a b/ñ/c"_s;
+    QVERIFY(Watched(deep).write(Stores::sample));
+    QCOMPARE(Watched(deep).values(), Stores::sample);
+}
+
+void SessionStoreTest::keystrokeDoesNotRewriteThePhoto()
+{
+    const Folder folder;
+    folder.fill({QByteArray("7"), QByteArray("A"), QByteArray("a"), QByteArray(5 * 1024 * 1024, 'p')});
+    const QByteArray file = folder.bytes();
+    const Watched store(folder.path());
+    for (int i = 0; i < 10; ++i) {
+        const qint64 before = QFileInfo(folder.file(u"-wal"_s)).size();
+        QVERIFY(store.store->write(Key::UserNombre, "An" + QByteArray(i, 'a')));
+        const qint64 grown = QFileInfo(folder.file(u"-wal"_s)).size() - before;
+        QVERIFY2(grown > 0 && grown < 32'768, QByteArray::number(grown).constData());
+    }
+    QVERIFY(folder.bytes() == file);
+}
+
+void SessionStoreTest::fileDoesNotGrowWithWriting()
+{
+    const Folder folder;
+    const QByteArray photo(1024 * 1024, 'p');
+    for (int i = 0; i < 3; ++i) {
+        Watched store(folder.path());
+        for (int j = 0; j < 5; ++j)
+            QVERIFY(store.write(
+                {QByteArray::number(j), photo.first(1000), QByteArray("e"), photo.first(photo.size() - j)}));
+    }
+    qint64 size = 0;
+    const auto files = QDir(folder.path()).entryInfoList(QDir::Files);
+    for (const QFileInfo &file : files)
+        size += file.size();
+    QVERIFY2(size < 3 * photo.size(), QByteArray::number(size).constData());
+}
+
+MAROVENDA_TEST_MAIN(SessionStoreTest)
+#include "tst_SessionStore.moc"

@@ -1,0 +1,342 @@
+#include "MarovendaTest.h"
+#include "Stores.h"
+
+#include <QTest>
+
+#include <sqlite3.h>
+
+using namespace Qt::StringLiterals;
+using Key = SessionStore::Key;
+using Stores::Folder;
+using Stores::Values;
+using Stores::Watched;
+
+/// A file that is not, or no longer, a store: never a crash and never a wrong value.
+class SessionStoreDamageTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void foreignFileIsMovedAside_data();
+    void foreignFileIsMovedAside();
+    void emptyFileBecomesAStore();
+    void databaseChangedFromOutsideIsMovedAside_data();
+    void databaseChangedFromOutsideIsMovedAside();
+    void damagedValueTakesTheWholeStore_data();
+    void damagedValueTakesTheWholeStore();
+    void swappedValuesAreDamage();
+    void wasReplacedSaysItOnce();
+    void filesAsideAreAllKept();
+    void companionsGoAsideToo();
+    void lostFileIsRestoredFromItsLog();
+    void truncatedFileLosesAllOrNothing();
+    void flippedByteLosesAllOrNothing_data();
+    void flippedByteLosesAllOrNothing();
+    void flippedByteInTheLogLosesOnlyWhatCameLast();
+
+private:
+    static void expectReplaced(const Folder &folder, Watched &store, const QByteArray &kept);
+    static void expectAllOrNothing(const Folder &folder, const QByteArray &bytes, const Values &values,
+                                   const QByteArray &what);
+    static QByteArray storeOf(const Values &values)
+    {
+        const Folder folder;
+        folder.fill(values);
+        return folder.bytes();
+    }
+};
+
+namespace {
+
+/// Runs SQL on a store's file as another program could.
+void run(const QString &path, const QByteArray &sql)
+{
+    sqlite3 *database = nullptr;
+    QCOMPARE(sqlite3_open(QFile::encodeName(path).constData(), &database), SQLITE_OK);
+    char *error = nullptr;
+    sqlite3_exec(database, sql.constData(), nullptr, nullptr, &error);
+    QVERIFY2(!error, error);
+    sqlite3_close(database);
+}
+
+} // namespace
+
+/// All values are gone, one line says so, the old file is aside, and the new one works.
+void SessionStoreDamageTest::expectReplaced(const Folder &folder, Watched &store, const QByteArray &kept)
+{
+    QCOMPARE(store.values(), Values());
+    QVERIFY(store.replaced);
+    QCOMPARE(store.reports.size(), 1);
+    QVERIFY2(store.reports.first().contains(folder.file()), qPrintable(store.reports.first()));
+    QVERIFY(!store.reports.first().contains(u'\n'));
+    QVERIFY(folder.aside().contains(u"session.sqlite.damaged-1"_s));
+    if (!kept.isNull())
+        QVERIFY(folder.bytes(u".damaged-1"_s) == kept);
+    QVERIFY(store.write(Stores::sample));
+    QCOMPARE(Watched(folder.path()).values(), Stores::sample);
+}
+
+/// Either the old values without a word, or none with the file aside and one line.
+void SessionStoreDamageTest::expectAllOrNothing(const Folder &folder, const QByteArray &bytes, const Values &values,
+                                                const QByteArray &what)
+{
+    folder.clear();
+    folder.put(bytes);
+    Watched store(folder.path());
+    const Values found = store.values();
+    const QByteArray said = what + ": " + store.reports.join(u"; "_s).toUtf8();
+    if (store.replaced) {
+        QVERIFY2(found == Values(), said.constData());
+        QVERIFY2(store.reports.size() == 1, said.constData());
+        QVERIFY2(folder.bytes(u".damaged-1"_s).size() >= bytes.size(), said.constData());
+    } else {
+        QVERIFY2(found == values, said.constData());
+        QVERIFY2(store.reports.isEmpty(), said.constData());
+        QVERIFY2(folder.aside().isEmpty(), said.constData());
+    }
+    // What is there now keeps what it is given.
+    QVERIFY2(store.store->write(Key::UserNombre, "after"), said.constData());
+    QVERIFY2(Watched(folder.path()).store->read(Key::UserNombre) == "after"_ba, said.constData());
+}
+
+void SessionStoreDamageTest::foreignFileIsMovedAside_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("text") << "this is not a database, but a text of some length"_ba.repeated(10);
+    QTest::newRow("short text") << "xy"_ba;
+    QTest::newRow("zero bytes") << QByteArray(8192, '\0');
+    QTest::newRow("0xFF bytes") << QByteArray(8192, '\xFF');
+    QTest::newRow("only the magic") << QByteArray("SQLite format 3\0", 16);
+    QTest::newRow("magic and garbage") << QByteArray("SQLite format 3\0", 16) + QByteArray(8176, '\x5A');
+}
+
+void SessionStoreDamageTest::foreignFileIsMovedAside()
+{
+    QFETCH(const QByteArray, bytes);
+    const Folder folder;
+    folder.put(bytes);
+    Watched store(folder.path());
+    expectReplaced(folder, store, bytes);
+}
+
+void SessionStoreDamageTest::emptyFileBecomesAStore()
+{
+    const Folder folder;
+    folder.put({});
+    Watched store(folder.path());
+    QCOMPARE(store.values(), Values());
+    QVERIFY(!store.replaced);
+    QCOMPARE(store.reports, QStringList());
+    QVERIFY(store.write(Stores::sample));
+    QCOMPARE(Watched(folder.path()).values(), Stores::sample);
+}
+
+void SessionStoreDamageTest::databaseChangedFromOutsideIsMovedAside_data()
+{
+    QTest::addColumn<QByteArray>("sql");
+    QTest::newRow("newer version") << "PRAGMA user_version = 2"_ba;
+    QTest::newRow("negative version") << "PRAGMA user_version = -1"_ba;
+    QTest::newRow("version lost") << "PRAGMA user_version = 0"_ba;
+    QTest::newRow("table gone") << "DROP TABLE session"_ba;
+    QTest::newRow("table of another kind") << "DROP TABLE session; CREATE TABLE session (a, b)"_ba;
+    QTest::newRow("row gone") << "DELETE FROM session WHERE key = 'user_email'"_ba;
+    QTest::newRow("rows gone") << "DELETE FROM session"_ba;
+    QTest::newRow("row more") << "INSERT INTO session VALUES (5, 'user_more', NULL, NULL)"_ba;
+    QTest::newRow("row before") << "INSERT INTO session VALUES (-1, 'user_id', NULL, NULL)"_ba;
+    QTest::newRow("other key") << "UPDATE session SET key = 'User_id' WHERE row = 1"_ba;
+    QTest::newRow("keys swapped") << "UPDATE session SET row = row + 10; UPDATE session SET row = 15 - row"_ba;
+    QTest::newRow("value column gone") << "ALTER TABLE session DROP COLUMN value"_ba;
+    QTest::newRow("checksum column gone") << "ALTER TABLE session DROP COLUMN checksum"_ba;
+    QTest::newRow("other database") << "DROP TABLE session; CREATE TABLE bookmarks (url); PRAGMA user_version = 7"_ba;
+}
+
+void SessionStoreDamageTest::databaseChangedFromOutsideIsMovedAside()
+{
+    QFETCH(const QByteArray, sql);
+    const Folder folder;
+    folder.fill();
+    run(folder.file(), sql);
+    Watched store(folder.path());
+    expectReplaced(folder, store, {});
+}
+
+void SessionStoreDamageTest::damagedValueTakesTheWholeStore_data()
+{
+    QTest::addColumn<QByteArray>("change");
+    QTest::addColumn<QByteArray>("key");
+    for (const Key key : SessionStore::keys) {
+        const auto row = [&](const char *what, const QByteArray &change) {
+            QTest::addRow("%s: %s", SessionStore::name(key), what) << change << QByteArray(SessionStore::name(key));
+        };
+        row("other value", "value = X'3433'");
+        row("value cut", "value = substr(value, 1, length(value) - 1)");
+        row("value longer", "value = CAST(value || X'00' AS BLOB)");
+        row("value gone", "value = NULL");
+        row("value emptied", "value = X''");
+        row("other checksum", "checksum = checksum + 1");
+        row("checksum gone", "checksum = NULL");
+        row("checksum zero", "checksum = 0");
+        row("checksum a text", "checksum = 'abc'");
+        row("value a number", "value = 43");
+    }
+}
+
+void SessionStoreDamageTest::damagedValueTakesTheWholeStore()
+{
+    QFETCH(const QByteArray, change);
+    QFETCH(const QByteArray, key);
+    const Folder folder;
+    folder.fill();
+    run(folder.file(), "UPDATE session SET " + change + " WHERE key = '" + key + '\'');
+    Watched store(folder.path());
+    expectReplaced(folder, store, {});
+}
+
+void SessionStoreDamageTest::swappedValuesAreDamage()
+{
+    const Folder folder;
+    folder.fill({QByteArray("42"), QByteArray("one"), QByteArray("two"), QByteArray("three")});
+    run(folder.file(), "UPDATE session SET (value, checksum) = (SELECT value, checksum FROM session AS other WHERE "
+                       "other.row = 3) WHERE row = 2");
+    Watched store(folder.path());
+    expectReplaced(folder, store, {});
+}
+
+void SessionStoreDamageTest::wasReplacedSaysItOnce()
+{
+    const Folder folder;
+    folder.put("garbage");
+    const Watched store(folder.path());
+    QVERIFY(store.store->wasReplaced());
+    QVERIFY(!store.store->wasReplaced());
+}
+
+void SessionStoreDamageTest::filesAsideAreAllKept()
+{
+    const Folder folder;
+    QStringList expected;
+    for (int i = 1; i <= 12; ++i) {
+        folder.put("garbage " + QByteArray::number(i));
+        const Watched store(folder.path());
+        expected += u"session.sqlite.damaged-%1"_s.arg(i);
+    }
+    expected.sort();
+    QCOMPARE(folder.aside(), expected);
+    for (int i = 1; i <= 12; ++i)
+        QCOMPARE(folder.bytes(u".damaged-%1"_s.arg(i)), "garbage " + QByteArray::number(i));
+}
+
+void SessionStoreDamageTest::companionsGoAsideToo()
+{
+    const QByteArray file = "garbage of another kind"_ba.repeated(100);
+    const QByteArray log = "and a log of the same kind"_ba.repeated(100);
+    const Folder folder;
+    folder.put(file);
+    folder.put(log, u"-wal"_s);
+    Watched store(folder.path());
+    expectReplaced(folder, store, file);
+    QVERIFY(folder.aside().contains(u"session.sqlite.damaged-1-wal"_s));
+    QVERIFY(folder.bytes(u".damaged-1-wal"_s) == log);
+}
+
+void SessionStoreDamageTest::lostFileIsRestoredFromItsLog()
+{
+    // The log of a store that was never closed holds all of it.
+    const Folder living;
+    Watched store(living.path());
+    store.write(Stores::sample);
+    const Folder folder;
+    folder.put("garbage of another kind"_ba.repeated(100));
+    folder.put(living.bytes(u"-wal"_s), u"-wal"_s);
+    Watched again(folder.path());
+    QCOMPARE(again.values(), Stores::sample);
+    QCOMPARE(again.reports, QStringList());
+}
+
+void SessionStoreDamageTest::truncatedFileLosesAllOrNothing()
+{
+    const QByteArray whole = storeOf(Stores::sample);
+    const Folder folder;
+    // The database takes a single byte for an empty file.
+    for (qsizetype length = 2; length <= whole.size(); length += length < 120 || whole.size() - length < 10 ? 1 : 97)
+        expectAllOrNothing(folder, whole.first(length), Stores::sample, "cut to " + QByteArray::number(length));
+    expectAllOrNothing(folder, whole, Stores::sample, "whole");
+    QVERIFY(folder.aside().isEmpty());
+}
+
+void SessionStoreDamageTest::flippedByteLosesAllOrNothing_data()
+{
+    QTest::addColumn<QByteArray>("store");
+    QTest::addColumn<Values>("values");
+    QTest::addColumn<int>("mask");
+    Values large = Stores::sample;
+    large[3] = QByteArray("photo ").repeated(3000);
+    Values some;
+    some[0] = "7";
+    const auto add = [](const char *label, const Values &values) {
+        const QByteArray store = storeOf(values);
+        for (const int mask : {0x01, 0x80, 0xFF})
+            QTest::addRow("%s, 0x%02x", label, mask) << store << values << mask;
+    };
+    add("on one page", Stores::sample);
+    add("on several pages", large);
+    add("hardly written", some);
+}
+
+void SessionStoreDamageTest::flippedByteLosesAllOrNothing()
+{
+    QFETCH(QByteArray, store);
+    QFETCH(const Values, values);
+    QFETCH(const int, mask);
+    const Folder folder;
+    // Every byte of the header and of what describes the tables and rows; some of the rest.
+    const auto matters = [&](qsizetype at) {
+        return at < 110 || at % 101 == mask % 101 ||
+               (store[at] != 0 && !QByteArrayView("photo ").contains(store[at]) && at % 3 == mask % 3);
+    };
+    for (qsizetype at = 0; at < store.size(); ++at) {
+        if (!matters(at))
+            continue;
+        store[at] = static_cast<char>(store[at] ^ mask);
+        expectAllOrNothing(folder, store, values, "flipped at " + QByteArray::number(at));
+        store[at] = static_cast<char>(store[at] ^ mask);
+    }
+}
+
+void SessionStoreDamageTest::flippedByteInTheLogLosesOnlyWhatCameLast()
+{
+    // A store whose process was killed: the file as it was at the start, and the log of four writes.
+    const Folder living;
+    Watched(living.path()).write(Stores::sample);
+    const Watched store(living.path());
+    for (int i = 0; i < 4; ++i)
+        QVERIFY(store.store->write(Key::UserNombre, "nombre " + QByteArray::number(i)));
+    const QByteArray file = living.bytes();
+    QByteArray log = living.bytes(u"-wal"_s);
+    QList<QByteArray> history{*Stores::sample[1]};
+    for (int i = 0; i < 4; ++i)
+        history += "nombre " + QByteArray::number(i);
+
+    const Folder folder;
+    QSet<QByteArray> seen;
+    for (qsizetype at = 0; at < log.size(); at += at < 60 ? 1 : 61) {
+        log[at] = static_cast<char>(log[at] ^ 0xFF);
+        folder.clear();
+        folder.put(file);
+        folder.put(log, u"-wal"_s);
+        Watched again(folder.path());
+        const Values found = again.values();
+        const QByteArray said = QByteArray::number(at) + ": " + again.reports.join(u"; "_s).toUtf8();
+        if (again.replaced) {
+            QVERIFY2(again.reports.size() == 1, said.constData());
+        } else {
+            QVERIFY2(again.reports.isEmpty(), said.constData());
+            QVERIFY2(found[0] == Stores::sample[0] && found[3] == Stores::sample[3], said.constData());
+            QVERIFY2(found[1] && history.contains(*found[1]), said.constData());
+            seen.insert(*found[1]);
+        }
+        log[at] = static_cast<char>(log[at] ^ 0xFF);
+    }
+    QVERIFY(seen.size() > 1);
+}
+
+MAROVENDA_TEST_MAIN(SessionStoreDamageTest)
+#include "tst_SessionStoreDamage.moc"
