@@ -56,7 +56,7 @@ void forEachRecord(const Visit &visit)
 
 /// Calls `visit(key, value)` with each field of a record.
 template <class R, class Visit>
-    requires Record<std::remove_const_t<R>>
+requires Record<std::remove_const_t<R>>
 void forEachField(R &record, const Visit &visit)
 {
     boost::mp11::mp_for_each<Json::Fields<std::remove_const_t<R>>>(
