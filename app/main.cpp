@@ -1,4 +1,5 @@
 #include "Modules.h"
+#include "PlatformSettings.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -9,6 +10,7 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
+    PlatformSettings::preferPortal();
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"marovenda"_s);
     QGuiApplication::setApplicationDisplayName(u"Marovenda"_s);

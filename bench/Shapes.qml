@@ -68,7 +68,9 @@ Window {
             Loader {
                 width: 342
                 height: 54
+                // qmllint disable unqualified
                 sourceComponent: window.way === "texture" ? texture : window.way === "shape" ? shape : canvas
+                // qmllint enable unqualified
             }
         }
     }

@@ -11,6 +11,8 @@ FocusScope {
     property bool barHidden: false
     // How far the content has scrolled under the bar.
     property real scrolled: 0
+    // Something over the whole screen takes its place, for the finger and for assistive technology.
+    property bool covered: false
     // Set by the navigation container.
     property bool canGoBack: false
 
@@ -31,10 +33,12 @@ FocusScope {
         anchors.fill: parent
         anchors.topMargin: screen.barHidden ? 0 : bar.height
         clip: !screen.barHidden
+        enabled: !screen.covered
     }
     NavigationBar {
         id: bar
         visible: !screen.barHidden
+        enabled: !screen.covered
         width: parent.width
         title: screen.title
         titleShown: screen.scrolled > 44

@@ -1,6 +1,8 @@
 #include "PhotoDecoder.h"
 
 #include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
 #include <QImageReader>
 #include <QPainter>
 #include <QtEndian>
@@ -10,6 +12,7 @@
 namespace {
 
 constexpr int longestSide = 16384;
+constexpr qint64 largestFile = qint64(64) * 1024 * 1024;
 constexpr qint64 mostPixels = qint64(64) * 1024 * 1024;
 
 /// Chosen by the bytes and not by trying: every plugin of the platform would have a go otherwise.
@@ -53,7 +56,7 @@ QByteArray withoutAncillaryChunks(const QByteArray &png)
 
 } // namespace
 
-QImage decodePhoto(const QByteArray &bytes, int diameter)
+QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape)
 {
     const QByteArray format = formatOf(bytes);
     if (format.isEmpty() || diameter <= 0)
@@ -84,6 +87,17 @@ QImage decodePhoto(const QByteArray &bytes, int diameter)
     brush.setTransform(
         QTransform::fromTranslate((diameter - photo.width()) / 2.0, (diameter - photo.height()) / 2.0));
     painter.setBrush(brush);
-    painter.drawEllipse(circle.rect());
+    if (shape == PhotoShape::Circle)
+        painter.drawEllipse(circle.rect());
+    else
+        painter.drawRect(circle.rect());
     return circle;
+}
+
+QImage decodePhotoFile(const QString &path, int diameter, PhotoShape shape)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QFile::ReadOnly) || file.size() > largestFile)
+        return {};
+    return decodePhoto(file.read(largestFile), diameter, shape);
 }

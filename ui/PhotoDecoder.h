@@ -3,8 +3,13 @@
 #include <QByteArray>
 #include <QImage>
 
-/// Decodes a photo (JPEG, PNG, WebP, GIF or BMP, told by its first bytes) so that it fills a circle of `diameter`
-/// pixels: upright, scaled and cropped around its middle, transparent outside. Null for anything that cannot be
-/// decoded within bounds: 16,384 pixels a side, and 64 megapixels where the format cannot be scaled while decoding.
-/// Safe on any thread.
-QImage decodePhoto(const QByteArray &bytes, int diameter);
+enum class PhotoShape { Circle, Square };
+
+/// Decodes a photo (JPEG, PNG, WebP, GIF or BMP, told by its first bytes) so that it fills a circle or square of
+/// `diameter` pixels: upright, scaled and cropped around its middle, transparent outside. Null for anything that
+/// cannot be decoded within bounds: 16,384 pixels a side, and 64 megapixels where the format cannot be scaled while
+/// decoding. Safe on any thread.
+QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape = PhotoShape::Circle);
+
+/// The same for a file of at most 64 MiB.
+QImage decodePhotoFile(const QString &path, int diameter, PhotoShape shape);

@@ -34,17 +34,32 @@ void PhotoView::setPhoto(const QByteArray &photo)
     polish();
 }
 
+void PhotoView::setFile(const QUrl &file)
+{
+    if (file == m_file)
+        return;
+    m_file = file;
+    emit photoChanged();
+    // Another file's picture would be a wrong one.
+    show({});
+    polish();
+}
+
 void PhotoView::updatePolish()
 {
     const quint64 request = ++m_request;
     const int diameter = static_cast<int>(std::ceil(std::min(width(), height()) * pixelRatio()));
-    if (m_photo.isEmpty() || diameter <= 0) {
+    if ((m_photo.isEmpty() && m_file.isEmpty()) || diameter <= 0) {
         show({});
         return;
     }
     const QPointer<PhotoView> self(this);
-    decoderThread().start([self, request, photo = m_photo, diameter] {
-        const QImage image = decodePhoto(photo, diameter);
+    const auto shape = m_square ? PhotoShape::Square : PhotoShape::Circle;
+    decoderThread().start([self, request, photo = m_photo, file = m_file, diameter, shape] {
+        if (!self)
+            return;
+        const QImage image = file.isEmpty() ? decodePhoto(photo, diameter, shape)
+                                            : decodePhotoFile(file.toLocalFile(), diameter, shape);
         QMetaObject::invokeMethod(
             qApp,
             [self, request, image] {

@@ -3,8 +3,10 @@
 #include "SecureFieldAccessible.h"
 
 #include <QEvent>
+#include <QFile>
 #include <QFont>
 #include <QGuiApplication>
+#include <QLibraryInfo>
 
 #include <algorithm>
 
@@ -66,6 +68,40 @@ PlatformSettings::PlatformSettings(QObject *parent) : QObject(parent)
     readTextScale();
     qGuiApp->installEventFilter(this);
     askForMotion();
+    askForPhotoPicker();
+}
+
+void PlatformSettings::preferPortal()
+{
+#ifdef MAROVENDA_DBUS
+    const QString plugin =
+        QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platformthemes/libqxdgdesktopportal.so"_L1;
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORMTHEME") && QFile::exists(plugin))
+        qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
+#endif
+}
+
+void PlatformSettings::askForPhotoPicker()
+{
+#ifdef MAROVENDA_DBUS
+    // The portal's dialog is the desktop's own. Nobody is started for the answer.
+    auto question =
+        QDBusMessage::createMethodCall(portalService, portalPath, "org.freedesktop.DBus.Properties"_L1, u"Get"_s);
+    question << u"org.freedesktop.portal.FileChooser"_s << u"version"_s;
+    question.setAutoStartService(false);
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected() || qgetenv("QT_QPA_PLATFORMTHEME") != "xdgdesktopportal")
+        return;
+    auto *const answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
+    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+        const QDBusPendingReply<QDBusVariant> reply = *answer;
+        answer->deleteLater();
+        m_photoPicker = !reply.isError();
+        emit photoPickerChanged();
+    });
+#elif defined(Q_OS_ANDROID) || defined(Q_OS_IOS) || defined(Q_OS_MACOS) || defined(Q_OS_WIN)
+    m_photoPicker = true;
+#endif
 }
 
 bool PlatformSettings::eventFilter(QObject *watched, QEvent *event)

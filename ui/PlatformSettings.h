@@ -12,24 +12,35 @@ class PlatformSettings : public QObject {
     Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)
     /// True when the platform asks programs not to move things.
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY reducedMotionChanged)
+    /// Whether the platform has a picker for photos of its own.
+    Q_PROPERTY(bool photoPicker READ photoPicker NOTIFY photoPickerChanged)
 public:
     explicit PlatformSettings(QObject *parent = nullptr);
 
     double textScale() const { return m_textScale; }
     bool reducedMotion() const { return m_reducedMotion; }
 
+    bool photoPicker() const { return m_photoPicker; }
+
+    /// To be called before the application is made: lets the desktop's portal show its file dialog where no other
+    /// platform theme was asked for.
+    static void preferPortal();
+
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 Q_SIGNALS:
     void textScaleChanged();
     void reducedMotionChanged();
+    void photoPickerChanged();
 
 private:
     void readTextScale();
     void setReducedMotion(bool reduced);
     void askForMotion();
+    void askForPhotoPicker();
     Q_SLOT void portalSettingChanged(const QString &area, const QString &key);
 
     double m_textScale = 1;
     bool m_reducedMotion = false;
+    bool m_photoPicker = false;
 };

@@ -10,6 +10,8 @@ Flickable {
     property bool indicatorShown: true
     // Content lower than the area is centred in it instead of starting at the top.
     property bool centred: false
+    // The screen's large title, above the content; empty for none.
+    property string heading: ""
     readonly property real keyboardCover: {
         if (!InputMethod.visible || InputMethod.keyboardRectangle.height <= 0)
             return 0
@@ -42,7 +44,7 @@ Flickable {
     }
 
     contentWidth: width
-    contentHeight: Math.max(holder.childrenRect.height, 1)
+    contentHeight: Math.max(title.height + holder.childrenRect.height, 1)
     bottomMargin: keyboardCover
     interactive: contentHeight > viewHeight + 0.5
     boundsBehavior: interactive ? Flickable.DragAndOvershootBounds : Flickable.StopAtBounds
@@ -66,22 +68,25 @@ Flickable {
         interval: 0
         onTriggered: scroller.reveal(scroller.focused)
     }
+    LargeTitle {
+        id: title
+        visible: scroller.heading !== ""
+        height: visible ? implicitHeight : 0
+        width: holder.width
+        x: holder.x
+        text: scroller.heading
+    }
     Item {
         id: holder
         width: Math.min(scroller.width, Theme.columnWidth)
         x: (scroller.width - width) / 2
-        y: scroller.centred ? Math.max(0, (scroller.viewHeight - childrenRect.height) / 2) : 0
+        y: title.height
+            + (scroller.centred ? Math.max(0, (scroller.viewHeight - title.height - childrenRect.height) / 2) : 0)
         height: childrenRect.height
     }
 
-    Rectangle {
-        parent: scroller
+    ScrollIndicator {
+        area: scroller
         visible: scroller.indicatorShown && scroller.interactive && scroller.moving
-        x: scroller.width - width - 3
-        y: 2 + (scroller.height - 4) * Math.max(0, scroller.visibleArea.yPosition)
-        width: 3
-        height: Math.max(24, (scroller.height - 4) * scroller.visibleArea.heightRatio)
-        radius: 1.5
-        color: Qt.rgba(0, 0, 0, 0.35)
     }
 }

@@ -6,6 +6,10 @@ AppScreen {
     id: screen
 
     LoginViewModel { id: viewModel }
+    Component {
+        id: registro
+        RegistroView {}
+    }
 
     Scroller {
         anchors.fill: parent
@@ -91,6 +95,7 @@ AppScreen {
                     width: Math.min(implicitWidth, parent.width)
                     text: "¿No tienes cuenta? Regístrate aquí"
                     bold: true
+                    onClicked: screen.push(registro)
                 }
             }
         }

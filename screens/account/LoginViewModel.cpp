@@ -14,20 +14,20 @@ void LoginViewModel::iniciarSesion()
         msg = u"Completa los campos"_s;
         return;
     }
-    const LoginRequest request { .email = email, .password = pass };
-    ApiClient::instance().post<LoginResponse>(
-        u"api_login.php"_s, request, [this, alive = hold()](const std::optional<LoginResponse> &reply) {
-            const auto failure = u"Error de credenciales"_s;
-            if (!reply) {
-                msg = failure;
-            } else if (reply->status != u"success"_s) {
-                msg = reply->message.value_or(failure);
-            } else {
-                setUserId(parseUserId(reply->id));
-                setUserNombre(reply->nombre.value_or(QString()));
-                setUserEmail(email);
-            }
-        });
+    const LoginRequest request{.email = email, .password = pass};
+    ApiClient::instance().post<LoginResponse>(u"api_login.php"_s, request,
+                                              [this, alive = hold()](const std::optional<LoginResponse> &reply) {
+                                                  const auto failure = u"Error de credenciales"_s;
+                                                  if (!reply) {
+                                                      msg = failure;
+                                                  } else if (reply->status != u"success"_s) {
+                                                      msg = reply->message.value_or(failure);
+                                                  } else {
+                                                      setUserId(parseUserId(reply->id));
+                                                      setUserNombre(reply->nombre.value_or(QString()));
+                                                      setUserEmail(email);
+                                                  }
+                                              });
 }
 
 void LoginViewModel::abrirRecuperacion()
@@ -40,7 +40,7 @@ void LoginViewModel::enviarRecuperacion()
 {
     if (recuperarEmail.value().isEmpty())
         return;
-    const RecuperarRequest request { .email = recuperarEmail };
+    const RecuperarRequest request{.email = recuperarEmail};
     ApiClient::instance().post<StandardResponse>(
         u"api_recuperar.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
             // Whether the address is known is nobody's business, and a failure looks the same.

@@ -10,6 +10,7 @@ AppScreen {
     onAppeared: viewModel.cargarDatos()
 
     DashboardViewModel { id: viewModel }
+    ServiceScreens { id: screens }
 
     Scroller {
         anchors.fill: parent
@@ -104,6 +105,7 @@ AppScreen {
                             y: 8
                             count: viewModel.paqueteCount
                             caption: "Paquetes"
+                            onClicked: screen.push(screens.paquetes)
                         }
                         CountBlock {
                             id: cotizaciones
@@ -112,6 +114,7 @@ AppScreen {
                             anchors.right: parent.right
                             count: viewModel.cotizacionCount
                             caption: "Cotizaciones"
+                            onClicked: screen.push(screens.cotizaciones)
                         }
                     }
                 }
@@ -129,11 +132,11 @@ AppScreen {
                 Row {
                     id: tiles
                     spacing: 16
-                    DashboardBtn { icon: "shippingbox"; text: "Casillero" }
-                    DashboardBtn { icon: "doc.text"; text: "Cotizar" }
-                    DashboardBtn { icon: "car"; text: "Autos" }
-                    DashboardBtn { icon: "person"; text: "Perfil" }
-                    DashboardBtn { icon: "info.circle"; text: "Dev" }
+                    DashboardBtn { icon: "shippingbox"; text: "Casillero"; onClicked: screen.push(screens.casillero) }
+                    DashboardBtn { icon: "doc.text"; text: "Cotizar"; onClicked: screen.push(screens.cotizar) }
+                    DashboardBtn { icon: "car"; text: "Autos"; onClicked: screen.push(screens.autos) }
+                    DashboardBtn { icon: "person"; text: "Perfil"; onClicked: screen.push(screens.perfil) }
+                    DashboardBtn { icon: "info.circle"; text: "Dev"; onClicked: screen.push(screens.dev) }
                 }
             }
 
@@ -145,6 +148,7 @@ AppScreen {
                     width: parent.width
                     title: "Envíos Recientes"
                     link: "Ver todos"
+                    onClicked: screen.push(screens.paquetes)
                 }
                 Repeater {
                     model: viewModel.paquetesRecientes
@@ -178,6 +182,7 @@ AppScreen {
                     width: parent.width
                     title: "Mis Cotizaciones"
                     link: "Ver todas"
+                    onClicked: screen.push(screens.cotizaciones)
                 }
                 Repeater {
                     model: viewModel.cotizacionesRecientes

@@ -3,6 +3,7 @@
 #include "ApiClient.h"
 #include "Deployment.h"
 #include "Links.h"
+#include "PaqueteIdentity.h"
 
 using namespace Qt::StringLiterals;
 
@@ -22,15 +23,10 @@ QList<R> firstOf(const std::optional<QList<R>> &rows)
     return rows ? rows->first(std::min(recentRows, rows->size())) : QList<R>();
 }
 
-QVariant byTracking(const DashboardResponse::Paquete &row, int)
-{
-    return row.tracking ? QVariant(*row.tracking) : QVariant();
-}
-
 } // namespace
 
 DashboardViewModel::DashboardViewModel(QObject *parent)
-    : ViewModel(parent), m_paquetes(byTracking), m_cotizaciones(decltype(m_cotizaciones)::byPosition)
+    : ViewModel(parent), m_paquetes(identityOf), m_cotizaciones(decltype(m_cotizaciones)::byPosition)
 {
 }
 
@@ -42,7 +38,8 @@ void DashboardViewModel::cargarDatos()
     ApiClient::instance().fetchDashboard(
         userId(), [this, alive = hold()](const std::optional<DashboardResponse> &reply) {
             // One turn of the main loop later: this screen has always shown its data then.
-            QMetaObject::invokeMethod(this, [this, alive, reply] { setData(reply); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                this, [this, alive, reply] { setData(reply); }, Qt::QueuedConnection);
         });
 }
 

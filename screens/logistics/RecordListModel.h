@@ -4,8 +4,8 @@
 
 #include <QAbstractListModel>
 
-/// Records as the rows of a list. Its roles are the record's fields, under their own names, and "identity", which says
-/// what makes a row that row; rows of one identity are all shown. An absent field is undefined.
+/// Records as the rows of a list. Its roles are the record's fields, under their own names, and "identity", which
+/// says what makes a row that row; rows of one identity are all shown. An absent field is undefined.
 template <Record R>
 class RecordListModel final : public QAbstractListModel {
 public:
@@ -51,7 +51,7 @@ public:
 
     QHash<int, QByteArray> roleNames() const override
     {
-        QHash<int, QByteArray> names { { identityRole, "identity" } };
+        QHash<int, QByteArray> names{{identityRole, "identity"}};
         int field = Qt::UserRole;
         for (const std::string_view name : CodingKeys<R>::names)
             names.insert(field++, QByteArray(name.data(), static_cast<qsizetype>(name.size())));

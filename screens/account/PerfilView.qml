@@ -1,0 +1,94 @@
+import QtQuick
+import Marovenda.Account
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    title: "Mi Perfil"
+    scrolled: scroller.contentY
+    covered: picker.shown
+    onAppeared: viewModel.mostrarFoto()
+
+    PerfilViewModel { id: viewModel }
+
+    Scroller {
+        id: scroller
+        anchors.fill: parent
+        heading: screen.title
+        centred: true
+
+        Column {
+            id: column
+            readonly property real inner: width - 2 * padding
+            width: parent.width
+            padding: 24
+            spacing: 16
+
+            Pressable {
+                objectName: "cambiarFoto"
+                anchors.horizontalCenter: parent.horizontalCenter
+                text: "Cambiar foto"
+                focusRadius: 50
+                onClicked: picker.open()
+                contentItem: Avatar {
+                    objectName: "avatar"
+                    implicitWidth: 100
+                    implicitHeight: 100
+                    photo: viewModel.selectedImageData
+                    placeholderColor: Theme.blue
+                    ringWidth: 2
+                }
+            }
+            AppText {
+                width: column.inner
+                bottomPadding: 16
+                text: "Toca la imagen para cambiar foto"
+                textStyle: Theme.caption
+                color: Theme.grey
+                horizontalAlignment: Text.AlignHCenter
+            }
+            CustomTextField {
+                objectName: "nombre"
+                width: column.inner
+                hint: "Nombre Completo"
+                text: viewModel.userNombre
+                isDecimal: false
+                onTextEdited: viewModel.userNombre = text
+            }
+            Item {
+                width: column.inner
+                height: email.height + 12
+                CustomTextField {
+                    id: email
+                    objectName: "email"
+                    width: parent.width
+                    hint: "Correo"
+                    text: viewModel.email
+                    isDecimal: false
+                    onTextEdited: viewModel.email = text
+                }
+            }
+            PrimaryButton {
+                objectName: "guardar"
+                width: column.inner
+                text: "Guardar Cambios"
+                onClicked: viewModel.guardarCambios()
+            }
+            MessageLine {
+                objectName: "msg"
+                width: column.inner
+                text: viewModel.msg
+                color: Theme.blue
+                keepsPlace: true
+            }
+        }
+    }
+
+    PhotoPicker {
+        id: picker
+        objectName: "picker"
+        parent: screen
+        onPicked: file => viewModel.elegirFoto(file)
+    }
+}

@@ -1,0 +1,44 @@
+#include "PerfilViewModel.h"
+
+#include "ApiClient.h"
+#include "PhotoLoader.h"
+
+using namespace Qt::StringLiterals;
+
+void PerfilViewModel::mostrarFoto()
+{
+    if (const QByteArray stored = userAvatarData(); !stored.isEmpty())
+        selectedImageData = stored;
+}
+
+void PerfilViewModel::elegirFoto(const QUrl &item)
+{
+    if (item == selectedItem.value())
+        return;
+    selectedItem = item;
+    loadPhoto(item, this, [this, alive = hold()](const LoadedPhoto &photo) {
+        selectedImageData = photo.bytes;
+        avatarBase64 = photo.base64;
+    });
+}
+
+void PerfilViewModel::guardarCambios()
+{
+    const PerfilRequest request{
+        .user_id = userId(),
+        .nombre = userNombre(),
+        .email = email,
+        .password = {},
+        .avatar_base64 = avatarBase64,
+    };
+    ApiClient::instance().post<StandardResponse>(
+        u"api_perfil.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
+            if (!reply || reply->status != u"success"_s) {
+                msg = u"Error al actualizar"_s;
+                return;
+            }
+            msg = u"Perfil actualizado con éxito"_s;
+            if (!selectedImageData.value().isNull())
+                setUserAvatarData(selectedImageData);
+        });
+}

@@ -1,0 +1,73 @@
+import QtQuick
+import Marovenda.Logistics
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    barHidden: true
+    onAppeared: viewModel.cargarCasillero()
+
+    CasilleroViewModel { id: viewModel }
+
+    Scroller {
+        anchors.fill: parent
+        centred: true
+
+        Column {
+            id: column
+            readonly property real inner: width - 2 * padding
+            width: parent.width
+            padding: 24
+            spacing: Theme.spacing
+
+            AppText {
+                width: column.inner
+                bottomPadding: 24
+                text: "Mi Casillero"
+                textStyle: Theme.title
+                bold: true
+                horizontalAlignment: Text.AlignHCenter
+                Accessible.role: Accessible.Heading
+            }
+            Item {
+                width: column.inner
+                height: card.height + 32
+                Card {
+                    id: card
+                    objectName: "card"
+                    width: parent.width
+                    radius: 24
+                    padding: 24
+
+                    contentItem: Column {
+                        spacing: 16
+                        AppText {
+                            objectName: "info"
+                            width: parent.width
+                            text: viewModel.info
+                            textStyle: Theme.headline
+                            color: Theme.blue
+                            horizontalAlignment: Text.AlignHCenter
+                        }
+                        AppText {
+                            objectName: "direccion"
+                            width: parent.width
+                            text: viewModel.direccion
+                            color: Theme.grey
+                            lineHeight: textStyle.line + 8
+                            horizontalAlignment: Text.AlignHCenter
+                        }
+                    }
+                }
+            }
+            PrimaryButton {
+                objectName: "volver"
+                width: column.inner
+                text: "Volver al Panel"
+                bold: false
+                onClicked: screen.back()
+            }
+        }
+    }
+}

@@ -1,0 +1,28 @@
+#include "CasilleroViewModel.h"
+
+#include "ApiClient.h"
+#include "Deployment.h"
+
+using namespace Qt::StringLiterals;
+
+QString CasilleroViewModel::direccion() const
+{
+    const QStringList lines{
+        u"Dirección: "_s + Deployment::warehouseStreet(),
+        u"Ciudad: "_s + Deployment::warehouseCity(),
+        u"Estado: Florida"_s,
+        u"Zip Code: "_s + Deployment::warehouseZip(),
+        u"Teléfono: "_s + Deployment::warehousePhone(),
+    };
+    return lines.join(u'\n');
+}
+
+void CasilleroViewModel::cargarCasillero()
+{
+    const CasilleroRequest request{.user_id = QString::number(userId())};
+    ApiClient::instance().post<CasilleroResponse>(
+        u"api_casillero.php"_s, request, [this, alive = hold()](const std::optional<CasilleroResponse> &reply) {
+            // A name counts whatever the status says.
+            info = reply ? reply->nombreCompleto.value_or(u"Error"_s) : u"Error"_s;
+        });
+}

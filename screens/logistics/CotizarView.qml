@@ -1,0 +1,81 @@
+import QtQuick
+import Marovenda.Logistics
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    CotizarViewModel { id: viewModel }
+
+    Scroller {
+        anchors.fill: parent
+
+        Column {
+            id: column
+            readonly property real inner: width - 2 * padding
+            width: parent.width
+            padding: 24
+            spacing: 12
+
+            FormTitle {
+                width: column.inner
+                text: "Cotizar Importación"
+            }
+            Item {
+                width: column.inner
+                height: tipo.height + 8
+                SegmentedPicker {
+                    id: tipo
+                    objectName: "tipo"
+                    width: parent.width
+                    label: "Tipo"
+                    options: viewModel.tipos
+                    selection: viewModel.tipo
+                    onChosen: option => viewModel.tipo = option
+                }
+            }
+            CustomTextField {
+                objectName: "peso"
+                width: column.inner
+                hint: "Peso (Lbs)"
+                text: viewModel.peso
+                isDecimal: true
+                onTextEdited: viewModel.peso = text
+            }
+            CustomTextField {
+                objectName: "valor"
+                width: column.inner
+                hint: "Valor Declarado (USD)"
+                text: viewModel.valor
+                isDecimal: true
+                onTextEdited: viewModel.valor = text
+            }
+            Item {
+                width: column.inner
+                height: descripcion.height + 12
+                CustomTextField {
+                    id: descripcion
+                    objectName: "descripcion"
+                    width: parent.width
+                    hint: "Descripción del contenido"
+                    text: viewModel.descripcion
+                    isDecimal: false
+                    onTextEdited: viewModel.descripcion = text
+                }
+            }
+            PrimaryButton {
+                objectName: "enviar"
+                width: column.inner
+                text: "Enviar Cotización"
+                onClicked: viewModel.enviarCotizacion()
+            }
+            MessageLine {
+                objectName: "msg"
+                width: column.inner
+                text: viewModel.msg
+                color: Theme.blue
+                keepsPlace: true
+            }
+        }
+    }
+}

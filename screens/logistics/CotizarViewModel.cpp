@@ -1,0 +1,47 @@
+#include "CotizarViewModel.h"
+
+#include "ApiClient.h"
+#include "ParseDecimal.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Texts are equal when they look the same, however their accents are encoded.
+bool isSameText(const QString &one, const QString &other)
+{
+    return one.normalized(QString::NormalizationForm_C) == other.normalized(QString::NormalizationForm_C);
+}
+
+} // namespace
+
+QStringList CotizarViewModel::tipos() const { return {u"Aéreo"_s, u"Marítimo"_s}; }
+
+void CotizarViewModel::enviarCotizacion()
+{
+    const CotizacionRequest request{
+        .user_id = userId(),
+        .tipo = isSameText(tipo, u"Marítimo"_s) ? u"maritimo"_s : u"aereo"_s,
+        .origen = origen,
+        .destino = destino,
+        .peso = parseDecimal(peso),
+        .valor = parseDecimal(valor),
+        .descripcion = descripcion,
+    };
+    ApiClient::instance().post<StandardResponse>(
+        u"api_cotizar.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
+            const bool success = reply && reply->status == u"success"_s;
+            // One turn of the main loop later, as on the dashboard.
+            const auto show = [this, alive, success] {
+                if (!success) {
+                    msg = u"Error al cotizar"_s;
+                    return;
+                }
+                msg = u"Enviado con éxito"_s;
+                peso = QString();
+                valor = QString();
+                descripcion = QString();
+            };
+            QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
+        });
+}

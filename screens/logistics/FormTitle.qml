@@ -1,0 +1,9 @@
+import QtQuick
+import Marovenda.Ui
+
+// The title of a form, above its fields.
+AppText {
+    textStyle: Theme.title2
+    bold: true
+    Accessible.role: Accessible.Heading
+}

@@ -1,0 +1,56 @@
+import QtQuick
+import Marovenda.Ui
+
+// A row of a list screen: a text with a badge at its right, and a second text below. It is heard as one element.
+GroupedRow {
+    id: row
+
+    required property string headline
+    required property string badge
+    required property color badgeColor
+    required property string detail
+    required property string spoken
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: row.spoken
+    Accessible.ignored: !row.enabled
+
+    Column {
+        width: parent.width
+        topPadding: 4
+        bottomPadding: 4
+        spacing: 6
+
+        Item {
+            width: parent.width
+            height: Math.max(headlineText.height, badgeText.height)
+            AppText {
+                id: headlineText
+                anchors.verticalCenter: parent.verticalCenter
+                width: badgeText.x - Theme.spacing
+                text: row.headline
+                bold: true
+                partOfControl: true
+            }
+            AppText {
+                id: badgeText
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, parent.width * 0.45)
+                text: row.badge
+                textStyle: Theme.caption
+                bold: true
+                color: row.badgeColor
+                horizontalAlignment: Text.AlignRight
+                partOfControl: true
+            }
+        }
+        AppText {
+            width: parent.width
+            text: row.detail
+            textStyle: Theme.subheadline
+            color: Theme.grey
+            partOfControl: true
+        }
+    }
+}

@@ -1,0 +1,53 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Marovenda.Logistics
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    title: "Mis Cotizaciones"
+    scrolled: rows.contentY - rows.originY
+    onAppeared: viewModel.cargarCotizaciones()
+
+    MisCotizacionesViewModel { id: viewModel }
+
+    GroupedList {
+        id: rows
+        objectName: "rows"
+        anchors.fill: parent
+        title: screen.title
+        model: viewModel.cotizaciones
+        delegate: ListRow {
+            required property var origen
+            required property var descripcion
+            required property var estado
+            list: rows
+            headline: descripcion ?? "Cotización"
+            badge: (estado ?? "PENDIENTE").toUpperCase()
+            badgeColor: Theme.blue
+            detail: "Origen: " + (origen ?? "N/A")
+            spoken: headline + ", " + badge + ", " + detail
+        }
+
+        // The one entry of a list without rows.
+        ContinuousRectangle {
+            objectName: "empty"
+            parent: rows.contentItem
+            visible: rows.count === 0
+            x: rows.side
+            width: rows.columnWidth - 32
+            height: none.height + 2 * Theme.padding
+            radius: 10
+            color: Theme.white
+            AppText {
+                id: none
+                x: Theme.padding
+                y: Theme.padding
+                width: parent.width - 2 * Theme.padding
+                text: "No tienes cotizaciones registradas."
+                color: Theme.grey
+            }
+        }
+    }
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "RecordListModel.h"
+#include "Records.h"
+#include "SessionState.h"
+#include "ViewModel.h"
+
+#include <QtQmlIntegration>
+
+/// All quotations of the customer.
+class MisCotizacionesViewModel : public ViewModel {
+    Q_OBJECT
+    QML_ELEMENT
+    using Self = MisCotizacionesViewModel;
+    SESSION_STATE(qint64, userId, setUserId)
+    Q_PROPERTY(QObject *cotizaciones READ cotizaciones CONSTANT)
+public:
+    explicit MisCotizacionesViewModel(QObject *parent = nullptr);
+
+    /// In the order received; a row's identity is its position.
+    QAbstractItemModel *cotizaciones() { return &m_cotizaciones; }
+
+    /// Fetches the listing; to be called each time the screen comes on screen.
+    Q_INVOKABLE void cargarCotizaciones();
+
+private:
+    RecordListModel<DashboardResponse::Cotizacion> m_cotizaciones;
+};

@@ -1,0 +1,33 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Marovenda.Logistics
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    title: "Mis Paquetes"
+    scrolled: rows.contentY - rows.originY
+    onAppeared: viewModel.cargarPaquetes()
+
+    MisPaquetesViewModel { id: viewModel }
+
+    GroupedList {
+        id: rows
+        objectName: "rows"
+        anchors.fill: parent
+        title: screen.title
+        model: viewModel.paquetes
+        delegate: ListRow {
+            required property var tracking
+            required property var descripcion
+            required property var estado
+            list: rows
+            headline: "Tracking: " + (tracking ?? "N/A")
+            badge: (estado ?? "RECIBIDO").toUpperCase()
+            badgeColor: Theme.green
+            detail: descripcion ?? "Sin descripción"
+            spoken: headline + ", " + detail + ", " + badge
+        }
+    }
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "RecordListModel.h"
+#include "Records.h"
+#include "SessionState.h"
+#include "ViewModel.h"
+
+#include <QtQmlIntegration>
+
+/// All packages of the customer.
+class MisPaquetesViewModel : public ViewModel {
+    Q_OBJECT
+    QML_ELEMENT
+    using Self = MisPaquetesViewModel;
+    SESSION_STATE(qint64, userId, setUserId)
+    Q_PROPERTY(QObject *paquetes READ paquetes CONSTANT)
+public:
+    explicit MisPaquetesViewModel(QObject *parent = nullptr);
+
+    /// In the order received; a row's identity is its tracking number.
+    QAbstractItemModel *paquetes() { return &m_paquetes; }
+
+    /// Fetches the listing; to be called each time the screen comes on screen.
+    Q_INVOKABLE void cargarPaquetes();
+
+private:
+    RecordListModel<DashboardResponse::Paquete> m_paquetes;
+};

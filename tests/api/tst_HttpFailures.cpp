@@ -1,0 +1,223 @@
+#include "Exchanges.h"
+#include "MarovendaTest.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using Exchanges::get;
+using Exchanges::post;
+using Exchanges::send;
+using Script = ScriptedServer::Script;
+
+namespace {
+
+const QByteArray password = R"({"password":"once"})";
+
+Script answering(const QByteArray &bytes)
+{
+    return [bytes](const ScriptedServer::Request &, const ScriptedServer::AnswerPtr &answer) {
+        answer->raw(bytes);
+        answer->close();
+    };
+}
+
+} // namespace
+Q_DECLARE_METATYPE(Script)
+
+/// Connections that break: a POST is never sent twice, and what came of the reply counts.
+class HttpFailuresTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void cleanup() { server.clear(); }
+
+    void brokenConnectionIsNotTriedAgain_data();
+    void brokenConnectionIsNotTriedAgain();
+    void connectionThatEndsUnreadIsNotTriedAgain_data();
+    void connectionThatEndsUnreadIsNotTriedAgain();
+    void connectionThatEndsDuringTheUploadIsNotTriedAgain_data();
+    void connectionThatEndsDuringTheUploadIsNotTriedAgain();
+    void replyDuringTheUploadIsTaken();
+    void brokenGetCompletesOnce();
+
+private:
+    /// Every byte that any connection has brought.
+    int postsSeen() const { return int(QByteArray(everything).count("POST ")); }
+    int bodiesSeen() const { return int(QByteArray(everything).count(password)); }
+    /// Returns when a request sent now has been answered: what was sent before it has then come too.
+    void sendOneMore();
+
+    ScriptedServer server;
+    QByteArray everything;
+};
+
+void HttpFailuresTest::init()
+{
+    everything.clear();
+    server.onConnection([this](QTcpSocket *socket) {
+        // The bytes stay for the server's own reading, which is connected later.
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { everything += socket->peek(1 << 20); });
+        return false;
+    });
+}
+
+void HttpFailuresTest::sendOneMore()
+{
+    server.onConnection(nullptr);
+    server.onHead(nullptr);
+    server.reply("/last", "last");
+    const auto last = send(get(server, u"last"_s));
+    QTRY_COMPARE(last->completions, 1);
+    QCOMPARE(last->reply.body, "last");
+}
+
+void HttpFailuresTest::brokenConnectionIsNotTriedAgain_data()
+{
+    QTest::addColumn<Script>("script");
+    QTest::addColumn<QByteArray>("body");
+    const auto add = [](const char *what, const Script &script, const QByteArray &body = {}) {
+        QTest::newRow(what) << script << body;
+    };
+    const QByteArray head = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n";
+    const QByteArray chunks = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+    add("closed without an answer", answering({}));
+    add("reset without an answer", [](const auto &, const auto &answer) { answer->reset(); });
+    add("closed in the status line", answering("HTTP/1.1 2"));
+    add("closed after the status line", answering("HTTP/1.1 200 OK\r\n"));
+    add("closed in the head", answering("HTTP/1.1 200 OK\r\nContent-Le"));
+    add("closed after the head", answering(head));
+    add("closed in the body", answering(head + "{\"status\":\"succ"), "{\"status\":\"succ");
+    add("closed one byte before the end", answering(head + QByteArray(99, 'b')), QByteArray(99, 'b'));
+    add("closed in a chunk", answering(chunks + "5\r\nhello\r\n7\r\nwo"), "hellowo");
+    add("closed between chunks", answering(chunks + "5\r\nhello\r\n"), "hello");
+    add("closed before the last chunk's end", answering(chunks + "5\r\nhello\r\n0\r\n"), "hello");
+    add("closed after a provisional reply", answering("HTTP/1.1 100 Continue\r\n\r\n"));
+    add("garbage", answering("\x16\x03\x01 what is this\r\n\r\nnot HTTP\r\n"));
+    add("garbage without a line end", answering("garbage"));
+    add("other protocol", answering("SSH-2.0-OpenSSH\r\n"));
+    add("empty lines", answering("\r\n\r\n\r\n"));
+    add("no such version", answering("HTTP/9.9 200 OK\r\n\r\n"));
+    add("time-out of the server", answering("HTTP/1.1 408 Request Timeout\r\nConnection: close\r\n\r\n"));
+    add("closed though kept alive",
+        answering("HTTP/1.1 200 OK\r\nConnection: keep-alive\r\nContent-Length: 2\r\n\r\n{}"), "{}");
+    add("more than announced", answering("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}{}"), "{}");
+}
+
+void HttpFailuresTest::brokenConnectionIsNotTriedAgain()
+{
+    QFETCH(const Script, script);
+    server.on("/a", script);
+    for (int time = 1; time <= 5; ++time) {
+        const auto outcome = send(post(server, password));
+        QTRY_COMPARE(outcome->completions, 1);
+        sendOneMore();
+        init();
+        QCOMPARE(outcome->completions, 1);
+        QCOMPARE(server.requests().size(), 2 * time);
+        QCOMPARE(server.connections(), 2 * time);
+        QTEST(outcome->reply.body, "body");
+    }
+}
+
+void HttpFailuresTest::connectionThatEndsUnreadIsNotTriedAgain_data()
+{
+    QTest::addColumn<bool>("reset");
+    QTest::addColumn<bool>("afterSomeBytes");
+    QTest::newRow("closed at once") << false << false;
+    QTest::newRow("reset at once") << true << false;
+    QTest::newRow("closed with bytes unread") << false << true;
+    QTest::newRow("reset with bytes unread") << true << true;
+}
+
+void HttpFailuresTest::connectionThatEndsUnreadIsNotTriedAgain()
+{
+    QFETCH(const bool, reset);
+    QFETCH(const bool, afterSomeBytes);
+    for (int time = 1; time <= 5; ++time) {
+        everything.clear();
+        server.onConnection([&](QTcpSocket *socket) {
+            const auto end = [this, socket, reset] {
+                everything += socket->peek(1 << 20);
+                reset ? socket->abort() : socket->close();
+            };
+            if (afterSomeBytes)
+                connect(socket, &QTcpSocket::readyRead, socket, end);
+            else
+                end();
+            return true;
+        });
+        const auto outcome = send(post(server, password));
+        QTRY_COMPARE(outcome->completions, 1);
+        sendOneMore();
+        QCOMPARE(outcome->completions, 1);
+        QVERIFY(outcome->reply.body.isEmpty());
+        QVERIFY2(postsSeen() <= 1 && bodiesSeen() <= 1, everything.constData());
+        if (afterSomeBytes)
+            QCOMPARE(postsSeen(), 1);
+        QCOMPARE(server.connections(), 2 * time);
+    }
+}
+
+void HttpFailuresTest::connectionThatEndsDuringTheUploadIsNotTriedAgain_data()
+{
+    connectionThatEndsUnreadIsNotTriedAgain_data();
+}
+
+void HttpFailuresTest::connectionThatEndsDuringTheUploadIsNotTriedAgain()
+{
+    QFETCH(const bool, reset);
+    QFETCH(const bool, afterSomeBytes);
+    const QByteArray photo(20 * 1024 * 1024, 'p');
+    for (int time = 1; time <= 3; ++time) {
+        everything.clear();
+        qint64 taken = 0;
+        server.onConnection([&](QTcpSocket *socket) {
+            connect(socket, &QTcpSocket::readyRead, socket, [&, socket] {
+                const QByteArray bytes = socket->readAll();
+                taken += bytes.size();
+                everything += bytes.first(qMin<qsizetype>(bytes.size(), 100));
+                if (taken > (afterSomeBytes ? 1'000'000 : 0))
+                    reset ? socket->abort() : socket->close();
+            });
+            return true;
+        });
+        const auto outcome = send(post(server, photo));
+        QTRY_COMPARE(outcome->completions, 1);
+        sendOneMore();
+        QCOMPARE(outcome->completions, 1);
+        QVERIFY(outcome->reply.body.isEmpty());
+        QCOMPARE(postsSeen(), 1);
+        QCOMPARE(server.connections(), 2 * time);
+    }
+}
+
+void HttpFailuresTest::replyDuringTheUploadIsTaken()
+{
+    // A server that refuses a large body need not read it.
+    server.onHead([](const ScriptedServer::Request &request, const ScriptedServer::AnswerPtr &answer) {
+        if (request.method == "POST")
+            answer->send("{\"status\":\"error\"}", 413, {}, true);
+        return request.method == "POST";
+    });
+    const auto outcome = send(post(server, QByteArray(20 * 1024 * 1024, 'p')));
+    QTRY_COMPARE_WITH_TIMEOUT(outcome->completions, 1, 20'000);
+    QCOMPARE(outcome->reply.status, 413);
+    QCOMPARE(outcome->reply.body, "{\"status\":\"error\"}");
+    sendOneMore();
+    QCOMPARE(server.connections(), 2);
+}
+
+void HttpFailuresTest::brokenGetCompletesOnce()
+{
+    for (const QByteArray &answer : {""_ba, "HTTP/1.1 2"_ba, "garbage"_ba}) {
+        server.on("/a", answering(answer));
+        const auto outcome = send(get(server));
+        QTRY_COMPARE(outcome->completions, 1);
+        sendOneMore();
+        QCOMPARE(outcome->completions, 1);
+        QVERIFY(outcome->reply.body.isEmpty());
+    }
+}
+
+MAROVENDA_TEST_MAIN(HttpFailuresTest)
+#include "tst_HttpFailures.moc"

@@ -1,0 +1,106 @@
+import QtQuick
+import Marovenda.Ui
+
+AppScreen {
+    id: screen
+
+    barHidden: true
+
+    DeveloperViewModel { id: viewModel }
+
+    Scroller {
+        id: scroller
+        anchors.fill: parent
+
+        Item {
+            id: page
+            readonly property real inner: width - 48
+            width: parent.width
+            implicitHeight: 24 + middle.height + 24 + volver.height + 24 + 2 * 24
+            height: Math.max(scroller.height, implicitHeight)
+
+            Column {
+                id: middle
+                width: page.inner
+                x: 24
+                // In the middle of what the button leaves, by the two springs around it.
+                y: 24 + (volver.y - 24 - height) / 2
+                spacing: 24
+
+                Image {
+                    objectName: "logo"
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    width: 140
+                    height: 140
+                    fillMode: Image.PreserveAspectFit
+                    source: "qrc:/marovenda/images/corvandel.png"
+                }
+                Column {
+                    width: parent.width
+                    spacing: 6
+                    AppText {
+                        width: parent.width
+                        text: "Corvandel"
+                        textStyle: Theme.title
+                        bold: true
+                        horizontalAlignment: Text.AlignHCenter
+                        Accessible.role: Accessible.Heading
+                    }
+                    AppText {
+                        width: parent.width
+                        text: "Desarrollo de Software & IT Solutions"
+                        textStyle: Theme.subheadline
+                        color: Theme.grey
+                        horizontalAlignment: Text.AlignHCenter
+                    }
+                }
+                Card {
+                    objectName: "card"
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    width: Math.min(implicitWidth, parent.width)
+                    radius: 20
+                    padding: 20
+
+                    contentItem: Column {
+                        id: links
+                        readonly property real most: page.inner - 40
+                        spacing: 16
+                        LinkRow {
+                            objectName: "sitio"
+                            anchors.horizontalCenter: parent.horizontalCenter
+                            visible: viewModel.haySitio
+                            width: Math.min(implicitWidth, links.most)
+                            label: "🌐 Sitio Web:"
+                            target: viewModel.sitioTexto
+                            onClicked: viewModel.abrir(viewModel.sitio)
+                        }
+                        Hairline {
+                            objectName: "divider"
+                            width: links.width
+                        }
+                        LinkRow {
+                            objectName: "correo"
+                            anchors.horizontalCenter: parent.horizontalCenter
+                            visible: viewModel.hayCorreo
+                            width: Math.min(implicitWidth, links.most)
+                            label: "✉️ Correo:"
+                            target: viewModel.correoTexto
+                            targetStyle: Theme.footnote
+                            onClicked: viewModel.abrir(viewModel.correo)
+                        }
+                    }
+                }
+            }
+            PrimaryButton {
+                id: volver
+                objectName: "volver"
+                x: 24
+                y: page.height - 24 - height
+                width: page.inner
+                text: "Volver al Panel"
+                textStyle: Theme.headline
+                onClicked: screen.back()
+            }
+        }
+    }
+}

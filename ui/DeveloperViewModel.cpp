@@ -1,0 +1,13 @@
+#include "DeveloperViewModel.h"
+
+#include "Deployment.h"
+#include "Links.h"
+
+using namespace Qt::StringLiterals;
+
+QUrl DeveloperViewModel::sitio() const { return Links::fromText(Deployment::developerSite()); }
+QString DeveloperViewModel::sitioTexto() const { return Deployment::developerSiteText(); }
+QUrl DeveloperViewModel::correo() const { return Links::fromText(u"mailto:"_s + Deployment::developerEmail()); }
+QString DeveloperViewModel::correoTexto() const { return Deployment::developerEmail(); }
+
+void DeveloperViewModel::abrir(const QUrl &link) const { Links::open(link); }

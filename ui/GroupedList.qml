@@ -1,0 +1,41 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import Marovenda.Ui
+
+// Rows of a white group on the screen's background, below a large title that scrolls away with them. Only the rows in view
+// exist as items. A delegate is a GroupedRow.
+ListView {
+    id: list
+
+    property string title: ""
+    readonly property real columnWidth: Math.min(width, Theme.columnWidth)
+    readonly property real side: (width - columnWidth) / 2 + 16
+
+    boundsBehavior: contentHeight > height ? Flickable.DragAndOvershootBounds : Flickable.StopAtBounds
+    interactive: contentHeight > height
+    reuseItems: true
+    focus: true
+    activeFocusOnTab: count > 0
+    keyNavigationEnabled: true
+
+    Accessible.role: Accessible.List
+    Accessible.name: list.title
+    Accessible.ignored: !list.enabled
+
+    header: Item {
+        width: list.width
+        implicitHeight: heading.implicitHeight + Theme.spacing
+        LargeTitle {
+            id: heading
+            x: (list.width - list.columnWidth) / 2
+            width: list.columnWidth
+            text: list.title
+        }
+    }
+    footer: Item {
+        width: list.width
+        height: 24
+    }
+
+    ScrollIndicator { area: list }
+}

@@ -1,0 +1,41 @@
+import QtQuick
+import Marovenda.Ui
+
+// One photo of the picker's grid.
+Item {
+    id: cell
+
+    required property url file
+    required property string name
+    property real gap: 3
+    property bool current: false
+
+    signal chosen()
+
+    Accessible.role: Accessible.Button
+    Accessible.name: cell.name
+    Accessible.focusable: true
+    Accessible.focused: cell.current
+    Accessible.ignored: !cell.enabled
+    Accessible.onPressAction: cell.chosen()
+
+    Rectangle {
+        anchors.fill: view
+        color: Theme.greyFill
+    }
+    PhotoView {
+        id: view
+        anchors.fill: parent
+        anchors.margins: cell.gap / 2
+        square: true
+        file: cell.file
+    }
+    Rectangle {
+        anchors.fill: view
+        visible: cell.current
+        color: "transparent"
+        border.color: Theme.blue
+        border.width: 3
+    }
+    TapHandler { onTapped: cell.chosen() }
+}

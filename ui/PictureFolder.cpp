@@ -1,0 +1,91 @@
+#include "PictureFolder.h"
+
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QPointer>
+#include <QStandardPaths>
+#include <QThreadPool>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int fileRole = Qt::UserRole;
+constexpr int nameRole = Qt::UserRole + 1;
+
+QStringList picturesByAge(const QString &folder)
+{
+    const QStringList endings{u"*.jpg"_s, u"*.jpeg"_s, u"*.png"_s, u"*.webp"_s, u"*.gif"_s, u"*.bmp"_s};
+    QList<std::pair<QDateTime, QString>> found;
+    QDirIterator each(folder, endings, QDir::Files | QDir::Readable, QDirIterator::Subdirectories);
+    while (each.hasNext()) {
+        const QString path = each.next();
+        found.append({each.fileInfo().lastModified(), path});
+        // Kept short while it grows, so that a huge folder takes no huge memory.
+        if (found.size() > 4 * PictureFolder::most) {
+            std::nth_element(found.begin(), found.begin() + PictureFolder::most, found.end(), std::greater<>());
+            found.resize(PictureFolder::most);
+        }
+    }
+    std::sort(found.begin(), found.end(), std::greater<>());
+    QStringList paths;
+    for (const auto &[time, path] : found.first(std::min(found.size(), PictureFolder::most)))
+        paths.append(path);
+    return paths;
+}
+
+} // namespace
+
+void PictureList::setFiles(const QStringList &files)
+{
+    beginResetModel();
+    m_files = files;
+    endResetModel();
+}
+
+int PictureList::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_files.size());
+}
+
+QVariant PictureList::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const QString &path = m_files[index.row()];
+    switch (role) {
+    case fileRole:
+        return QUrl::fromLocalFile(path);
+    case nameRole:
+        return QFileInfo(path).completeBaseName();
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> PictureList::roleNames() const { return { { fileRole, "file" }, { nameRole, "name" } }; }
+
+void PictureFolder::refresh()
+{
+    setReady(false);
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    const QPointer<PictureFolder> self(this);
+    QThreadPool::globalInstance()->start([self, folder] {
+        const QStringList files = picturesByAge(folder);
+        const auto show = [self, files] {
+            if (!self)
+                return;
+            self->m_pictures.setFiles(files);
+            self->setReady(true);
+        };
+        QMetaObject::invokeMethod(qApp, show, Qt::QueuedConnection);
+    });
+}
+
+void PictureFolder::setReady(bool ready)
+{
+    m_ready = ready;
+    emit readyChanged();
+}

@@ -1,0 +1,18 @@
+import QtQuick
+
+// The thin bar at the right of a scroll area while it moves.
+Rectangle {
+    id: indicator
+
+    required property Flickable area
+
+    parent: area
+    z: 2
+    visible: area.interactive && area.moving
+    x: area.width - width - 3
+    y: 2 + (area.height - 4) * Math.max(0, area.visibleArea.yPosition)
+    width: 3
+    height: Math.max(24, (area.height - 4) * area.visibleArea.heightRatio)
+    radius: 1.5
+    color: Qt.rgba(0, 0, 0, 0.35)
+}
