@@ -5,7 +5,9 @@
 
 #include <QByteArrayList>
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QThread>
+#include <QTimer>
 
 #include <array>
 #include <memory>
@@ -32,6 +34,17 @@ inline std::shared_ptr<Outcome> send(const HttpRequest &request, const HttpLimit
         },
         limits);
     return outcome;
+}
+
+/// Waits until an exchange has ended; false when it has not, or more than once, in a time that is long for a test.
+inline bool completed(const std::shared_ptr<Outcome> &outcome)
+{
+    const QDeadlineTimer deadline(20'000);
+    QTimer wake;
+    wake.start(1000);
+    while (outcome->completions == 0 && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    return outcome->completions == 1;
 }
 
 inline HttpRequest get(const ScriptedServer &server, const QString &path = QStringLiteral("a"))

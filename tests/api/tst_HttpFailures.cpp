@@ -3,7 +3,10 @@
 
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
+using Exchanges::completed;
 using Exchanges::get;
 using Exchanges::post;
 using Exchanges::send;
@@ -41,22 +44,24 @@ private Q_SLOTS:
     void brokenGetCompletesOnce();
 
 private:
-    /// Every byte that any connection has brought.
-    int postsSeen() const { return int(QByteArray(everything).count("POST ")); }
-    int bodiesSeen() const { return int(QByteArray(everything).count(password)); }
-    /// Returns when a request sent now has been answered: what was sent before it has then come too.
+    /// Sends a request and waits for its reply: what was sent before it has then come too.
     void sendOneMore();
+    /// The POSTs whose head has come, on whatever connection. The platform may open another after a broken one, but
+    /// must not send anything over it.
+    int posts() const { return heads + int(raw.count("POST ")); }
 
     ScriptedServer server;
-    QByteArray everything;
+    int heads = 0;
+    /// What came over connections that a test reads by itself.
+    QByteArray raw;
 };
 
 void HttpFailuresTest::init()
 {
-    everything.clear();
-    server.onConnection([this](QTcpSocket *socket) {
-        // The bytes stay for the server's own reading, which is connected later.
-        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { everything += socket->peek(1 << 20); });
+    heads = 0;
+    raw.clear();
+    server.onHead([this](const ScriptedServer::Request &request, const ScriptedServer::AnswerPtr &) {
+        heads += request.method == "POST";
         return false;
     });
 }
@@ -64,10 +69,9 @@ void HttpFailuresTest::init()
 void HttpFailuresTest::sendOneMore()
 {
     server.onConnection(nullptr);
-    server.onHead(nullptr);
     server.reply("/last", "last");
     const auto last = send(get(server, u"last"_s));
-    QTRY_COMPARE(last->completions, 1);
+    QVERIFY(completed(last));
     QCOMPARE(last->reply.body, "last");
 }
 
@@ -90,7 +94,6 @@ void HttpFailuresTest::brokenConnectionIsNotTriedAgain_data()
     add("closed one byte before the end", answering(head + QByteArray(99, 'b')), QByteArray(99, 'b'));
     add("closed in a chunk", answering(chunks + "5\r\nhello\r\n7\r\nwo"), "hellowo");
     add("closed between chunks", answering(chunks + "5\r\nhello\r\n"), "hello");
-    add("closed before the last chunk's end", answering(chunks + "5\r\nhello\r\n0\r\n"), "hello");
     add("closed after a provisional reply", answering("HTTP/1.1 100 Continue\r\n\r\n"));
     add("garbage", answering("\x16\x03\x01 what is this\r\n\r\nnot HTTP\r\n"));
     add("garbage without a line end", answering("garbage"));
@@ -107,14 +110,14 @@ void HttpFailuresTest::brokenConnectionIsNotTriedAgain()
 {
     QFETCH(const Script, script);
     server.on("/a", script);
-    for (int time = 1; time <= 5; ++time) {
+    for (int time = 1; time <= 10; ++time) {
         const auto outcome = send(post(server, password));
-        QTRY_COMPARE(outcome->completions, 1);
+        QVERIFY(completed(outcome));
         sendOneMore();
-        init();
         QCOMPARE(outcome->completions, 1);
-        QCOMPARE(server.requests().size(), 2 * time);
-        QCOMPARE(server.connections(), 2 * time);
+        QCOMPARE(posts(), time);
+        const auto &requests = server.requests();
+        QCOMPARE(std::ranges::count(requests, password, &ScriptedServer::Request::body), time);
         QTEST(outcome->reply.body, "body");
     }
 }
@@ -133,11 +136,11 @@ void HttpFailuresTest::connectionThatEndsUnreadIsNotTriedAgain()
 {
     QFETCH(const bool, reset);
     QFETCH(const bool, afterSomeBytes);
-    for (int time = 1; time <= 5; ++time) {
-        everything.clear();
+    for (int time = 1; time <= 10; ++time) {
+        init();
         server.onConnection([&](QTcpSocket *socket) {
             const auto end = [this, socket, reset] {
-                everything += socket->peek(1 << 20);
+                raw += socket->peek(1 << 20);
                 reset ? socket->abort() : socket->close();
             };
             if (afterSomeBytes)
@@ -147,14 +150,11 @@ void HttpFailuresTest::connectionThatEndsUnreadIsNotTriedAgain()
             return true;
         });
         const auto outcome = send(post(server, password));
-        QTRY_COMPARE(outcome->completions, 1);
+        QVERIFY(completed(outcome));
         sendOneMore();
         QCOMPARE(outcome->completions, 1);
         QVERIFY(outcome->reply.body.isEmpty());
-        QVERIFY2(postsSeen() <= 1 && bodiesSeen() <= 1, everything.constData());
-        if (afterSomeBytes)
-            QCOMPARE(postsSeen(), 1);
-        QCOMPARE(server.connections(), 2 * time);
+        QCOMPARE(posts(), afterSomeBytes ? 1 : 0);
     }
 }
 
@@ -169,42 +169,42 @@ void HttpFailuresTest::connectionThatEndsDuringTheUploadIsNotTriedAgain()
     QFETCH(const bool, afterSomeBytes);
     const QByteArray photo(20 * 1024 * 1024, 'p');
     for (int time = 1; time <= 3; ++time) {
-        everything.clear();
+        init();
         qint64 taken = 0;
         server.onConnection([&](QTcpSocket *socket) {
             connect(socket, &QTcpSocket::readyRead, socket, [&, socket] {
                 const QByteArray bytes = socket->readAll();
                 taken += bytes.size();
-                everything += bytes.first(qMin<qsizetype>(bytes.size(), 100));
+                raw += bytes.first(qMin<qsizetype>(bytes.size(), 100));
                 if (taken > (afterSomeBytes ? 1'000'000 : 0))
                     reset ? socket->abort() : socket->close();
             });
             return true;
         });
         const auto outcome = send(post(server, photo));
-        QTRY_COMPARE(outcome->completions, 1);
+        QVERIFY(completed(outcome));
         sendOneMore();
         QCOMPARE(outcome->completions, 1);
         QVERIFY(outcome->reply.body.isEmpty());
-        QCOMPARE(postsSeen(), 1);
-        QCOMPARE(server.connections(), 2 * time);
+        QCOMPARE(posts(), 1);
     }
 }
 
 void HttpFailuresTest::replyDuringTheUploadIsTaken()
 {
     // A server that refuses a large body need not read it.
-    server.onHead([](const ScriptedServer::Request &request, const ScriptedServer::AnswerPtr &answer) {
+    server.onHead([this](const ScriptedServer::Request &request, const ScriptedServer::AnswerPtr &answer) {
+        heads += request.method == "POST";
         if (request.method == "POST")
             answer->send("{\"status\":\"error\"}", 413, {}, true);
         return request.method == "POST";
     });
     const auto outcome = send(post(server, QByteArray(20 * 1024 * 1024, 'p')));
-    QTRY_COMPARE_WITH_TIMEOUT(outcome->completions, 1, 20'000);
+    QVERIFY(completed(outcome));
     QCOMPARE(outcome->reply.status, 413);
     QCOMPARE(outcome->reply.body, "{\"status\":\"error\"}");
     sendOneMore();
-    QCOMPARE(server.connections(), 2);
+    QCOMPARE(posts(), 1);
 }
 
 void HttpFailuresTest::brokenGetCompletesOnce()
@@ -212,7 +212,7 @@ void HttpFailuresTest::brokenGetCompletesOnce()
     for (const QByteArray &answer : {""_ba, "HTTP/1.1 2"_ba, "garbage"_ba}) {
         server.on("/a", answering(answer));
         const auto outcome = send(get(server));
-        QTRY_COMPARE(outcome->completions, 1);
+        QVERIFY(completed(outcome));
         sendOneMore();
         QCOMPARE(outcome->completions, 1);
         QVERIFY(outcome->reply.body.isEmpty());

@@ -7,6 +7,7 @@
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using Exchanges::completed;
 using Exchanges::get;
 using Exchanges::post;
 using Exchanges::send;
@@ -26,6 +27,7 @@ private Q_SLOTS:
     void compressedReplyCountsUnpacked();
     void silenceEndsTheExchange_data();
     void silenceEndsTheExchange();
+    void replyThatLacksItsLastLineEndCompletes();
     void serverThatReadsNothingEndsTheExchange();
     void slowReplyGoesOn_data();
     void slowReplyGoesOn();
@@ -73,7 +75,7 @@ void HttpLimitsTest::replyUpToTheLimitIsTaken()
     });
     for (const HttpRequest &request : {post(server, "{}"), get(server)}) {
         const auto outcome = send(request, sized(5000));
-        QTRY_COMPARE(outcome->completions, 1);
+        QVERIFY(completed(outcome));
         QVERIFY(outcome->reply.body == (taken ? body : QByteArray()));
     }
 }
@@ -84,7 +86,7 @@ void HttpLimitsTest::announcedSizeBeyondTheLimitEndsTheExchange()
         answer->raw("HTTP/1.1 200 OK\r\nContent-Length: 1000000000000\r\n\r\nfirst bytes");
     });
     const auto outcome = send(post(server, "{}"), sized(5000));
-    QTRY_COMPARE(outcome->completions, 1);
+    QVERIFY(completed(outcome));
     QVERIFY(outcome->reply.body.isEmpty());
 }
 
@@ -97,7 +99,7 @@ void HttpLimitsTest::endlessReplyEndsTheExchange()
         more.start(0);
     });
     const auto outcome = send(post(server, "{}"), sized(1'000'000));
-    QTRY_COMPARE(outcome->completions, 1);
+    QVERIFY(completed(outcome));
     QVERIFY(outcome->reply.body.isEmpty());
 }
 
@@ -120,7 +122,7 @@ void HttpLimitsTest::compressedReplyCountsUnpacked()
     server.on("/a",
               [&](const auto &, const auto &answer) { answer->send(packed, 200, "Content-Encoding: gzip\r\n"); });
     const auto outcome = send(post(server, "{}"), sized(1'000'000));
-    QTRY_COMPARE(outcome->completions, 1);
+    QVERIFY(completed(outcome));
     QVERIFY(outcome->reply.body == (taken ? body : QByteArray()));
 }
 
@@ -147,7 +149,7 @@ void HttpLimitsTest::silenceEndsTheExchange()
         QElapsedTimer time;
         time.start();
         const auto outcome = send(request, silent(300ms));
-        QTRY_COMPARE(outcome->completions, 1);
+        QVERIFY(completed(outcome));
         // The platform's coarse timers may be early by a twentieth.
         QVERIFY2(time.elapsed() >= 285, QByteArray::number(time.elapsed()).constData());
         QVERIFY(outcome->reply.body.isEmpty());
@@ -158,6 +160,19 @@ void HttpLimitsTest::silenceEndsTheExchange()
     QCOMPARE(server.requests().size(), 2);
 }
 
+void HttpLimitsTest::replyThatLacksItsLastLineEndCompletes()
+{
+    // The platform may wait for the rest although the connection is closed.
+    server.on("/a", [](const auto &, const auto &answer) {
+        answer->raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhello\r\n0\r\n");
+        answer->close();
+    });
+    const auto outcome = send(post(server, "{}"), silent(300ms));
+    QVERIFY(completed(outcome));
+    QVERIFY(outcome->reply.body == "hello" || outcome->reply.body.isEmpty());
+    QCOMPARE(server.requests().size(), 1);
+}
+
 void HttpLimitsTest::serverThatReadsNothingEndsTheExchange()
 {
     server.onConnection([](QTcpSocket *socket) {
@@ -165,7 +180,7 @@ void HttpLimitsTest::serverThatReadsNothingEndsTheExchange()
         return true;
     });
     const auto outcome = send(post(server, QByteArray(50 * 1024 * 1024, 'p')), silent(300ms));
-    QTRY_COMPARE(outcome->completions, 1);
+    QVERIFY(completed(outcome));
     QCOMPARE(outcome->reply.error, QNetworkReply::OperationCanceledError);
     QCOMPARE(server.connections(), 1);
 }
@@ -198,7 +213,7 @@ void HttpLimitsTest::slowReplyGoesOn()
     QElapsedTimer time;
     time.start();
     const auto outcome = send(post(server, "{}"), silent(800ms));
-    QTRY_COMPARE_WITH_TIMEOUT(outcome->completions, 1, 20'000);
+    QVERIFY(completed(outcome));
     QCOMPARE(outcome->reply.body, body);
     QVERIFY(time.elapsed() > 1000);
 }
@@ -223,7 +238,7 @@ void HttpLimitsTest::slowUploadGoesOn()
     QElapsedTimer time;
     time.start();
     const auto outcome = send(post(server, photo), silent(800ms));
-    QTRY_COMPARE_WITH_TIMEOUT(outcome->completions, 1, 20'000);
+    QVERIFY(completed(outcome));
     QCOMPARE(outcome->reply.body, "{}");
     QVERIFY2(time.elapsed() > 1000, QByteArray::number(time.elapsed()).constData());
 }
