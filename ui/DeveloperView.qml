@@ -69,8 +69,9 @@ AppScreen {
                             objectName: "sitio"
                             anchors.horizontalCenter: parent.horizontalCenter
                             visible: viewModel.haySitio
-                            width: Math.min(implicitWidth, links.most)
-                            label: "🌐 Sitio Web:"
+                            most: links.most
+                            emoji: "🌐"
+                            label: "Sitio Web:"
                             target: viewModel.sitioTexto
                             onClicked: viewModel.abrir(viewModel.sitio)
                         }
@@ -82,8 +83,9 @@ AppScreen {
                             objectName: "correo"
                             anchors.horizontalCenter: parent.horizontalCenter
                             visible: viewModel.hayCorreo
-                            width: Math.min(implicitWidth, links.most)
-                            label: "✉️ Correo:"
+                            most: links.most
+                            emoji: "✉️"
+                            label: "Correo:"
                             target: viewModel.correoTexto
                             targetStyle: Theme.footnote
                             onClicked: viewModel.abrir(viewModel.correo)

@@ -1,4 +1,3 @@
-pragma ComponentBehavior: Bound
 import QtQuick
 import Marovenda.Ui
 
@@ -17,11 +16,14 @@ ListView {
     focus: true
     activeFocusOnTab: count > 0
     keyNavigationEnabled: true
+    // A current row would be scrolled to, past the title, whenever the rows change.
+    currentIndex: -1
 
     Accessible.role: Accessible.List
     Accessible.name: list.title
     Accessible.ignored: !list.enabled
 
+    // qmllint disable unqualified
     header: Item {
         width: list.width
         implicitHeight: heading.implicitHeight + Theme.spacing
@@ -36,6 +38,7 @@ ListView {
         width: list.width
         height: 24
     }
+    // qmllint enable unqualified
 
     ScrollIndicator { area: list }
 }

@@ -1,33 +1,51 @@
 import QtQuick
 import Marovenda.Ui
 
-// A label and what it links to; a tap anywhere on it follows the link.
+// A label and what it links to, below each other where they do not fit side by side; a tap anywhere follows the link.
 Pressable {
     id: link
 
+    required property string emoji
     required property string label
     required property string target
+    // The width that is there for it.
+    required property real most
     property TextStyle targetStyle: Theme.body
 
-    text: link.label + " " + link.target
+    text: link.emoji + " " + link.label + " " + link.target
 
-    contentItem: Flow {
+    contentItem: Grid {
+        columns: name.width + spacing + targetText.implicitWidth <= link.most ? 2 : 1
         spacing: Theme.spacing
-        AppText {
-            text: link.label
-            bold: true
-            wrapMode: Text.NoWrap
-            partOfControl: true
+        verticalItemAlignment: Grid.AlignVCenter
+        horizontalItemAlignment: Grid.AlignHCenter
+
+        Row {
+            id: name
+            spacing: 4
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: link.emoji
+                // The text faces have some of these in black and white.
+                font.family: "Noto Color Emoji"
+                font.pixelSize: Theme.body.size
+                textFormat: Text.PlainText
+            }
+            AppText {
+                text: link.label
+                bold: true
+                wrapMode: Text.NoWrap
+                partOfControl: true
+            }
         }
         AppText {
-            width: Math.min(implicitWidth, link.width)
-            height: Math.max(implicitHeight, Theme.body.line)
+            id: targetText
+            width: Math.min(implicitWidth, link.most)
             text: link.target
             textStyle: link.targetStyle
             bold: true
             color: Theme.blue
             wrapMode: Text.WrapAnywhere
-            verticalAlignment: Text.AlignVCenter
             partOfControl: true
         }
     }

@@ -1,0 +1,311 @@
+#include "ApiClient.h"
+#include "MarovendaTest.h"
+#include "RecordTools.h"
+#include "ScriptedServer.h"
+#include "TestDeployment.h"
+
+#include <QTest>
+#include <QThread>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+using RecordTools::with;
+
+namespace {
+
+/// What a completion got.
+template <Record R>
+struct Delivery {
+    int count = 0;
+    bool onMainThread = false;
+    std::optional<R> record;
+};
+
+template <Record Reply, Record Body>
+std::shared_ptr<Delivery<Reply>> post(const QString &endpoint, const Body &body)
+{
+    const auto delivery = std::make_shared<Delivery<Reply>>();
+    ApiClient::instance().post<Reply>(endpoint, body, [delivery](std::optional<Reply> record) {
+        ++delivery->count;
+        delivery->onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
+        delivery->record = std::move(record);
+    });
+    return delivery;
+}
+
+std::shared_ptr<Delivery<DashboardResponse>> fetch(qint64 userId)
+{
+    const auto delivery = std::make_shared<Delivery<DashboardResponse>>();
+    ApiClient::instance().fetchDashboard(userId, [delivery](std::optional<DashboardResponse> record) {
+        ++delivery->count;
+        delivery->record = std::move(record);
+    });
+    return delivery;
+}
+
+} // namespace
+
+/// One call of a screen is one exchange and one completion.
+class ApiClientTest : public QObject {
+    Q_OBJECT
+public:
+    ApiClientTest() { TestDeployment::values().baseUrl = server.baseUrl(); }
+
+private Q_SLOTS:
+    void cleanup() { server.clear(); }
+
+    void thereIsOneClient();
+    void everyRequestGoesToItsEndpoint();
+    void everyReplyIsReadAsItsRecord();
+    void listingIsAskedForByNumber_data();
+    void listingIsAskedForByNumber();
+    void replyIsReadWhateverItsStatus_data();
+    void replyIsReadWhateverItsStatus();
+    void replyThatCannotBeReadIsAbsent_data();
+    void replyThatCannotBeReadIsAbsent();
+    void wholeBodyOfABrokenReplyIsRead();
+    void noConnectionIsAbsent();
+    void recordThatCannotBeWrittenIsSentWithoutABody();
+    void recordIsWrittenBeforeTheCallReturns();
+    void completionComesLaterOnTheMainThread();
+    void completionsComeInTheOrderOfFinishing();
+    void overlappingCallsAreIndependent();
+    void capturesLiveUntilTheCompletionHasRun();
+    void completionMayCallAgain();
+
+private:
+    ScriptedServer server;
+};
+
+void ApiClientTest::thereIsOneClient()
+{
+    QCOMPARE(&ApiClient::instance(), &ApiClient::instance());
+    static_assert(!std::is_copy_constructible_v<ApiClient> && !std::is_move_constructible_v<ApiClient>);
+    static_assert(!std::is_default_constructible_v<ApiClient>);
+}
+
+void ApiClientTest::everyRequestGoesToItsEndpoint()
+{
+    RecordTools::forEachRecord<RecordTools::Requests>([&]<class R>(const R &) {
+        const R request = RecordTools::filled<R>();
+        server.reply("/api_x.php", "{}");
+        const auto delivery = post<StandardResponse>(u"api_x.php"_s, request);
+        QTRY_COMPARE(delivery->count, 1);
+        const auto &sent = server.requests().last();
+        QCOMPARE(sent.method, "POST");
+        QCOMPARE(sent.path, "/api_x.php");
+        QCOMPARE(sent.header("Content-Type"), "application/json");
+        QCOMPARE(sent.body, Json::write(request).value());
+    });
+    QCOMPARE(server.requests().size(), 7);
+}
+
+void ApiClientTest::everyReplyIsReadAsItsRecord()
+{
+    RecordTools::forEachRecord<RecordTools::Replies>([&]<class R>(const R &) {
+        const R reply = RecordTools::filled<R>();
+        server.reply("/a", Json::write(reply).value());
+        const auto delivery = post<R>(u"a"_s, LoginRequest());
+        QTRY_COMPARE(delivery->count, 1);
+        QVERIFY(delivery->record && RecordTools::same(*delivery->record, reply));
+    });
+}
+
+void ApiClientTest::listingIsAskedForByNumber_data()
+{
+    QTest::addColumn<qint64>("userId");
+    QTest::addColumn<QByteArray>("path");
+    const auto add = [](qint64 id, const char *text) {
+        QTest::newRow(text) << id << QByteArray("/api_paquetes.php?user_id=") + text;
+    };
+    add(0, "0");
+    add(7, "7");
+    add(-3, "-3");
+    add(1'000'000, "1000000");
+    add(std::numeric_limits<qint64>::max(), "9223372036854775807");
+    add(std::numeric_limits<qint64>::min(), "-9223372036854775808");
+}
+
+void ApiClientTest::listingIsAskedForByNumber()
+{
+    QFETCH(const qint64, userId);
+    const auto reply = RecordTools::filled<DashboardResponse>();
+    server.reply("/api_paquetes.php", Json::write(reply).value());
+    const auto delivery = fetch(userId);
+    QTRY_COMPARE(delivery->count, 1);
+    QVERIFY(delivery->record && RecordTools::same(*delivery->record, reply));
+    QCOMPARE(server.requests().size(), 1);
+    const auto &sent = server.requests().first();
+    QCOMPARE(sent.method, "GET");
+    QTEST(sent.path, "path");
+    QVERIFY(sent.body.isEmpty());
+    QVERIFY(sent.header("Content-Type").isNull());
+    QVERIFY(sent.header("Content-Length").isNull());
+}
+
+void ApiClientTest::replyIsReadWhateverItsStatus_data()
+{
+    QTest::addColumn<int>("status");
+    for (const int status : {200, 201, 302, 400, 401, 404, 500, 503})
+        QTest::addRow("%d", status) << status;
+}
+
+void ApiClientTest::replyIsReadWhateverItsStatus()
+{
+    QFETCH(const int, status);
+    server.reply("/api_perfil.php", R"({"status":"error","message":"No se pudo guardar"})", status);
+    const auto delivery = post<StandardResponse>(u"api_perfil.php"_s, PerfilRequest());
+    QTRY_COMPARE(delivery->count, 1);
+    QVERIFY(delivery->record);
+    QCOMPARE(delivery->record->status, u"error"_s);
+    QCOMPARE(delivery->record->message, u"No se pudo guardar"_s);
+}
+
+void ApiClientTest::replyThatCannotBeReadIsAbsent_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("empty") << ""_ba;
+    QTest::newRow("page") << "<html></html>"_ba;
+    QTest::newRow("text before it") << "Notice: x\n{\"status\":\"success\"}"_ba;
+    QTest::newRow("wrong type") << R"({"status":"success","id":42})"_ba;
+    QTest::newRow("array") << "[]"_ba;
+    QTest::newRow("null") << "null"_ba;
+    QTest::newRow("cut") << R"({"status":"success")"_ba;
+    QTest::newRow("byte-order mark alone") << "\xEF\xBB\xBF"_ba;
+}
+
+void ApiClientTest::replyThatCannotBeReadIsAbsent()
+{
+    QFETCH(const QByteArray, body);
+    for (const int status : {200, 500}) {
+        server.reply("/api_login.php", body, status);
+        const auto delivery = post<LoginResponse>(u"api_login.php"_s, LoginRequest());
+        QTRY_COMPARE(delivery->count, 1);
+        QVERIFY(!delivery->record);
+    }
+}
+
+void ApiClientTest::wholeBodyOfABrokenReplyIsRead()
+{
+    server.on("/a", [](const auto &, const auto &answer) {
+        answer->raw("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n{\"status\":\"success\"}");
+        answer->close();
+    });
+    const auto delivery = post<StandardResponse>(u"a"_s, LoginRequest());
+    QTRY_COMPARE(delivery->count, 1);
+    QVERIFY(delivery->record);
+    QCOMPARE(delivery->record->status, u"success"_s);
+}
+
+void ApiClientTest::noConnectionIsAbsent()
+{
+    server.onConnection([](QTcpSocket *socket) {
+        socket->abort();
+        return true;
+    });
+    const auto posted = post<LoginResponse>(u"api_login.php"_s, LoginRequest());
+    const auto fetched = fetch(7);
+    QCOMPARE(posted->count + fetched->count, 0);
+    QTRY_COMPARE(posted->count, 1);
+    QTRY_COMPARE(fetched->count, 1);
+    QVERIFY(!posted->record && !fetched->record);
+}
+
+void ApiClientTest::recordThatCannotBeWrittenIsSentWithoutABody()
+{
+    server.reply("/api_cotizar.php", R"({"status":"success"})");
+    const auto request = with(&CotizacionRequest::peso, std::numeric_limits<double>::quiet_NaN());
+    const auto delivery = post<StandardResponse>(u"api_cotizar.php"_s, request);
+    QTRY_COMPARE(delivery->count, 1);
+    QCOMPARE(server.requests().size(), 1);
+    const auto &sent = server.requests().first();
+    QCOMPARE(sent.method, "POST");
+    QCOMPARE(sent.header("Content-Length"), "0");
+    QCOMPARE(sent.header("Content-Type"), "application/json");
+    QVERIFY(sent.body.isEmpty());
+    QCOMPARE(delivery->record.value().status, u"success"_s);
+}
+
+void ApiClientTest::recordIsWrittenBeforeTheCallReturns()
+{
+    server.reply("/a", "{}");
+    LoginRequest request{u"before"_s, u"x"_s};
+    const auto delivery = post<StandardResponse>(u"a"_s, request);
+    request.email = u"after"_s;
+    QTRY_COMPARE(delivery->count, 1);
+    QCOMPARE(server.requests().first().body, R"({"email":"before","password":"x"})");
+}
+
+void ApiClientTest::completionComesLaterOnTheMainThread()
+{
+    server.reply("/a", "{}");
+    const auto delivery = post<StandardResponse>(u"a"_s, LoginRequest());
+    QCOMPARE(delivery->count, 0);
+    QTRY_COMPARE(delivery->count, 1);
+    QVERIFY(delivery->onMainThread);
+}
+
+void ApiClientTest::completionsComeInTheOrderOfFinishing()
+{
+    server.hold("/a");
+    QStringList order;
+    for (int i = 0; i < 3; ++i) {
+        ApiClient::instance().post<StandardResponse>(
+            u"a"_s, LoginRequest(), [&](const auto &record) { order += record.value().message.value_or(QString()); });
+        QTRY_COMPARE(server.held.size(), i + 1);
+    }
+    for (const int i : {1, 2, 0}) {
+        const qsizetype before = order.size();
+        server.held[i]->send("{\"message\":\"" + QByteArray::number(i) + "\"}");
+        QTRY_COMPARE(order.size(), before + 1);
+    }
+    QCOMPARE(order, (QStringList{u"1"_s, u"2"_s, u"0"_s}));
+}
+
+void ApiClientTest::overlappingCallsAreIndependent()
+{
+    server.hold("/api_paquetes.php");
+    const auto first = fetch(7);
+    const auto second = fetch(7);
+    QTRY_COMPARE(server.held.size(), 2);
+    server.held[1]->send(R"({"status":"second"})");
+    QTRY_COMPARE(server.requests().size(), 2);
+    QTRY_COMPARE(first->count + second->count, 1);
+    server.held[0]->send("not JSON");
+    QTRY_COMPARE(first->count + second->count, 2);
+    QCOMPARE(first->count, 1);
+    QVERIFY(first->record.has_value() != second->record.has_value());
+}
+
+void ApiClientTest::capturesLiveUntilTheCompletionHasRun()
+{
+    server.hold("/a");
+    auto screen = std::make_shared<int>(7);
+    const std::weak_ptr<int> watched = screen;
+    int seen = 0;
+    ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(),
+                                                 [screen, &seen](const auto &) { seen = *screen; });
+    screen.reset();
+    QTRY_COMPARE(server.held.size(), 1);
+    QVERIFY(!watched.expired());
+    server.held.first()->send("{}");
+    QTRY_COMPARE(seen, 7);
+    QTRY_VERIFY(watched.expired());
+}
+
+void ApiClientTest::completionMayCallAgain()
+{
+    server.reply("/a", "{}");
+    int calls = 0;
+    const std::function<void(const std::optional<StandardResponse> &)> again = [&](const auto &) {
+        if (++calls < 3)
+            ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(), again);
+    };
+    again({});
+    QTRY_COMPARE(calls, 3);
+    QCOMPARE(server.requests().size(), 2);
+}
+
+MAROVENDA_TEST_MAIN(ApiClientTest)
+#include "tst_ApiClient.moc"
