@@ -24,7 +24,7 @@ struct Outcome {
 
 inline std::shared_ptr<Outcome> send(const HttpRequest &request, const HttpLimits &limits = {})
 {
-    const auto outcome = std::make_shared<Outcome>();
+    auto outcome = std::make_shared<Outcome>();
     sendHttp(
         request,
         [outcome](HttpReply reply) {

@@ -25,7 +25,7 @@ struct Delivery {
 template <Record Reply, Record Body>
 std::shared_ptr<Delivery<Reply>> post(const QString &endpoint, const Body &body)
 {
-    const auto delivery = std::make_shared<Delivery<Reply>>();
+    auto delivery = std::make_shared<Delivery<Reply>>();
     ApiClient::instance().post<Reply>(endpoint, body, [delivery](std::optional<Reply> record) {
         ++delivery->count;
         delivery->onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
@@ -36,7 +36,7 @@ std::shared_ptr<Delivery<Reply>> post(const QString &endpoint, const Body &body)
 
 std::shared_ptr<Delivery<DashboardResponse>> fetch(qint64 userId)
 {
-    const auto delivery = std::make_shared<Delivery<DashboardResponse>>();
+    auto delivery = std::make_shared<Delivery<DashboardResponse>>();
     ApiClient::instance().fetchDashboard(userId, [delivery](std::optional<DashboardResponse> record) {
         ++delivery->count;
         delivery->record = std::move(record);
@@ -257,7 +257,7 @@ void ApiClientTest::completionsComeInTheOrderOfFinishing()
     }
     for (const int i : {1, 2, 0}) {
         const qsizetype before = order.size();
-        server.held[i]->send("{\"message\":\"" + QByteArray::number(i) + "\"}");
+        server.held[i]->send(R"({"message":")" + QByteArray::number(i) + "\"}");
         QTRY_COMPARE(order.size(), before + 1);
     }
     QCOMPARE(order, (QStringList{u"1"_s, u"2"_s, u"0"_s}));

@@ -90,7 +90,7 @@ void HttpFailuresTest::brokenConnectionIsNotTriedAgain_data()
     add("closed after the status line", answering("HTTP/1.1 200 OK\r\n"));
     add("closed in the head", answering("HTTP/1.1 200 OK\r\nContent-Le"));
     add("closed after the head", answering(head));
-    add("closed in the body", answering(head + "{\"status\":\"succ"), "{\"status\":\"succ");
+    add("closed in the body", answering(head + R"({"status":"succ)"), R"({"status":"succ)");
     add("closed one byte before the end", answering(head + QByteArray(99, 'b')), QByteArray(99, 'b'));
     add("closed in a chunk", answering(chunks + "5\r\nhello\r\n7\r\nwo"), "hellowo");
     add("closed between chunks", answering(chunks + "5\r\nhello\r\n"), "hello");
@@ -167,7 +167,7 @@ void HttpFailuresTest::connectionThatEndsDuringTheUploadIsNotTriedAgain()
 {
     QFETCH(const bool, reset);
     QFETCH(const bool, afterSomeBytes);
-    const QByteArray photo(20 * 1024 * 1024, 'p');
+    const QByteArray photo(qsizetype(20) * 1024 * 1024, 'p');
     for (int time = 1; time <= 3; ++time) {
         init();
         qint64 taken = 0;
@@ -196,10 +196,10 @@ void HttpFailuresTest::replyDuringTheUploadIsTaken()
     server.onHead([this](const ScriptedServer::Request &request, const ScriptedServer::AnswerPtr &answer) {
         heads += request.method == "POST";
         if (request.method == "POST")
-            answer->send("{\"status\":\"error\"}", 413, {}, true);
+            answer->send(R"({"status":"error"})", 413, {}, true);
         return request.method == "POST";
     });
-    const auto outcome = send(post(server, QByteArray(20 * 1024 * 1024, 'p')));
+    const auto outcome = send(post(server, QByteArray(qsizetype(20) * 1024 * 1024, 'p')));
     QVERIFY(completed(outcome));
     QCOMPARE(outcome->reply.status, 413);
     QCOMPARE(outcome->reply.body, "{\"status\":\"error\"}");

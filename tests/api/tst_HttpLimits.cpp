@@ -35,7 +35,7 @@ private Q_SLOTS:
 
 private:
     static HttpLimits sized(qint64 bytes) { return {bytes, 60s}; }
-    static HttpLimits silent(std::chrono::milliseconds silence) { return {1024 * 1024, silence}; }
+    static HttpLimits silent(std::chrono::milliseconds silence) { return {qint64(1024) * 1024, silence}; }
 
     ScriptedServer server;
 };
@@ -179,7 +179,7 @@ void HttpLimitsTest::serverThatReadsNothingEndsTheExchange()
         socket->setReadBufferSize(1);
         return true;
     });
-    const auto outcome = send(post(server, QByteArray(50 * 1024 * 1024, 'p')), silent(300ms));
+    const auto outcome = send(post(server, QByteArray(qsizetype(50) * 1024 * 1024, 'p')), silent(300ms));
     QVERIFY(completed(outcome));
     QCOMPARE(outcome->reply.error, QNetworkReply::OperationCanceledError);
     QCOMPARE(server.connections(), 1);
@@ -195,7 +195,7 @@ void HttpLimitsTest::slowReplyGoesOn_data()
 void HttpLimitsTest::slowReplyGoesOn()
 {
     QFETCH(const QByteArray, head);
-    const QByteArray body = "{\"status\":\"slow\"";
+    const QByteArray body = R"({"status":"slow")";
     QCOMPARE(body.size(), 16);
     QTimer next;
     qsizetype sent = 0;
@@ -220,13 +220,13 @@ void HttpLimitsTest::slowReplyGoesOn()
 
 void HttpLimitsTest::slowUploadGoesOn()
 {
-    const QByteArray photo(24 * 1024 * 1024, 'p');
+    const QByteArray photo(qsizetype(24) * 1024 * 1024, 'p');
     qint64 taken = 0;
     QTimer next;
     server.onConnection([&](QTcpSocket *socket) {
-        socket->setReadBufferSize(128 * 1024);
+        socket->setReadBufferSize(qint64(128) * 1024);
         next.callOnTimeout(socket, [&, socket] {
-            taken += socket->read(1024 * 1024).size();
+            taken += socket->read(qint64(1024) * 1024).size();
             if (taken > photo.size()) {
                 next.stop();
                 socket->write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}");

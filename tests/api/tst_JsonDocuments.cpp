@@ -179,9 +179,9 @@ void JsonDocumentsTest::malformedValueOfAnUnlistedKeyIsRefused_data()
 void JsonDocumentsTest::malformedValueOfAnUnlistedKeyIsRefused()
 {
     QFETCH(const QByteArray, token);
-    expectRefused("{\"otro\":" + token + ",\"status\":\"success\"}");
-    expectRefused("{\"status\":\"success\",\"otro\":" + token + '}');
-    expectRefused("{\"status\":\"success\",\"otro\":[{\"a\":" + token + "}]}");
+    expectRefused("{\"otro\":" + token + R"(,"status":"success"})");
+    expectRefused(R"({"status":"success","otro":)" + token + '}');
+    expectRefused(R"({"status":"success","otro":[{"a":)" + token + "}]}");
     expectRefused("{\"status\":" + token + '}');
 }
 
@@ -201,7 +201,7 @@ void JsonDocumentsTest::nestingUpToALimitIsTaken()
     QFETCH(const bool, taken);
     // The object itself is the first level.
     const QByteArray inner = QByteArray(depth - 1, '[') + QByteArray(depth - 1, ']');
-    const auto result = Json::read<LoginResponse>("{\"otro\":" + inner + ",\"status\":\"success\"}");
+    const auto result = Json::read<LoginResponse>("{\"otro\":" + inner + R"(,"status":"success"})");
     QCOMPARE(bool(result), taken);
     QCOMPARE(result.error.isEmpty(), taken);
 }

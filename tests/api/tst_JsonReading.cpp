@@ -115,7 +115,7 @@ void JsonReadingTest::wrongTypeInARowFailsTheWholeRead_data()
             rows.insert(index, badRow);
             QTest::addRow("%s[%d] %s", list, index, label)
                 << Reader(outcomeOf<DashboardResponse>)
-                << QByteArray("{\"status\":\"success\",\"" + QByteArray(list) + "\":[" + rows.join(',') + "]}")
+                << QByteArray(R"({"status":"success",")" + QByteArray(list) + "\":[" + rows.join(',') + "]}")
                 << u"%1[%2]%3"_s.arg(QLatin1String(list)).arg(index).arg(error);
         };
         RecordTools::forEachField(record, [&](const char *key, const auto &) {
@@ -193,7 +193,7 @@ void JsonReadingTest::rowsKeepTheirOrder()
 {
     QByteArrayList rows;
     for (int i = 0; i < 3000; ++i)
-        rows += "{\"tracking\":\"" + QByteArray::number(i) + "\"}";
+        rows += R"({"tracking":")" + QByteArray::number(i) + "\"}";
     const auto result = Json::read<DashboardResponse>("{\"paquetes\":[" + rows.join(',') + "]}");
     QVERIFY2(result, qPrintable(result.error));
     QCOMPARE(result.record->paquetes->size(), rows.size());
@@ -280,7 +280,7 @@ void JsonReadingTest::textIsReadExactly_data()
     QTest::addColumn<QByteArray>("token");
     QTest::addColumn<QString>("text");
     QTest::newRow("empty") << R"("")"_ba << u""_s;
-    QTest::newRow("blanks") << "\"  a \""_ba << u"  a "_s;
+    QTest::newRow("blanks") << R"("  a ")"_ba << u"  a "_s;
     QTest::newRow("escapes") << R"("\"\\\/\b\f\n\r\t")"_ba << u"\"\\/\b\f\n\r\t"_s;
     QTest::newRow("bare slash") << R"("a/b")"_ba << u"a/b"_s;
     QTest::newRow("accents") << "\"Ñandú €\""_ba << u"Ñandú €"_s;
@@ -306,7 +306,7 @@ void JsonReadingTest::textIsReadExactly()
     QFETCH(const QByteArray, token);
     QFETCH(const QString, text);
     const auto result =
-        Json::read<DashboardResponse>("{\"status\":" + token + ",\"paquetes\":[{\"estado\":" + token + "}]}");
+        Json::read<DashboardResponse>("{\"status\":" + token + R"(,"paquetes":[{"estado":)" + token + "}]}");
     QVERIFY2(result, qPrintable(result.error));
     QCOMPARE(result.record->status, text);
     QCOMPARE(result.record->paquetes->first().estado, text);
@@ -402,7 +402,7 @@ void JsonReadingTest::errorsNameTheirPlace_data()
     QTest::newRow("first wrong field of several")
         << dashboard << R"({"cotizaciones":7,"avatar":7,"paquetes":7})"_ba << u"avatar: number, must be text"_s;
     QTest::newRow("top level array") << dashboard << "[]"_ba << u"array, must be object"_s;
-    QTest::newRow("top level text") << dashboard << "\"a\""_ba << u"text, must be object"_s;
+    QTest::newRow("top level text") << dashboard << R"("a")"_ba << u"text, must be object"_s;
     QTest::newRow("top level number") << dashboard << "7"_ba << u"number, must be object"_s;
     QTest::newRow("top level boolean") << dashboard << "true"_ba << u"boolean, must be object"_s;
     QTest::newRow("top level null") << dashboard << "null"_ba << u"null, must be object"_s;

@@ -134,7 +134,7 @@ void RecordsTest::emptyObjectIsAReplyWithoutFields()
 
 void RecordsTest::recordsAreCopiesOfTheBytes()
 {
-    QByteArray bytes = "{\"status\":\"success\",\"paquetes\":[{\"tracking\":\"1Z\"}]}";
+    QByteArray bytes = R"({"status":"success","paquetes":[{"tracking":"1Z"}]})";
     const auto result = Json::read<DashboardResponse>(bytes);
     bytes.fill('x');
     QCOMPARE(result.record->status, u"success"_s);

@@ -38,7 +38,7 @@ struct Watched {
         replaced = store->wasReplaced();
         return replaced ? Values() : all;
     }
-    bool write(const Values &all)
+    bool write(const Values &all) const
     {
         bool good = true;
         for (std::size_t i = 0; i < all.size(); ++i)

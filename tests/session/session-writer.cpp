@@ -17,7 +17,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "%s\n", qUtf8Printable(line));
         std::exit(EXIT_FAILURE);
     });
-    for (int round = std::atoi(argv[2]);; ++round) {
+    for (int round = QByteArray(argv[2]).toInt();; ++round) {
         const QByteArray number = QByteArray::number(round);
         // Each value tells its round; the photo is large enough for a kill to meet it half written.
         store.write(SessionStore::Key::UserId, number);

@@ -155,7 +155,7 @@ void SessionTest::everyTextIsKept()
 void SessionTest::largePhotoIsKept()
 {
     const Folder folder;
-    const QByteArray photo = QByteArray("\xFF\xD8\0\x01", 4).repeated(5 * 1024 * 256);
+    const QByteArray photo = QByteArray("\xFF\xD8\0\x01", 4).repeated(qsizetype(5) * 1024 * 256);
     Session(folder.path()).setUserAvatarData(photo);
     QVERIFY(Session(folder.path()).userAvatarData() == photo);
 }

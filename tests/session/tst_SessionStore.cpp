@@ -61,7 +61,7 @@ void SessionStoreTest::writtenValuesAreThereAfterARestart_data()
     QTest::newRow("not UTF-8") << "\xFF\xFE\x80"_ba;
     QTest::newRow("quotes") << "'); DROP TABLE session; --"_ba;
     QTest::newRow("very long") << QByteArray(1'000'000, 'x');
-    QTest::newRow("photo of 5 MB") << QByteArray("\xFF\xD8\0\x01", 4).repeated(5 * 1024 * 256);
+    QTest::newRow("photo of 5 MB") << QByteArray("\xFF\xD8\0\x01", 4).repeated(qsizetype(5) * 1024 * 256);
 }
 
 void SessionStoreTest::writtenValuesAreThereAfterARestart()
@@ -177,7 +177,7 @@ void SessionStoreTest::missingFoldersAreMade()
 void SessionStoreTest::keystrokeDoesNotRewriteThePhoto()
 {
     const Folder folder;
-    folder.fill({QByteArray("7"), QByteArray("A"), QByteArray("a"), QByteArray(5 * 1024 * 1024, 'p')});
+    folder.fill({QByteArray("7"), QByteArray("A"), QByteArray("a"), QByteArray(qsizetype(5) * 1024 * 1024, 'p')});
     const QByteArray file = folder.bytes();
     const Watched store(folder.path());
     for (int i = 0; i < 10; ++i) {
@@ -192,7 +192,7 @@ void SessionStoreTest::keystrokeDoesNotRewriteThePhoto()
 void SessionStoreTest::fileDoesNotGrowWithWriting()
 {
     const Folder folder;
-    const QByteArray photo(1024 * 1024, 'p');
+    const QByteArray photo(qsizetype(1024) * 1024, 'p');
     for (int i = 0; i < 3; ++i) {
         Watched store(folder.path());
         for (int j = 0; j < 5; ++j)

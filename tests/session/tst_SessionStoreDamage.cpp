@@ -84,7 +84,7 @@ void SessionStoreDamageTest::expectAllOrNothing(const Folder &folder, const QByt
     const Values found = store.values();
     const QByteArray said = what + ": " + store.reports.join(u"; "_s).toUtf8();
     if (store.replaced) {
-        QVERIFY2(found == Values(), said.constData());
+        QVERIFY2(!std::ranges::any_of(found, [](const auto &each) { return each.has_value(); }), said.constData());
         QVERIFY2(store.reports.size() == 1, said.constData());
         QVERIFY2(folder.bytes(u".damaged-1"_s).size() >= bytes.size(), said.constData());
     } else {

@@ -91,7 +91,7 @@ void SessionStoreFailureTest::fullDiskKeepsTheOldValue()
     {
         const FullDisk full(QFileInfo(folder.file(u"-wal"_s)).size() + 10'000);
         for (int i = 0; i < 3; ++i)
-            QVERIFY(!store.store->write(Key::UserAvatar, QByteArray(1024 * 1024, 'n')));
+            QVERIFY(!store.store->write(Key::UserAvatar, QByteArray(qsizetype(1024) * 1024, 'n')));
         QCOMPARE(store.values(), Stores::sample);
         QCOMPARE(store.reports.size(), 1);
         QVERIFY2(store.reports.first().contains(u"user_avatar"_s), qPrintable(store.reports.first()));
