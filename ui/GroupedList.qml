@@ -14,7 +14,7 @@ ListView {
     interactive: contentHeight > height
     reuseItems: true
     focus: true
-    activeFocusOnTab: count > 0
+    activeFocusOnTab: true
     keyNavigationEnabled: true
     // A current row would be scrolled to, past the title, whenever the rows change.
     currentIndex: -1

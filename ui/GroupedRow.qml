@@ -18,6 +18,7 @@ Item {
     clip: true
 
     ContinuousRectangle {
+        objectName: "card"
         x: row.list.side
         y: row.first ? 0 : -row.cornerReach
         width: row.list.columnWidth - 32
@@ -32,6 +33,7 @@ Item {
         width: row.list.columnWidth - 64
     }
     Hairline {
+        objectName: "separator"
         x: row.list.side + 16
         y: row.height - height
         width: row.list.columnWidth - 48

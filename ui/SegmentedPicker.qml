@@ -78,33 +78,38 @@ T.Control {
             anchors.fill: parent
             Repeater {
                 model: picker.options
-                T.AbstractButton {
+                Item {
                     id: segment
                     required property string modelData
                     readonly property bool selected: segment.modelData === picker.selection
 
-                    width: track.share
-                    height: track.height
-                    text: segment.modelData
-                    focusPolicy: Qt.ClickFocus
-                    checkable: false
-                    opacity: segment.down && !segment.selected ? Theme.pressedOpacity : 1
-                    onClicked: {
+                    function choose() {
                         UnfinishedText.commit()
-                        picker.forceActiveFocus(Qt.MouseFocusReason)
                         picker.chosen(segment.modelData)
                     }
 
+                    width: track.share
+                    height: track.height
+                    opacity: tap.pressed && !segment.selected ? Theme.pressedOpacity : 1
+
                     Accessible.role: Accessible.RadioButton
-                    Accessible.name: segment.text
+                    Accessible.name: segment.modelData
                     Accessible.checkable: true
                     Accessible.checked: segment.selected
                     Accessible.ignored: !segment.enabled
-                    Accessible.onPressAction: segment.clicked()
-                    Accessible.onToggleAction: segment.clicked()
+                    Accessible.onPressAction: segment.choose()
+                    Accessible.onToggleAction: segment.choose()
 
-                    contentItem: AppText {
-                        text: segment.text
+                    TapHandler {
+                        id: tap
+                        onTapped: {
+                            picker.forceActiveFocus(Qt.MouseFocusReason)
+                            segment.choose()
+                        }
+                    }
+                    AppText {
+                        anchors.fill: parent
+                        text: segment.modelData
                         textStyle: Theme.footnote
                         font.weight: segment.selected ? Font.DemiBold : Font.Normal
                         horizontalAlignment: Text.AlignHCenter

@@ -1,0 +1,130 @@
+#include "FormTest.h"
+#include "MarovendaTest.h"
+
+using namespace Qt::StringLiterals;
+
+class ImportarAutoViewTest : public FormTest {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { signIn(); }
+    void cleanup() { ServiceTest::cleanup(); }
+
+    void startsAsDesigned();
+    void layoutHasTheDesignedMeasures();
+    void untouchedFormIsSentAsItStands();
+    void typedFormIsSentByteForByte();
+    void successKeepsWhatWasTyped();
+    void failureIsTold_data();
+    void failureIsTold();
+    void nothingChangesWhileSending();
+    void lastReplyWins();
+
+private:
+    static QByteArray form() { return "ImportarAutoView {}"; }
+};
+
+void ImportarAutoViewTest::startsAsDesigned()
+{
+    TestScreen screen(form());
+    const QStringList order{u"Importar Vehículo"_s,   u"Marca (Ej: Toyota)"_s,   u"Modelo (Ej: Corolla)"_s, u"Año"_s,
+                            u"Ubicación o Subasta"_s, u"Solicitar Importación"_s};
+    QCOMPARE(screen.texts(), order);
+    QCOMPARE(screen.names(), order);
+    QVERIFY(screen.find(u"anio"_s)->property("isDecimal").toBool());
+    for (const QString &name : {u"marca"_s, u"modelo"_s, u"ubicacion"_s})
+        QVERIFY(!screen.find(name)->property("isDecimal").toBool());
+}
+
+void ImportarAutoViewTest::layoutHasTheDesignedMeasures()
+{
+    TestScreen screen(form());
+    const auto box = [&](const QString &name) { return TestScreen::box(screen.find(name)); };
+    QCOMPARE(box(u"marca"_s).topLeft(), QPointF(24, 44 + 24 + 28 + 12));
+    QCOMPARE(box(u"modelo"_s).top() - box(u"marca"_s).bottom(), 12);
+    QCOMPARE(box(u"anio"_s).top() - box(u"modelo"_s).bottom(), 12);
+    QCOMPARE(box(u"ubicacion"_s).top() - box(u"anio"_s).bottom(), 12);
+    QCOMPARE(box(u"enviar"_s).top() - box(u"ubicacion"_s).bottom(), 12 + 12);
+    QCOMPARE(box(u"enviar"_s).size(), QSizeF(390 - 48, 54));
+    QVERIFY(screen.find(u"msg"_s)->isVisible());
+    QCOMPARE(screen.find(u"msg"_s)->property("color").value<QColor>(), QColor(0x00, 0x7A, 0xFF));
+}
+
+void ImportarAutoViewTest::untouchedFormIsSentAsItStands()
+{
+    TestScreen screen(form());
+    press(screen);
+    waitForRequests(1);
+    QCOMPARE(server.requests().first().path, "/api_auto.php");
+    QCOMPARE(server.requests().first().body, R"({"user_id":42,"marca":"","modelo":"","anio":"","ubicacion":""})");
+}
+
+void ImportarAutoViewTest::typedFormIsSentByteForByte()
+{
+    TestScreen screen(form());
+    fill(screen, "marca", u" Toyota "_s);
+    fill(screen, "modelo", u"Corolla/LE"_s);
+    fill(screen, "anio", u"2019"_s);
+    fill(screen, "ubicacion", u"Subasta Ñ"_s);
+    press(screen);
+    waitForRequests(1);
+    const QByteArray stated
+        = R"({"user_id":42,"marca":" Toyota ","modelo":"Corolla\/LE","anio":"2019","ubicacion":"Subasta Ñ"})";
+    QCOMPARE(server.requests().first().body, stated);
+}
+
+void ImportarAutoViewTest::successKeepsWhatWasTyped()
+{
+    server.reply("/api_auto.php", R"({"status":"success","message":"Hola"})");
+    TestScreen screen(form());
+    fill(screen, "marca", u"a"_s);
+    fill(screen, "modelo", u"b"_s);
+    fill(screen, "anio", u"c"_s);
+    fill(screen, "ubicacion", u"d"_s);
+    press(screen);
+    QTRY_COMPARE(msg(screen), u"Solicitud enviada"_s);
+    press(screen);
+    waitForRequests(2);
+    QCOMPARE(server.requests()[0].body, server.requests()[1].body);
+    QCOMPARE(text(screen, "marca") + text(screen, "modelo") + text(screen, "anio") + text(screen, "ubicacion"),
+             u"abcd"_s);
+}
+
+void ImportarAutoViewTest::failureIsTold_data() { addFailures(); }
+
+void ImportarAutoViewTest::failureIsTold()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(int, status);
+    server.reply("/api_auto.php", reply, status);
+    TestScreen screen(form());
+    fill(screen, "marca", u"a"_s);
+    press(screen);
+    QTRY_COMPARE(msg(screen), u"Error al enviar"_s);
+    QCOMPARE(text(screen, "marca"), u"a"_s);
+}
+
+void ImportarAutoViewTest::nothingChangesWhileSending()
+{
+    server.hold("/api_auto.php");
+    TestScreen screen(form());
+    press(screen);
+    waitForRequests(1);
+    QCOMPARE(msg(screen), QString());
+    QVERIFY(screen.find(u"enviar"_s)->isEnabled());
+}
+
+void ImportarAutoViewTest::lastReplyWins()
+{
+    server.hold("/api_auto.php");
+    TestScreen screen(form());
+    press(screen);
+    press(screen);
+    waitForRequests(2);
+    server.held[1]->send("{}");
+    QTRY_COMPARE(msg(screen), u"Error al enviar"_s);
+    server.held[0]->send(R"({"status":"success"})");
+    QTRY_COMPARE(msg(screen), u"Solicitud enviada"_s);
+}
+
+MAROVENDA_TEST_MAIN(ImportarAutoViewTest)
+#include "tst_ImportarAutoView.moc"

@@ -1,0 +1,346 @@
+#include "FormTest.h"
+#include "MarovendaTest.h"
+
+#include <QAbstractItemModel>
+#include <QAccessible>
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+/// The two list screens, each with the reply's other list beside its own.
+class ListViewsTest : public FormTest {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { signIn(); }
+    void cleanup() { ServiceTest::cleanup(); }
+
+    void packagesAreAllShownInOrder();
+    void quotationsAreAllShownInOrder();
+    void absentFieldsHaveTheirFallbacks();
+    void rowsOfOneIdentityAreAllShown();
+    void emptyPackageListIsBlank_data();
+    void emptyPackageListIsBlank();
+    void emptyQuotationListSaysSo_data();
+    void emptyQuotationListSaysSo();
+    void emptyTextIsThereFromTheStart();
+    void failureEmptiesWhatWasShown();
+    void everyShowingFetchesAgain();
+    void tapOnARowOpensNothing();
+    void rowsAreHeardAsOneElementEach();
+    void rolesAreTheFieldsOfTheRecord();
+    void onlyVisibleRowsExist();
+    void groupHasTheDesignedMeasures();
+    void titleScrollsAwayAndComesBackInTheBar();
+    void longTextsAreNotCut();
+    void arrowKeysWalkTheRows();
+
+private:
+    static constexpr auto listing = "/api_paquetes.php";
+    static QByteArray list(const QByteArray &view)
+    {
+        return "NavigationContainer { root: Component { AppScreen {} } Component.onCompleted: push(list);"
+               " property Component list: Component { " +
+               view + " { objectName: 'list' } } }";
+    }
+    static QByteArray packages() { return list("MisPaquetesView"); }
+    static QByteArray quotations() { return list("MisCotizacionesView"); }
+    static int count(TestScreen &screen) { return screen.find(u"rows"_s)->property("count").toInt(); }
+    /// What is shown below the large title.
+    static QStringList rows(TestScreen &screen)
+    {
+        QStringList texts = screen.texts(screen.find(u"rows"_s));
+        texts.removeAll(u"Mis Paquetes"_s);
+        texts.removeAll(u"Mis Cotizaciones"_s);
+        return texts;
+    }
+    static QByteArray manyPackages(int count)
+    {
+        QByteArrayList rows;
+        for (int i = 1; i <= count; ++i)
+            rows.append(R"({"tracking":"T)" + QByteArray::number(i) +
+                        R"(","descripcion":"Caja","estado":"recibido"})");
+        return R"({"paquetes":[)" + rows.join(',') + "]}";
+    }
+    static void settle(TestScreen &screen)
+    {
+        QTRY_VERIFY(!screen.root()->property("moving").toBool());
+        screen.settle();
+    }
+};
+
+void ListViewsTest::packagesAreAllShownInOrder()
+{
+    server.reply(
+        listing,
+        R"({"status":"error","cotizaciones":[{"origen":"O"}],"paquetes":[{"tracking":"B","descripcion":"b","estado":"en tránsito"},)"
+        R"({"tracking":"A"},{"tracking":"D"},{"tracking":"C"},{"tracking":"E","fecha_recibido":"ayer"}]})");
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 5);
+    settle(screen);
+    QCOMPARE(server.requests().first().path, "/api_paquetes.php?user_id=42");
+    const QStringList shown = rows(screen);
+    QCOMPARE(shown.first(3), QStringList({u"Tracking: B"_s, u"EN TRÁNSITO"_s, u"b"_s}));
+    QCOMPARE(shown.filter(u"Tracking: "_s),
+             QStringList({u"Tracking: B"_s, u"Tracking: A"_s, u"Tracking: D"_s, u"Tracking: C"_s, u"Tracking: E"_s}));
+    QVERIFY(!shown.contains(u"ayer"_s));
+}
+
+void ListViewsTest::quotationsAreAllShownInOrder()
+{
+    server.reply(
+        listing,
+        R"({"paquetes":[{"tracking":"T"}],"cotizaciones":[{"origen":"O","descripcion":"d1","estado":"enviada"},)"
+        R"({"descripcion":"d2"},{"descripcion":"d3"},{"descripcion":"d4"},{"descripcion":"d5"}]})");
+    TestScreen screen(quotations());
+    QTRY_COMPARE(count(screen), 5);
+    settle(screen);
+    QCOMPARE(rows(screen).first(3), QStringList({u"d1"_s, u"ENVIADA"_s, u"Origen: O"_s}));
+    QCOMPARE(rows(screen).filter(QRegularExpression(u"^d\\d$"_s)),
+             QStringList({u"d1"_s, u"d2"_s, u"d3"_s, u"d4"_s, u"d5"_s}));
+}
+
+void ListViewsTest::absentFieldsHaveTheirFallbacks()
+{
+    server.reply(listing, R"({"paquetes":[{}],"cotizaciones":[{}]})");
+    TestScreen first(packages());
+    QTRY_COMPARE(rows(first), QStringList({u"Tracking: N/A"_s, u"RECIBIDO"_s, u"Sin descripción"_s}));
+    TestScreen second(quotations());
+    QTRY_COMPARE(rows(second), QStringList({u"Cotización"_s, u"PENDIENTE"_s, u"Origen: N/A"_s}));
+}
+
+void ListViewsTest::rowsOfOneIdentityAreAllShown()
+{
+    server.reply(
+        listing,
+        R"({"paquetes":[{"tracking":"A"},{"tracking":"A"},{},{}],"cotizaciones":[{"origen":"B"},{"origen":"B"}]})");
+    TestScreen first(packages());
+    QTRY_COMPARE(count(first), 4);
+    settle(first);
+    QCOMPARE(rows(first).filter(u"Tracking: A"_s).size(), 2);
+    QCOMPARE(rows(first).filter(u"Tracking: N/A"_s).size(), 2);
+    const auto identity = [](TestScreen &screen, int row) {
+        const auto *const model = screen.find(u"rows"_s)->property("model").value<QAbstractItemModel *>();
+        return model->data(model->index(row, 0), model->roleNames().key("identity"));
+    };
+    QCOMPARE(identity(first, 0), identity(first, 1));
+    QCOMPARE(identity(first, 2), identity(first, 3));
+    TestScreen second(quotations());
+    QTRY_COMPARE(count(second), 2);
+    QCOMPARE(identity(second, 0).toInt(), 0);
+    QCOMPARE(identity(second, 1).toInt(), 1);
+}
+
+void ListViewsTest::emptyPackageListIsBlank_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::newRow("no bytes") << QByteArray();
+    QTest::newRow("not JSON") << QByteArray("oops");
+    QTest::newRow("absent") << QByteArray(R"({"cotizaciones":[{}]})");
+    QTest::newRow("null") << QByteArray(R"({"paquetes":null})");
+    QTest::newRow("empty") << QByteArray(R"({"paquetes":[]})");
+    QTest::newRow("wrong row") << QByteArray(R"({"paquetes":[{"tracking":"A"},{"tracking":1}]})");
+}
+
+void ListViewsTest::emptyPackageListIsBlank()
+{
+    QFETCH(QByteArray, reply);
+    server.reply(listing, manyPackages(1));
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 1);
+    server.reply(listing, reply);
+    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
+    QTRY_COMPARE(count(screen), 0);
+    settle(screen);
+    QCOMPARE(rows(screen), QStringList());
+    QCOMPARE(screen.texts(), QStringList({u"Mis Paquetes"_s, u"Atrás"_s}));
+}
+
+void ListViewsTest::emptyQuotationListSaysSo_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::newRow("no bytes") << QByteArray();
+    QTest::newRow("not JSON") << QByteArray("oops");
+    QTest::newRow("absent") << QByteArray(R"({"paquetes":[{}]})");
+    QTest::newRow("null") << QByteArray(R"({"cotizaciones":null})");
+    QTest::newRow("empty") << QByteArray(R"({"cotizaciones":[]})");
+    QTest::newRow("wrong row") << QByteArray(R"({"cotizaciones":[{"origen":1}]})");
+}
+
+void ListViewsTest::emptyQuotationListSaysSo()
+{
+    QFETCH(QByteArray, reply);
+    server.reply(listing, R"({"cotizaciones":[{"origen":"B"}]})");
+    TestScreen screen(quotations());
+    QTRY_COMPARE(count(screen), 1);
+    settle(screen);
+    QVERIFY(!rows(screen).contains(u"No tienes cotizaciones registradas."_s));
+    server.reply(listing, reply);
+    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
+    QTRY_COMPARE(count(screen), 0);
+    QTRY_COMPARE(rows(screen), QStringList({u"No tienes cotizaciones registradas."_s}));
+    QVERIFY(screen.named(u"No tienes cotizaciones registradas."_s));
+}
+
+void ListViewsTest::emptyTextIsThereFromTheStart()
+{
+    server.hold(listing);
+    TestScreen screen(quotations());
+    QCOMPARE(rows(screen), QStringList({u"No tienes cotizaciones registradas."_s}));
+    const auto *const text = screen.named(u"No tienes cotizaciones registradas."_s);
+    QCOMPARE(text->property("color").value<QColor>(), QColor(0x8E, 0x8E, 0x93));
+}
+
+void ListViewsTest::failureEmptiesWhatWasShown()
+{
+    server.reply(listing, manyPackages(3));
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 3);
+    server.on(listing,
+              [](const ScriptedServer::Request &, const ScriptedServer::AnswerPtr &answer) { answer->close(); });
+    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
+    QTRY_COMPARE(count(screen), 0);
+}
+
+void ListViewsTest::everyShowingFetchesAgain()
+{
+    server.reply(listing, manyPackages(1));
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 1);
+    server.hold(listing);
+    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
+    waitForRequests(2);
+    QCOMPARE(count(screen), 1); // what was shown stays until the reply
+    server.held.first()->send(manyPackages(2));
+    QTRY_COMPARE(count(screen), 2);
+}
+
+void ListViewsTest::tapOnARowOpensNothing()
+{
+    server.reply(listing, manyPackages(3));
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 3);
+    settle(screen);
+    screen.tap(screen.named(u"Tracking: T2, Caja, RECIBIDO"_s));
+    QVERIFY(opened.isEmpty());
+    QCOMPARE(screen.root()->property("depth").toInt(), 2);
+}
+
+void ListViewsTest::rowsAreHeardAsOneElementEach()
+{
+    server.reply(
+        listing,
+        R"({"paquetes":[{"tracking":"A","descripcion":"x","estado":"recibido"}],"cotizaciones":[{"origen":"O","descripcion":"x","estado":"enviada"}]})");
+    TestScreen first(packages());
+    QTRY_COMPARE(count(first), 1);
+    settle(first);
+    QTRY_COMPARE(first.names(),
+                 QStringList({u"Mis Paquetes"_s, u"Mis Paquetes"_s, u"Tracking: A, x, RECIBIDO"_s, u"Atrás"_s}));
+    QCOMPARE(QAccessible::queryAccessibleInterface(first.named(u"Tracking: A, x, RECIBIDO"_s))->role(),
+             QAccessible::ListItem);
+    TestScreen second(quotations());
+    QTRY_VERIFY(second.named(u"x, ENVIADA, Origen: O"_s));
+}
+
+void ListViewsTest::rolesAreTheFieldsOfTheRecord()
+{
+    TestScreen first(packages());
+    TestScreen second(quotations());
+    const auto roles = [](TestScreen &screen) {
+        const auto *const model = screen.find(u"rows"_s)->property("model").value<QAbstractItemModel *>();
+        QByteArrayList names = model->roleNames().values();
+        std::sort(names.begin(), names.end());
+        return names;
+    };
+    QCOMPARE(roles(first), QByteArrayList({"descripcion", "estado", "fecha_recibido", "identity", "tracking"}));
+    QCOMPARE(roles(second), QByteArrayList({"descripcion", "estado", "identity", "origen"}));
+}
+
+void ListViewsTest::onlyVisibleRowsExist()
+{
+    server.reply(listing, manyPackages(100'000));
+    TestScreen screen(packages());
+    QTRY_COMPARE_WITH_TIMEOUT(count(screen), 100'000, 60'000);
+    settle(screen);
+    QQuickItem *const list = screen.find(u"rows"_s);
+    const auto items = [&] { return list->property("contentItem").value<QQuickItem *>()->childItems().size(); };
+    QVERIFY2(items() < 60, qPrintable(QString::number(items())));
+    QMetaObject::invokeMethod(list, "positionViewAtEnd");
+    QTRY_VERIFY(rows(screen).contains(u"Tracking: T100000"_s));
+    QVERIFY2(items() < 60, qPrintable(QString::number(items())));
+    QMetaObject::invokeMethod(list, "positionViewAtBeginning");
+    QTRY_VERIFY(rows(screen).contains(u"Tracking: T1"_s));
+}
+
+void ListViewsTest::groupHasTheDesignedMeasures()
+{
+    server.reply(listing, manyPackages(3));
+    for (const int width : {320, 390, 1280}) {
+        TestScreen screen(packages(), {width, 844});
+        QTRY_COMPARE(count(screen), 3);
+        settle(screen);
+        const qreal column = std::min(width, 600);
+        const QQuickItem *const row = screen.named(u"Tracking: T1, Caja, RECIBIDO"_s);
+        const QQuickItem *const card = screen.find(u"card"_s, row);
+        QCOMPARE(TestScreen::box(card).left(), (width - column) / 2 + 16);
+        QCOMPARE(card->width(), column - 32);
+        QCOMPARE(card->property("radius").toReal(), 10);
+        QVERIFY(row->height() >= 44);
+        // The text stands 16 inside.
+        const QQuickItem *const separator = screen.find(u"separator"_s, row);
+        QCOMPARE(TestScreen::box(separator).left(), (width - column) / 2 + 32);
+        QVERIFY(separator->isVisible());
+        QVERIFY(!screen.find(u"separator"_s, screen.named(u"Tracking: T3, Caja, RECIBIDO"_s))->isVisible());
+    }
+}
+
+void ListViewsTest::titleScrollsAwayAndComesBackInTheBar()
+{
+    server.reply(listing, manyPackages(60));
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 60);
+    settle(screen);
+    QCOMPARE(screen.texts().count(u"Mis Paquetes"_s), 1);
+    QQuickItem *const list = screen.find(u"rows"_s);
+    list->setProperty("contentY", list->property("originY").toReal() + 400);
+    QTRY_VERIFY(screen.texts().contains(u"Mis Paquetes"_s));
+    QQuickItem *const heading = screen.named(u"Mis Paquetes"_s);
+    QVERIFY(heading);
+}
+
+void ListViewsTest::longTextsAreNotCut()
+{
+    server.reply(listing, R"({"paquetes":[{"tracking":")" + QByteArray(70, '7') + R"(","descripcion":")" +
+                              QByteArray("Repuestos electrónicos ").repeated(10) +
+                              R"(","estado":"pendiente de documentación aduanera"}]})");
+    TestScreen screen(packages(), {320, 480});
+    QTRY_COMPARE(count(screen), 1);
+    settle(screen);
+    const std::function<void(const QQuickItem *)> check = [&](const QQuickItem *item) {
+        if (item->inherits("QQuickText") && item->isVisible()) {
+            const QRectF box = TestScreen::box(item);
+            QVERIFY(box.left() >= 0 && box.right() <= 320.5);
+            QVERIFY(item->property("contentWidth").toReal() <= item->width() + 1);
+            QVERIFY(!item->property("truncated").toBool());
+        }
+        for (const QQuickItem *child : item->childItems())
+            check(child);
+    };
+    check(screen.find(u"rows"_s));
+}
+
+void ListViewsTest::arrowKeysWalkTheRows()
+{
+    server.reply(listing, manyPackages(40));
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 40);
+    settle(screen);
+    QQuickItem *const list = screen.find(u"rows"_s);
+    list->forceActiveFocus(Qt::TabFocusReason);
+    for (int i = 0; i < 30; ++i)
+        screen.key(Qt::Key_Down);
+    QCOMPARE(list->property("currentIndex").toInt(), 29);
+    QTRY_VERIFY(rows(screen).contains(u"Tracking: T30"_s));
+}
+
+MAROVENDA_TEST_MAIN(ListViewsTest)
+#include "tst_ListViews.moc"

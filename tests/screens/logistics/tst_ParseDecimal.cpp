@@ -1,0 +1,81 @@
+#include "MarovendaTest.h"
+#include "ParseDecimal.h"
+
+#include <QTest>
+
+#include <clocale>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+class ParseDecimalTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void readsAsCDoes_data();
+    void readsAsCDoes();
+    void localeOfTheProcessDoesNotMatter();
+};
+
+void ParseDecimalTest::readsAsCDoes_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("number");
+    const double infinity = std::numeric_limits<double>::infinity();
+    const auto row = [](const QString &text, double number) {
+        QTest::newRow(qPrintable(u"\"%1\""_s.arg(QString::fromUtf8(text.toUtf8().toPercentEncoding("., +")))))
+            << text << number;
+    };
+    row(u""_s, 0);
+    row(u"12.5"_s, 12.5);
+    row(u"1e2"_s, 100);
+    row(u"+5"_s, 5);
+    row(u"-5"_s, -5);
+    row(u"5."_s, 5);
+    row(u".5"_s, 0.5);
+    row(u"007"_s, 7);
+    row(u"0x1p3"_s, 8);
+    row(u"0X10"_s, 16);
+    row(u"inf"_s, infinity);
+    row(u"-INFINITY"_s, -infinity);
+    row(u"nan"_s, std::numeric_limits<double>::quiet_NaN());
+    row(u"NaN"_s, std::numeric_limits<double>::quiet_NaN());
+    row(u"1e999"_s, infinity);
+    row(u"1e-999"_s, 0);
+    row(u"0.1"_s, 0.1);
+    row(u"179769313486231570000000000000000000000"_s, 179769313486231570000000000000000000000.0);
+    for (const QString &bad :
+         {u"1,5"_s, u"12,5"_s, u"1.000,5"_s,  u"1 "_s,      u" 1"_s,    u"\t1"_s,   u"\n1"_s, u"\v1"_s,
+          u"\f1"_s, u"\r1"_s,  u"1\n"_s,      u"\u00A01"_s, u"abc"_s,   u"1a"_s,    u"1e"_s,  u"1e+"_s,
+          u"."_s,   u"+"_s,    u"-"_s,        u"--1"_s,     u"+-1"_s,   u"5 lbs"_s, u"$5"_s,  u"٥"_s,
+          u"５"_s,  u"−5"_s,   u"infinite"_s, u"0x"_s,      u"1_000"_s, u"1.2.3"_s})
+        row(bad, 0);
+    QTest::newRow("NUL inside") << QString(u"5"_s + QChar(0) + u"5"_s) << 0.0;
+    QTest::newRow("NUL after") << QString(u"5"_s + QChar(0)) << 0.0;
+}
+
+void ParseDecimalTest::readsAsCDoes()
+{
+    QFETCH(QString, text);
+    QFETCH(double, number);
+    const double found = parseDecimal(text);
+    if (std::isnan(number))
+        QVERIFY(std::isnan(found));
+    else
+        QVERIFY2(found == number, qPrintable(QString::number(found)));
+}
+
+void ParseDecimalTest::localeOfTheProcessDoesNotMatter()
+{
+    // Any of these has a decimal comma; a system without them has no such customers, but the wanted locale is in the
+    // environment of this test where it exists.
+    for (const char *locale : {"es_ES.UTF-8", "es_ES.utf8", "es_ES", "de_DE.UTF-8", "C"}) {
+        if (!std::setlocale(LC_ALL, locale))
+            continue;
+        QCOMPARE(parseDecimal(u"12.5"_s), 12.5);
+        QCOMPARE(parseDecimal(u"12,5"_s), 0);
+    }
+    std::setlocale(LC_ALL, "C");
+}
+
+MAROVENDA_TEST_MAIN(ParseDecimalTest)
+#include "tst_ParseDecimal.moc"
