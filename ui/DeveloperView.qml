@@ -24,7 +24,7 @@ AppScreen {
                 width: page.inner
                 x: 24
                 // In the middle of what the button leaves, by the two springs around it.
-                y: 24 + (volver.y - 24 - height) / 2
+                y: (volver.y - height) / 2
                 spacing: 24
 
                 Image {
@@ -77,7 +77,7 @@ AppScreen {
                         }
                         Hairline {
                             objectName: "divider"
-                            width: links.width
+                            width: viewModel.haySitio || viewModel.hayCorreo ? links.width : links.most
                         }
                         LinkRow {
                             objectName: "correo"

@@ -19,6 +19,15 @@ ListView {
     // A current row would be scrolled to, past the title, whenever the rows change.
     currentIndex: -1
 
+    Keys.onPressed: event => {
+        const page = Math.max(1, Math.floor(height / 80))
+        const steps = { [Qt.Key_Home]: -count, [Qt.Key_End]: count, [Qt.Key_PageUp]: -page, [Qt.Key_PageDown]: page }
+        if (count > 0 && event.key in steps) {
+            event.accepted = true
+            currentIndex = Math.max(0, Math.min(count - 1, currentIndex + steps[event.key]))
+        }
+    }
+
     Accessible.role: Accessible.List
     Accessible.name: list.title
     Accessible.ignored: !list.enabled

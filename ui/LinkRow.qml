@@ -14,8 +14,16 @@ Pressable {
 
     text: link.emoji + " " + link.label + " " + link.target
 
+    // A wrapped text changes its implicit width with its width; what its width follows is measured apart.
+    TextMetrics {
+        id: measure
+        readonly property real wide: Math.ceil(advanceWidth) + 1
+        font: targetText.font
+        text: link.target
+    }
+
     contentItem: Grid {
-        columns: name.width + spacing + targetText.implicitWidth <= link.most ? 2 : 1
+        columns: name.width + spacing + measure.wide <= link.most ? 2 : 1
         spacing: Theme.spacing
         verticalItemAlignment: Grid.AlignVCenter
         horizontalItemAlignment: Grid.AlignHCenter
@@ -40,7 +48,7 @@ Pressable {
         }
         AppText {
             id: targetText
-            width: Math.min(implicitWidth, link.most)
+            width: Math.min(measure.wide, link.most)
             text: link.target
             textStyle: link.targetStyle
             bold: true

@@ -1,6 +1,6 @@
 """Stories of customers, told through the real app against a real server, from outside.
 
-usage: stories.py STORY APP SCRIPTED_APP SERVICE      stories.py --list
+usage: stories.py STORY APP SCRIPTED_APP SERVICE RELEASE_APP      stories.py --list
 
 Each story has a network of its own where the kernel grants one, since the app's port is built in; otherwise the stories
 wait for one another.
@@ -33,8 +33,8 @@ def story(function):
 class Stage:
     """What a story is played with."""
 
-    def __init__(self, app, scripted_app, service):
-        self.app, self.scripted_app, self.service_program = app, scripted_app, service
+    def __init__(self, app, scripted_app, service, release_app):
+        self.app, self.scripted_app, self.service_program, self.release_app = app, scripted_app, service, release_app
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="marovenda-story-"))
 
     def service(self):
@@ -266,6 +266,234 @@ def one_post_whatever_happens(stage):
         assert phone.standard_error() == "", phone.standard_error()
 
 
+ENTRANCES = [
+    ("Casillero", "Mi Casillero"),
+    ("Cotizar", "Cotizar Importación"),
+    ("Autos", "Importar Vehículo"),
+    ("Perfil", "Toca la imagen para cambiar foto"),
+    ("Dev", "Desarrollo de Software & IT Solutions"),
+    ("2 Paquetes", "Mis Paquetes"),
+    ("Ver todos", "Mis Paquetes"),
+    ("1 Cotizaciones", "Mis Cotizaciones"),
+    ("Ver todas", "Mis Cotizaciones"),
+]
+
+
+@story
+def every_entrance(stage):
+    with stage.service(), Phone(height=1200) as phone:
+        open_at_login(phone, stage.app)
+        phone.press("¿No tienes cuenta? Regístrate aquí")
+        phone.find("Crear Cuenta")
+        assert not phone.shows("Iniciar Sesión"), "the sign-in is heard under the registration"
+        phone.press("Atrás")
+        phone.find("Iniciar Sesión")
+        sign_in(phone, BRUNO)
+        phone.find("2 Paquetes")
+        for entrance, inside in ENTRANCES:
+            phone.press(entrance)
+            # Some of these texts are on the dashboard too.
+            phone.wait_gone("Bienvenido")
+            phone.find(inside)
+            back = "Volver al Panel" if entrance in ("Casillero", "Dev") else "Atrás"
+            assert phone.shows(back), f"{back} is missing behind {entrance}"
+            if entrance in ("Ver todos", "Cotizar"):
+                phone.keys("Escape")
+            else:
+                phone.press(back)
+            phone.find("Bienvenido")
+            phone.wait_gone(back)
+        assert phone.standard_error() == "", phone.standard_error()
+
+
+@story
+def quotation_by_sea(stage):
+    with stage.service(), Phone(height=1200) as phone:
+        open_at_login(phone, stage.app)
+        sign_in(phone, BRUNO)
+        phone.find("1 Cotizaciones")
+        phone.press("Cotizar")
+        phone.press("Marítimo")
+        phone.type("Peso (Lbs)", "12.5")
+        phone.type("Valor Declarado (USD)", "40")
+        phone.type("Descripción del contenido", "Silla de playa")
+        phone.press("Enviar Cotización")
+        phone.find("Enviado con éxito", "alert")
+        assert phone.find("Peso (Lbs)").text() == "", "the form was not emptied"
+        phone.press("Atrás")
+        phone.find("2 Cotizaciones")
+        phone.find("Origen: Miami, USA, Silla de playa, PENDIENTE")
+        phone.press("2 Cotizaciones")
+        phone.find("Silla de playa, PENDIENTE, Origen: Miami, USA")
+        assert phone.standard_error() == "", phone.standard_error()
+
+
+@story
+def mailbox_and_vehicle(stage):
+    with stage.service(), Phone() as phone:
+        open_at_login(phone, stage.app)
+        sign_in(phone, BRUNO)
+        phone.find("2 Paquetes")
+        phone.press("Casillero")
+        phone.wait_for(lambda: any(e.name.startswith("Bruno Díaz") for e in phone.elements()), "the mailbox's name")
+        assert any("Estado: Florida" in e.name for e in phone.elements())
+        phone.press("Volver al Panel")
+        phone.press("Autos")
+        phone.type("Marca (Ej: Toyota)", "Toyota")
+        phone.type("Modelo (Ej: Corolla)", "Corolla")
+        phone.type("Año", "2019")
+        phone.type("Ubicación o Subasta", "Copart Miami")
+        phone.press("Solicitar Importación")
+        phone.find("Solicitud enviada", "alert")
+        assert phone.find("Año").text() == "2019", "the form was emptied"
+
+
+@story
+def credits_links(stage):
+    with stage.service(), Phone() as phone:
+        open_at_login(phone, stage.app)
+        sign_in(phone, BRUNO)
+        phone.find("2 Paquetes")
+        phone.press("Dev")
+        phone.press("🌐 Sitio Web: corvandel.example")
+        phone.press("✉️ Correo: hola@corvandel.example")
+        phone.wait_for(lambda: len(phone.opened()) == 2, "both links")
+        assert sorted(phone.opened()) == ["https://corvandel.example/", "mailto:hola@corvandel.example"], phone.opened()
+
+
+@story
+def registration(stage):
+    with stage.service(), Phone() as phone:
+        open_at_login(phone, stage.app)
+        phone.press("¿No tienes cuenta? Regístrate aquí")
+        phone.press("Registrarme")
+        phone.find("Por favor completa todos los campos", "alert")
+        phone.type("Nombre Completo", "Eva Moreno ")
+        phone.type("Correo Electrónico", ANA[0])
+        phone.type("Dirección de Domicilio", "Calle 50")
+        phone.type("Ciudad", "Colon")
+        phone.type("Contraseña", "clave.1")
+        phone.press("Registrarme")
+        phone.find("La contraseña debe incluir al menos una mayúscula y un carácter especial", "alert")
+        phone.type("Contraseña", "Clave.1")
+        phone.press("Registrarme")
+        phone.find("Ese correo ya está registrado", "alert")
+        phone.type("Correo Electrónico", "eva@marovenda.example")
+        phone.press("Registrarme")
+        phone.find("Hola, Eva Moreno")
+        phone.find("0 Paquetes")
+        phone.press("Cerrar sesión")
+        sign_in(phone, ("eva@marovenda.example", "Clave.1"))
+        phone.find("Hola, Eva Moreno")
+
+
+def photo_colour(phone):
+    """The colour in the middle of the dashboard's photo."""
+    box = phone.find("Foto de perfil").box()
+    pixel = subprocess.run(["import", "-window", "root", "-crop", f"1x1+{box.x + box.width // 2}+{box.y + box.height // 2}",
+                            "-depth", "8", "rgb:-"], check=True, stdout=subprocess.PIPE).stdout
+    return tuple(pixel[:3])
+
+
+def is_red(colour):
+    return colour[0] > 200 and colour[1] < 60 and colour[2] < 60
+
+
+@story
+def photo(stage):
+    with Phone() as phone:
+        os.environ["HOME"] = str(phone.home)
+        pictures = phone.home / "Pictures"
+        pictures.mkdir()
+        for name, colour in (("rojo", "red"), ("verde", "lime")):
+            subprocess.run(["convert", "-size", "400x300", f"xc:{colour}", str(pictures / f"{name}.png")], check=True)
+
+        def pick(name):
+            phone.press("Cambiar foto")
+            phone.find("Elegir foto", "dialog")
+            phone.press(name, "push button")
+            phone.wait_gone("Elegir foto")
+
+        with stage.service():
+            open_at_login(phone, stage.app)
+            sign_in(phone, ANA)
+            phone.find("230 Paquetes")
+            phone.press("Perfil")
+            pick("rojo")
+            phone.press("Guardar Cambios")
+            phone.find("Perfil actualizado con éxito", "alert")
+            phone.press("Atrás")
+            phone.find("Bienvenido")
+            phone.wait_for(lambda: is_red(photo_colour(phone)), "the photo on the dashboard")
+            phone.close()
+            phone.open(stage.app)
+            phone.find("230 Paquetes")
+            phone.wait_for(lambda: is_red(photo_colour(phone)), "the photo after a restart")
+        # Without the service nothing is saved, and the old photo stays.
+        phone.press("Perfil")
+        pick("verde")
+        phone.press("Guardar Cambios")
+        phone.find("Error al actualizar", "alert")
+        phone.press("Atrás")
+        phone.find("Bienvenido")
+        phone.wait_for(lambda: is_red(photo_colour(phone)), "the old photo")
+        with stage.service():
+            # It is carried over to the next customer of this device.
+            phone.press("Cerrar sesión")
+            sign_in(phone, BRUNO)
+            phone.find("2 Paquetes")
+            phone.wait_for(lambda: is_red(photo_colour(phone)), "the photo of the one before")
+        assert phone.standard_error() == "", phone.standard_error()
+
+
+@story
+def infinite_weight(stage):
+    def script(request):
+        if request.line.startswith("POST /api_login.php"):
+            return reply('{"status":"success","id":"42"}')
+        return reply('{"status":"success"}')
+
+    server = ScriptedServer(18473, script)
+    with contextlib.closing(server), Phone() as phone:
+        open_at_login(phone, stage.scripted_app)
+        sign_in(phone, ("a@x", "b"))
+        phone.press("Cotizar")
+        phone.type("Peso (Lbs)", "inf")
+        phone.press("Enviar Cotización")
+        phone.find("Enviado con éxito")
+        post = server.posts()[-1]
+        assert post.line == "POST /api_cotizar.php HTTP/1.1" and post.body == b"", (post.line, post.body)
+        assert post.header("Content-Length") == "0" and post.header("Content-Type") == "application/json"
+
+
+@story
+def hundred_thousand_packages(stage):
+    rows = ",".join(f'{{"tracking":"MRV-{i}","descripcion":"Repuestos electrónicos, caja {i}","estado":"en tránsito",'
+                    f'"fecha_recibido":"2026-10-01"}}' for i in range(1, 100_001))
+    listing = reply(f'{{"paquetes":[{rows}]}}')
+
+    def script(request):
+        if request.line.startswith("POST /api_login.php"):
+            return reply('{"status":"success","id":"42"}')
+        return listing
+
+    # The build that customers get: the sanitizers of the other one take memory of their own.
+    server = ScriptedServer(demo_port(), script)
+    with contextlib.closing(server), Phone() as phone:
+        open_at_login(phone, stage.release_app)
+        sign_in(phone, ("a@x", "b"))
+        phone.press("100000 Paquetes")
+        phone.find("Tracking: MRV-1, Repuestos electrónicos, caja 1, EN TRÁNSITO")
+        phone.keys("Tab")
+        phone.keys("Tab")
+        phone.keys("End")
+        phone.find("Tracking: MRV-100000, Repuestos electrónicos, caja 100000, EN TRÁNSITO")
+        status = pathlib.Path(f"/proc/{phone.app.pid}/status").read_text()
+        peak = int(next(line.split()[1] for line in status.splitlines() if line.startswith("VmHWM"))) // 1024
+        print(f"peak memory {peak} MB")
+        assert peak < 250, f"{peak} MB"
+
+
 @story
 def wrong_arguments(stage):
     def run(*arguments):
@@ -296,7 +524,7 @@ def main():
         print("\n".join(STORIES))
         return
     lock = in_own_network()
-    STORIES[sys.argv[1]](Stage(*sys.argv[2:5]))
+    STORIES[sys.argv[1]](Stage(*sys.argv[2:6]))
     del lock
 
 
