@@ -24,7 +24,7 @@ AppScreen {
                 width: page.inner
                 x: 24
                 // In the middle of what the button leaves, by the two springs around it.
-                y: (volver.y - height) / 2
+                y: Math.round((volver.y - height) / 2)
                 spacing: 24
 
                 Image {

@@ -153,9 +153,12 @@ void DeveloperViewTest::layoutHasTheDesignedMeasures()
     const QImage drawn = screen.picture();
     const auto at = [&](QPointF point) { return drawn.pixelColor(point.toPoint()); };
     QCOMPARE(at(box(u"card"_s).center() + QPointF(0, -8)), QColor(Qt::white));
-    // The outline: grey at a fifth.
-    const QColor outline = at({box(u"card"_s).center().x(), box(u"card"_s).top()});
-    QVERIFY2(outline.red() < 240 && outline.red() > 215, qPrintable(outline.name()));
+    const auto *const back = screen.find(u"card"_s)->property("background").value<QQuickItem *>();
+    QCOMPARE(back->property("borderWidth").toReal(), 1);
+    const QColor outline = back->property("borderColor").value<QColor>();
+    QCOMPARE(outline.rgb(), grey.rgb());
+    QVERIFY(qAbs(outline.alphaF() - 0.2F) < 0.01F);
+    QVERIFY(at({box(u"card"_s).center().x(), box(u"card"_s).top() + 0.5}) != QColor(Qt::white));
     // Cut off at the corner.
     QCOMPARE(at(box(u"card"_s).topLeft() + QPointF(2, 2)), QColor(244, 244, 244));
     for (const QPoint point : {QPoint(3, 3), QPoint(386, 400), QPoint(3, 840)})
