@@ -6,13 +6,14 @@
 #include <functional>
 #include <optional>
 
-/// The gateway to the company's service: one call of a screen becomes one HTTPS exchange. It keeps no cookie, token or
-/// cache, retries nothing, logs nothing, and belongs to the main thread.
+/// The gateway to the company's service: one call of a screen becomes one HTTPS exchange. It keeps no cookie, token
+/// or cache, retries nothing, logs nothing, and belongs to the main thread.
 ///
 /// A completion is called once, on the main thread, never inside the call, in the order in which the exchanges ended,
 /// also when the screen that asked has gone: what it captures must live that long (see ViewModel::hold). It gets
-/// the reply record whatever the HTTP status, or nothing: no connection, a reply without bytes or too large, 60 seconds
-/// of silence, or bytes that do not read as the record. It is never called when the address is not a valid URL.
+/// the reply record whatever the HTTP status, or nothing: no connection, a reply without bytes or too large, 60
+/// seconds of silence, or bytes that do not read as the record. It is never called when the address is not a valid
+/// URL.
 class ApiClient final {
 public:
     ApiClient(const ApiClient &) = delete;
@@ -33,7 +34,7 @@ public:
     void fetchDashboard(qint64 userId, std::function<void(std::optional<DashboardResponse>)> completion) const;
 
 private:
-    using BytesHandler = std::function<void(const QByteArray &)>;
+    using BytesHandler = std::function<void(QByteArray)>;
 
     ApiClient();
 
@@ -42,8 +43,8 @@ private:
     template <Record Reply>
     static BytesHandler decoding(std::function<void(std::optional<Reply>)> completion)
     {
-        return [completion = std::move(completion)](const QByteArray &bytes) {
-            completion(bytes.isEmpty() ? std::nullopt : Json::read<Reply>(bytes).record);
+        return [completion = std::move(completion)](QByteArray bytes) {
+            completion(bytes.isEmpty() ? std::nullopt : Json::read<Reply>(std::move(bytes)).record);
         };
     }
 

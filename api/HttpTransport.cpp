@@ -67,6 +67,8 @@ public:
     }
 
 private:
+    /// Room behind the body for readers that look a little beyond the end.
+    static constexpr qint64 roomBehind = 64;
     static constexpr qint64 readBuffer = qint64(1) * 1024 * 1024;
 
     QNetworkReply *send(const HttpRequest &request)
@@ -99,7 +101,7 @@ private:
             return;
         }
         if (announced > m_body.capacity())
-            m_body.reserve(announced);
+            m_body.reserve(announced + roomBehind);
         m_body += m_reply->readAll();
     }
 

@@ -129,7 +129,9 @@ void Failure::insideRow(std::size_t index)
     m_place = QStringLiteral("[%1]").arg(index) + (m_place.isEmpty() ? QString() : QStringLiteral(".")) + m_place;
 }
 
-bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser, Element &root)
+namespace {
+
+bool parsePadded(QByteArrayView bytes, bool padded, Failure &failure, simdjson::dom::parser &parser, Element &root)
 {
     if (bytes.startsWith(byteOrderMark))
         bytes = bytes.sliced(byteOrderMark.size());
@@ -139,8 +141,26 @@ bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser
     if (!error && bytes.isEmpty())
         error = simdjson::EMPTY;
     if (!error)
-        error = parser.parse(bytes.data(), static_cast<std::size_t>(bytes.size())).get(root);
+        error = parser.parse(bytes.data(), static_cast<std::size_t>(bytes.size()), !padded).get(root);
     return error ? failure.notJson(simdjson::error_message(error)) : true;
+}
+
+} // namespace
+
+bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser, Element &root)
+{
+    return parsePadded(bytes, false, failure, parser, root);
+}
+
+bool parse(QByteArray &&bytes, Failure &failure, simdjson::dom::parser &parser, Element &root)
+{
+    // The parser reads a little beyond the end; without room for that it would make a copy.
+    const QByteArray mine = [&] {
+        QByteArray moved = std::move(bytes);
+        moved.reserve(moved.size() + readBeyond);
+        return moved;
+    }();
+    return parsePadded(mine, true, failure, parser, root);
 }
 
 bool readValue(Element from, QString &to, Failure &failure)

@@ -23,6 +23,9 @@ template <class T>
 concept Record = boost::describe::has_describe_members<T>::value;
 
 namespace Json {
+
+/// How many bytes of room behind a document spare the reader a copy of it.
+inline constexpr qsizetype readBeyond = simdjson::SIMDJSON_PADDING;
 template <class R>
 using Fields = boost::describe::describe_members<R, boost::describe::mod_public>;
 
@@ -160,6 +163,9 @@ bool readValue(Element from, R &to, Failure &failure)
 /// not JSON.
 bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser, Element &root);
 
+/// The same, letting go of the bytes once they are parsed: what `root` needs of them is in `parser`.
+bool parse(QByteArray &&bytes, Failure &failure, simdjson::dom::parser &parser, Element &root);
+
 bool writeValue(QByteArray &to, const QString &value);
 bool writeValue(QByteArray &to, qint64 value);
 bool writeValue(QByteArray &to, double value);
@@ -213,18 +219,19 @@ bool writeValue(QByteArray &to, const R &record)
 
 } // namespace detail
 
-/// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record. Takes no ownership; the record holds
-/// copies. Fails on anything that is not JSON, nests deeper than 1,024 or holds a number beyond a double or a whole
-/// number beyond 64 bits, on a top level that is not an object, and on any listed key with the wrong type; then there
-/// is no record at all.
-template <Record R>
-ReadResult<R> read(QByteArrayView bytes)
+/// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record, which holds copies. A QByteArray that is
+/// moved in is freed before the record is made, so that a large one is not in memory twice. Fails on anything that is
+/// not JSON, nests deeper than 1,024 or holds a number beyond a double or a whole number beyond 64 bits, on a top
+/// level that is not an object, and on any listed key with the wrong type; then there is no record at all.
+template <Record R, class Bytes>
+requires std::constructible_from<QByteArrayView, Bytes> ReadResult<R> read(Bytes &&bytes)
 {
     detail::Failure failure;
     simdjson::dom::parser parser;
     detail::Element root;
     R record;
-    if (!detail::parse(bytes, failure, parser, root) || !detail::readValue(root, record, failure))
+    if (!detail::parse(std::forward<Bytes>(bytes), failure, parser, root) ||
+        !detail::readValue(root, record, failure))
         return {std::nullopt, failure.text()};
     return {std::move(record), {}};
 }

@@ -74,7 +74,8 @@ QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape)
     if (format != "jpeg" && qint64(size.width()) * size.height() > mostPixels)
         return {};
     reader.setScaledSize(size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1}));
-    const QImage photo = reader.read();
+    // A picture of few colours would otherwise be painted as a pattern.
+    const QImage photo = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (photo.isNull())
         return {};
 

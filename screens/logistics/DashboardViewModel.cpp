@@ -11,16 +11,17 @@ namespace {
 
 constexpr qsizetype recentRows = 3;
 
+/// The first rows of a list that may be absent, as a list of their own.
+template <class R>
+QList<R> firstOf(const std::optional<QList<R>> &rows)
+{
+    return rows ? QList<R>(rows->begin(), rows->begin() + std::min(recentRows, rows->size())) : QList<R>();
+}
+
 template <class R>
 int countOf(const std::optional<QList<R>> &rows)
 {
     return rows ? static_cast<int>(rows->size()) : 0;
-}
-
-template <class R>
-QList<R> firstOf(const std::optional<QList<R>> &rows)
-{
-    return rows ? rows->first(std::min(recentRows, rows->size())) : QList<R>();
 }
 
 } // namespace
@@ -29,9 +30,6 @@ DashboardViewModel::DashboardViewModel(QObject *parent)
     : ViewModel(parent), m_paquetes(identityOf), m_cotizaciones(decltype(m_cotizaciones)::byPosition)
 {
 }
-
-int DashboardViewModel::paqueteCount() const { return m_data ? countOf(m_data->paquetes) : 0; }
-int DashboardViewModel::cotizacionCount() const { return m_data ? countOf(m_data->cotizaciones) : 0; }
 
 void DashboardViewModel::cargarDatos()
 {
@@ -43,11 +41,13 @@ void DashboardViewModel::cargarDatos()
         });
 }
 
-void DashboardViewModel::setData(const std::optional<DashboardResponse> &reply)
+void DashboardViewModel::setData(const std::optional<DashboardResponse> &data)
 {
-    m_data = reply;
-    m_paquetes.setRows(m_data ? firstOf(m_data->paquetes) : QList<DashboardResponse::Paquete>());
-    m_cotizaciones.setRows(m_data ? firstOf(m_data->cotizaciones) : QList<DashboardResponse::Cotizacion>());
+    const DashboardResponse shown = data.value_or(DashboardResponse());
+    m_paqueteCount = countOf(shown.paquetes);
+    m_cotizacionCount = countOf(shown.cotizaciones);
+    m_paquetes.setRows(firstOf(shown.paquetes));
+    m_cotizaciones.setRows(firstOf(shown.cotizaciones));
     emit dataChanged();
 }
 

@@ -24,10 +24,9 @@ class DashboardViewModel : public ViewModel {
 public:
     explicit DashboardViewModel(QObject *parent = nullptr);
 
-    /// The last reply; nothing before the first one and after a failed one.
-    const std::optional<DashboardResponse> &data() const { return m_data; }
-    int paqueteCount() const;
-    int cotizacionCount() const;
+    /// How many rows the last reply held; 0 before the first one and after a failed one.
+    int paqueteCount() const { return m_paqueteCount; }
+    int cotizacionCount() const { return m_cotizacionCount; }
     /// At most three rows each, in the order received.
     QAbstractItemModel *paquetesRecientes() { return &m_paquetes; }
     QAbstractItemModel *cotizacionesRecientes() { return &m_cotizaciones; }
@@ -42,9 +41,11 @@ Q_SIGNALS:
     void dataChanged();
 
 private:
-    void setData(const std::optional<DashboardResponse> &reply);
+    /// Keeps of a reply what is shown: a customer may have many rows, and this screen lives as long as the session.
+    void setData(const std::optional<DashboardResponse> &data);
 
-    std::optional<DashboardResponse> m_data;
+    int m_paqueteCount = 0;
+    int m_cotizacionCount = 0;
     RecordListModel<DashboardResponse::Paquete> m_paquetes;
     RecordListModel<DashboardResponse::Cotizacion> m_cotizaciones;
 };

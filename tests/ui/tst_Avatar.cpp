@@ -13,6 +13,8 @@ class AvatarTest : public QObject {
 private Q_SLOTS:
     void photoFillsACircle_data();
     void photoFillsACircle();
+    void picturesOfEveryDepthKeepTheirColours_data();
+    void picturesOfEveryDepthKeepTheirColours();
     void whatIsNoPhotoShowsThePlaceholder_data();
     void whatIsNoPhotoShowsThePlaceholder();
     void newPhotoReplacesTheOldOne();
@@ -67,6 +69,27 @@ void AvatarTest::photoFillsACircle()
     QVERIFY(drawn.pixelColor(85, 50).blue() > 200 && drawn.pixelColor(85, 50).red() < 60);
     for (const QPoint corner : {QPoint(3, 3), QPoint(96, 3), QPoint(3, 96), QPoint(96, 96)})
         QVERIFY(drawn.pixelColor(corner).green() > 200);
+}
+
+void AvatarTest::picturesOfEveryDepthKeepTheirColours_data()
+{
+    QTest::addColumn<int>("depth");
+    for (const auto depth : { QImage::Format_Mono, QImage::Format_Indexed8, QImage::Format_RGB32, QImage::Format_ARGB32,
+             QImage::Format_RGBX64 })
+        QTest::addRow("%d", int(depth)) << int(depth);
+}
+
+void AvatarTest::picturesOfEveryDepthKeepTheirColours()
+{
+    QFETCH(int, depth);
+    QImage red(40, 30, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    QImage image = red.convertToFormat(QImage::Format(depth), { qRgb(255, 0, 0), qRgb(0, 0, 255) });
+    const QImage shown = decodePhoto(encoded(image, "png"), 20);
+    for (int y = 6; y < 14; ++y) {
+        for (int x = 6; x < 14; ++x)
+            QCOMPARE(shown.pixelColor(x, y), QColor(Qt::red));
+    }
 }
 
 void AvatarTest::whatIsNoPhotoShowsThePlaceholder_data()

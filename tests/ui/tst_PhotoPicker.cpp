@@ -92,8 +92,8 @@ private:
     static QString focused(TestScreen &screen)
     {
         QQuickItem *const item = screen.window().activeFocusItem();
-        return item ? QAccessible::queryAccessibleInterface(item)->text(QAccessible::Name) + item->objectName()
-                    : QString();
+        QAccessibleInterface *const heard = QAccessible::queryAccessibleInterface(item);
+        return heard ? heard->text(QAccessible::Name) + item->objectName() : QString();
     }
     QString path(const QString &name) const { return m_home->filePath(u"Pictures/"_s + name); }
     QUrl url(const QString &name) const { return QUrl::fromLocalFile(path(name)); }

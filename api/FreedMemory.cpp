@@ -1,0 +1,16 @@
+#include "FreedMemory.h"
+
+#include <cstdlib>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+void returnFreedMemory()
+{
+#if defined(__GLIBC__)
+    // glibc keeps what each of the networking threads has freed in an arena of its own
+    // (https://man7.org/linux/man-pages/man3/malloc_trim.3.html).
+    malloc_trim(0);
+#endif
+}
