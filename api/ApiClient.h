@@ -44,7 +44,7 @@ private:
     static BytesHandler decoding(std::function<void(std::optional<Reply>)> completion)
     {
         return [completion = std::move(completion)](QByteArray bytes) {
-            completion(bytes.isEmpty() ? std::nullopt : Json::read<Reply>(std::move(bytes)).record);
+            completion(bytes.isEmpty() ? std::nullopt : Json::readAndFree<Reply>(std::move(bytes)).record);
         };
     }
 

@@ -219,21 +219,36 @@ bool writeValue(QByteArray &to, const R &record)
 
 } // namespace detail
 
-/// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record, which holds copies. A QByteArray that is
-/// moved in is freed before the record is made, so that a large one is not in memory twice. Fails on anything that is
-/// not JSON, nests deeper than 1,024 or holds a number beyond a double or a whole number beyond 64 bits, on a top
-/// level that is not an object, and on any listed key with the wrong type; then there is no record at all.
+namespace detail {
+
 template <Record R, class Bytes>
-requires std::constructible_from<QByteArrayView, Bytes> ReadResult<R> read(Bytes &&bytes)
+ReadResult<R> readRecord(Bytes bytes)
 {
-    detail::Failure failure;
+    Failure failure;
     simdjson::dom::parser parser;
-    detail::Element root;
+    Element root;
     R record;
-    if (!detail::parse(std::forward<Bytes>(bytes), failure, parser, root) ||
-        !detail::readValue(root, record, failure))
+    if (!parse(std::move(bytes), failure, parser, root) || !readValue(root, record, failure))
         return {std::nullopt, failure.text()};
     return {std::move(record), {}};
+}
+
+} // namespace detail
+
+/// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record, which holds copies. Fails on anything that
+/// is not JSON, nests deeper than 1,024 or holds a number beyond a double or a whole number beyond 64 bits, on a top
+/// level that is not an object, and on any listed key with the wrong type; then there is no record at all.
+template <Record R>
+ReadResult<R> read(QByteArrayView bytes)
+{
+    return detail::readRecord<R>(bytes);
+}
+
+/// The same, freeing the bytes before the record is made, so that a large reply is not in memory twice.
+template <Record R>
+ReadResult<R> readAndFree(QByteArray bytes)
+{
+    return detail::readRecord<R>(std::move(bytes));
 }
 
 /// Writes a record as compact JSON in UTF-8, "/" as "\/", every required field and no absent one. Nothing when

@@ -10,7 +10,8 @@ void MarovendaAppViewModel::iniciarSplash()
 {
     logoOpacity = 1.0;
     logoScale = 1.0;
-    // The photo is read and checked while the splash stands still; a damaged store is known before the root is chosen.
+    // The photo is read and checked while the splash stands still; a damaged store is known before the root is
+    // chosen.
     QTimer::singleShot(1200ms, this, [] { Session::instance().userAvatarData(); });
     QTimer::singleShot(2500ms, Qt::PreciseTimer, this, [this] { showSplash = false; });
 }

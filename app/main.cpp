@@ -22,7 +22,8 @@ int main(int argc, char *argv[])
     options.addVersionOption();
     options.process(application);
     if (!options.positionalArguments().isEmpty()) {
-        qCritical("marovenda: unknown argument \"%s\"; see --help", qUtf8Printable(options.positionalArguments().first()));
+        qCritical("marovenda: unknown argument \"%s\"; see --help",
+                  qUtf8Printable(options.positionalArguments().first()));
         return 2;
     }
 

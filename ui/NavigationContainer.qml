@@ -144,7 +144,7 @@ FocusScope {
 
         width: 20
         height: parent.height
-        enabled: container.depth > 1 && !animation.running && container.current && container.current.enabled
+        enabled: container.depth > 1 && !animation.running && container.current && container.current.enabled && !container.current.covered
 
         DragHandler {
             id: edge

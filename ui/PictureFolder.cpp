@@ -65,7 +65,7 @@ QVariant PictureList::data(const QModelIndex &index, int role) const
     }
 }
 
-QHash<int, QByteArray> PictureList::roleNames() const { return { { fileRole, "file" }, { nameRole, "name" } }; }
+QHash<int, QByteArray> PictureList::roleNames() const { return {{fileRole, "file"}, {nameRole, "name"}}; }
 
 void PictureFolder::refresh()
 {

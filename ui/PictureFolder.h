@@ -1,10 +1,11 @@
 #pragma once
 
 #include <QAbstractListModel>
-#include <QUrl>
 #include <QtQmlIntegration>
+#include <QUrl>
 
-/// Pictures as the rows of a list, with the roles "file", a local address, and "name", the file's name without its ending.
+/// Pictures as the rows of a list, with the roles "file", a local address, and "name", the file's name without its
+/// ending.
 class PictureList final : public QAbstractListModel {
 public:
     using QAbstractListModel::QAbstractListModel;
@@ -19,8 +20,8 @@ private:
     QStringList m_files;
 };
 
-/// The pictures in the customer's pictures folder and the folders in it, the newest first. The folder is read off the main
-/// thread when `refresh` is called.
+/// The pictures in the customer's pictures folder and the folders in it, the newest first. The folder is read off the
+/// main thread when `refresh` is called.
 class PictureFolder : public QObject {
     Q_OBJECT
     QML_ELEMENT

@@ -8,8 +8,8 @@
 
 #include <optional>
 
-/// The four values that stay on the device. Every write is in the store when the setter returns, and every binding to a
-/// value follows it. Belongs to the main thread.
+/// The four values that stay on the device. Every write is in the store when the setter returns, and every binding to
+/// a value follows it. Belongs to the main thread.
 ///
 /// Without a usable store the values live as long as the process; one line on stderr says so.
 class Session final : public QObject {

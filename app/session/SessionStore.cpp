@@ -19,8 +19,8 @@ constexpr auto ownerOnlyDirectory = ownerOnly | QFileDevice::ExeOwner;
 /// The layout of the database, kept in its user_version.
 constexpr int layoutVersion = 1;
 
-/// SQLite finds damage in its own structures but not in the bytes of a value; this check does, and it covers the key, so
-/// that one value cannot pass for another. XXH3, 64 bits: against accidents, not against a forger.
+/// SQLite finds damage in its own structures but not in the bytes of a value; this check does, and it covers the key,
+/// so that one value cannot pass for another. XXH3, 64 bits: against accidents, not against a forger.
 qint64 checkOf(SessionStore::Key key, const QByteArray &value)
 {
     const auto seed = static_cast<XXH64_hash_t>(key) + 1;
@@ -64,7 +64,8 @@ SessionStore::~SessionStore() = default;
 SessionStore::Health SessionStore::open()
 {
     const QDir parent(QFileInfo(m_directory).path());
-    if (!QFileInfo::exists(m_directory) && (!parent.mkpath(u"."_s) || !parent.mkdir(m_directory, ownerOnlyDirectory))) {
+    if (!QFileInfo::exists(m_directory) &&
+        (!parent.mkpath(u"."_s) || !parent.mkdir(m_directory, ownerOnlyDirectory))) {
         complain(u"the directory %1 cannot be created"_s.arg(m_directory));
         return Health::Unusable;
     }
@@ -80,7 +81,8 @@ SessionStore::Health SessionStore::open()
     QFile::setPermissions(m_path, ownerOnly);
 
     sqlite3 *database = nullptr;
-    const int code = sqlite3_open_v2(QFile::encodeName(m_path).constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    const int code =
+        sqlite3_open_v2(QFile::encodeName(m_path).constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
     m_database.reset(database);
     if (code != SQLITE_OK) {
         complain(u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(database))));
@@ -171,8 +173,8 @@ int SessionStore::checkRows() const
         for (const Key key : keys) {
             code = sqlite3_step(statement.get());
             const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), 1));
-            if (code != SQLITE_ROW || sqlite3_column_int(statement.get(), 0) != rowOf(key)
-                || qstrcmp(text, name(key)) != 0) {
+            if (code != SQLITE_ROW || sqlite3_column_int(statement.get(), 0) != rowOf(key) ||
+                qstrcmp(text, name(key)) != 0) {
                 code = SQLITE_CORRUPT;
                 break;
             }
@@ -222,20 +224,21 @@ std::optional<QByteArray> SessionStore::read(Key key)
             sqlite3_bind_int(statement.get(), 1, rowOf(key));
             code = sqlite3_step(statement.get());
             if (code == SQLITE_ROW) {
-                if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL
-                    && sqlite3_column_type(statement.get(), 1) == SQLITE_NULL)
+                if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL &&
+                    sqlite3_column_type(statement.get(), 1) == SQLITE_NULL)
                     return std::nullopt;
                 const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement.get(), 0));
                 QByteArray value(bytes, sqlite3_column_bytes(statement.get(), 0));
-                if (sqlite3_column_type(statement.get(), 1) == SQLITE_INTEGER
-                    && sqlite3_column_int64(statement.get(), 1) == checkOf(key, value))
+                if (sqlite3_column_type(statement.get(), 1) == SQLITE_INTEGER &&
+                    sqlite3_column_int64(statement.get(), 1) == checkOf(key, value))
                     return value;
                 code = SQLITE_CORRUPT;
             }
         }
     }
     complain(u"%1 in %2 cannot be read: %3"_s.arg(
-        QLatin1String(name(key)), m_path, QString::fromUtf8(sqlite3_errstr(code == SQLITE_DONE ? SQLITE_CORRUPT : code))));
+        QLatin1String(name(key)), m_path,
+        QString::fromUtf8(sqlite3_errstr(code == SQLITE_DONE ? SQLITE_CORRUPT : code))));
     if (code == SQLITE_DONE || healthOf(code) == Health::Damaged)
         recover();
     return std::nullopt;
@@ -261,8 +264,8 @@ bool SessionStore::write(Key key, const QByteArray &value)
         m_complained = false;
         return true;
     }
-    complain(u"%1 in %2 cannot be written: %3"_s.arg(
-        QLatin1String(name(key)), m_path, QString::fromUtf8(sqlite3_errstr(code))));
+    complain(u"%1 in %2 cannot be written: %3"_s.arg(QLatin1String(name(key)), m_path,
+                                                     QString::fromUtf8(sqlite3_errstr(code))));
     return false;
 }
 
@@ -286,7 +289,7 @@ bool SessionStore::moveAside()
     const auto aside = [this](int number, QLatin1StringView companion) {
         return u"%1.damaged-%2%3"_s.arg(m_path).arg(number).arg(companion);
     };
-    static constexpr std::array companions { "-wal"_L1, "-shm"_L1, ""_L1 };
+    static constexpr std::array companions{"-wal"_L1, "-shm"_L1, ""_L1};
     int number = 1;
     while (QFileInfo::exists(aside(number, ""_L1)))
         ++number;

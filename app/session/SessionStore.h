@@ -12,8 +12,8 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 /// The file behind the session: four values under fixed keys, each with a check of its own, in a SQLite database that
-/// only the user can read. A write that returned true is on disk: the database is in WAL mode and synchronised at each
-/// commit (https://www.sqlite.org/pragma.html#pragma_synchronous, FULL). A change to one value does not rewrite
+/// only the user can read. A write that returned true is on disk: the database is in WAL mode and synchronised at
+/// each commit (https://www.sqlite.org/pragma.html#pragma_synchronous, FULL). A change to one value does not rewrite
 /// another.
 ///
 /// A store that cannot be opened, or is found damaged, says so once through `report`. A damaged file is moved
@@ -22,7 +22,7 @@ struct sqlite3_stmt;
 class SessionStore {
 public:
     enum class Key { UserId, UserNombre, UserEmail, UserAvatar };
-    static constexpr std::array keys { Key::UserId, Key::UserNombre, Key::UserEmail, Key::UserAvatar };
+    static constexpr std::array keys{Key::UserId, Key::UserNombre, Key::UserEmail, Key::UserAvatar};
 
     /// The name under which a value is kept: "user_id" and so on.
     static const char *name(Key key);

@@ -74,8 +74,8 @@ void AvatarTest::photoFillsACircle()
 void AvatarTest::picturesOfEveryDepthKeepTheirColours_data()
 {
     QTest::addColumn<int>("depth");
-    for (const auto depth : { QImage::Format_Mono, QImage::Format_Indexed8, QImage::Format_RGB32, QImage::Format_ARGB32,
-             QImage::Format_RGBX64 })
+    for (const auto depth : {QImage::Format_Mono, QImage::Format_Indexed8, QImage::Format_RGB32,
+                             QImage::Format_ARGB32, QImage::Format_RGBX64})
         QTest::addRow("%d", int(depth)) << int(depth);
 }
 
@@ -84,7 +84,7 @@ void AvatarTest::picturesOfEveryDepthKeepTheirColours()
     QFETCH(int, depth);
     QImage red(40, 30, QImage::Format_RGB32);
     red.fill(Qt::red);
-    QImage image = red.convertToFormat(QImage::Format(depth), { qRgb(255, 0, 0), qRgb(0, 0, 255) });
+    QImage image = red.convertToFormat(QImage::Format(depth), {qRgb(255, 0, 0), qRgb(0, 0, 255)});
     const QImage shown = decodePhoto(encoded(image, "png"), 20);
     for (int y = 6; y < 14; ++y) {
         for (int x = 6; x < 14; ++x)

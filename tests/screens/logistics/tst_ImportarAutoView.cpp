@@ -67,8 +67,8 @@ void ImportarAutoViewTest::typedFormIsSentByteForByte()
     fill(screen, "ubicacion", u"Subasta Ñ"_s);
     press(screen);
     waitForRequests(1);
-    const QByteArray stated
-        = R"({"user_id":42,"marca":" Toyota ","modelo":"Corolla\/LE","anio":"2019","ubicacion":"Subasta Ñ"})";
+    const QByteArray stated =
+        R"({"user_id":42,"marca":" Toyota ","modelo":"Corolla\/LE","anio":"2019","ubicacion":"Subasta Ñ"})";
     QCOMPARE(server.requests().first().body, stated);
 }
 
