@@ -73,11 +73,16 @@ QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape)
         return {};
     if (format != "jpeg" && qint64(size.width()) * size.height() > mostPixels)
         return {};
-    reader.setScaledSize(size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1}));
-    // A picture of few colours would otherwise be painted as a pattern.
-    const QImage photo = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    const QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1});
+    if (format == "jpeg" || format == "webp")
+        reader.setScaledSize(scaled); // while decoding, which is what takes their time and memory
+    // Before it is scaled or painted: a picture of two colours would become a black and white pattern.
+    QImage photo = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (photo.isNull())
         return {};
+    // A picture that lies on its side has been turned by now.
+    if (format != "jpeg" && format != "webp")
+        photo = photo.scaled(scaled, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 
     QImage circle(diameter, diameter, QImage::Format_ARGB32_Premultiplied);
     circle.fill(Qt::transparent);

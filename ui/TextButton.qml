@@ -15,6 +15,7 @@ Pressable {
         bold: button.bold
         color: button.color
         horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
         partOfControl: true
     }
 }

@@ -84,11 +84,13 @@ void AvatarTest::picturesOfEveryDepthKeepTheirColours()
     QFETCH(int, depth);
     QImage red(40, 30, QImage::Format_RGB32);
     red.fill(Qt::red);
-    QImage image = red.convertToFormat(QImage::Format(depth), {qRgb(255, 0, 0), qRgb(0, 0, 255)});
-    const QImage shown = decodePhoto(encoded(image, "png"), 20);
-    for (int y = 6; y < 14; ++y) {
-        for (int x = 6; x < 14; ++x)
-            QCOMPARE(shown.pixelColor(x, y), QColor(Qt::red));
+    for (const QList<QRgb> &palette : {QList<QRgb>{qRgb(255, 0, 0)}, QList<QRgb>{qRgb(255, 0, 0), qRgb(0, 0, 255)}}) {
+        const QImage image = red.convertToFormat(QImage::Format(depth), palette);
+        const QImage shown = decodePhoto(encoded(image, "png"), 20);
+        for (int y = 6; y < 14; ++y) {
+            for (int x = 6; x < 14; ++x)
+                QCOMPARE(shown.pixelColor(x, y), QColor(Qt::red));
+        }
     }
 }
 
