@@ -5,15 +5,19 @@ import Marovenda.Ui
 Item {
     property alias text: label.text
 
-    implicitHeight: Math.max(52, label.implicitHeight + 11)
+    implicitHeight: Math.max(52, label.contentHeight + 11)
 
     AppText {
         id: label
-        anchors.verticalCenter: parent.verticalCenter
+        y: (parent.height - contentHeight) / 2
+        height: contentHeight
         x: Theme.padding
         width: parent.width - 2 * Theme.padding
         textStyle: Theme.largeTitle
         bold: true
+        // At a large text size the words stay whole as long as they fit at the standard one.
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: 34
         Accessible.role: Accessible.Heading
     }
 }

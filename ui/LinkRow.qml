@@ -54,6 +54,9 @@ Pressable {
             bold: true
             color: Theme.blue
             wrapMode: Text.WrapAnywhere
+            fontSizeMode: Text.HorizontalFit
+            minimumPixelSize: 13
+            height: contentHeight
             partOfControl: true
         }
     }

@@ -27,6 +27,8 @@ QtObject {
 
     readonly property string face: "Inter"
     readonly property real textScale: PlatformSettings.textScale
+    // Beyond this size, things that stand side by side go below each other where that keeps words whole.
+    readonly property bool largeText: textScale > 1.4
     readonly property bool reducedMotion: PlatformSettings.reducedMotion
 
     readonly property TextStyle largeTitle: TextStyle { size: 34 * theme.textScale; line: 41 * theme.textScale }

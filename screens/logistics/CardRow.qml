@@ -15,7 +15,8 @@ Item {
     property bool partOfControl: false
     readonly property real padding: 12
 
-    implicitHeight: Math.max(tile.height, lines.height, badgeText.height) + 2 * padding
+    implicitHeight: Math.max(tile.height, lines.height, Theme.largeText ? 0 : badgeText.height)
+        + (Theme.largeText ? Theme.spacing + badgeText.height : 0) + 2 * padding
 
     Accessible.role: Accessible.ListItem
     Accessible.name: row.spoken
@@ -31,7 +32,7 @@ Item {
     }
     ContinuousRectangle {
         id: tile
-        anchors.verticalCenter: parent.verticalCenter
+        y: Theme.largeText ? row.padding : (row.height - height) / 2
         x: row.padding
         width: 48
         height: 48
@@ -46,9 +47,9 @@ Item {
     }
     Column {
         id: lines
-        anchors.verticalCenter: parent.verticalCenter
         x: tile.x + tile.width + 2 * Theme.spacing
-        width: badgeText.x - x - Theme.spacing
+        y: Theme.largeText ? row.padding : (row.height - height) / 2
+        width: (Theme.largeText ? row.width - row.padding : badgeText.x - Theme.spacing) - x
         spacing: Theme.spacing
         AppText {
             width: parent.width
@@ -67,10 +68,9 @@ Item {
     }
     AppText {
         id: badgeText
-        anchors.right: parent.right
-        anchors.rightMargin: row.padding
-        anchors.verticalCenter: parent.verticalCenter
-        width: Math.min(implicitWidth, parent.width * 0.36)
+        x: row.width - row.padding - width
+        y: Theme.largeText ? row.height - row.padding - height : (row.height - height) / 2
+        width: Math.min(implicitWidth, Theme.largeText ? row.width - 2 * row.padding : row.width * 0.36)
         text: row.badge
         textStyle: Theme.caption
         bold: true

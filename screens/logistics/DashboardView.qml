@@ -98,7 +98,10 @@ AppScreen {
                     }
                     Item {
                         width: parent.width - 2 * Theme.padding
-                        height: 8 + Math.max(paquetes.height, cotizaciones.height)
+                        // Below each other where they would run into one another.
+                        readonly property bool stacked: paquetes.width + Theme.spacing + cotizaciones.width > width
+                        height: 8 + (stacked ? cotizaciones.y + cotizaciones.height - 8
+                                             : Math.max(paquetes.height, cotizaciones.height))
                         CountBlock {
                             id: paquetes
                             objectName: "paqueteCount"
@@ -110,8 +113,8 @@ AppScreen {
                         CountBlock {
                             id: cotizaciones
                             objectName: "cotizacionCount"
-                            y: 8
-                            anchors.right: parent.right
+                            y: parent.stacked ? paquetes.y + paquetes.height + Theme.spacing : 8
+                            x: parent.stacked ? 0 : parent.width - width
                             count: viewModel.cotizacionCount
                             caption: "Cotizaciones"
                             onClicked: screen.push(screens.cotizaciones)

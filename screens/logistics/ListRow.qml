@@ -23,25 +23,26 @@ GroupedRow {
 
         Item {
             width: parent.width
-            height: Math.max(headlineText.height, badgeText.height)
+            height: Theme.largeText ? headlineText.height + 6 + badgeText.height
+                                    : Math.max(headlineText.height, badgeText.height)
             AppText {
                 id: headlineText
-                anchors.verticalCenter: parent.verticalCenter
-                width: badgeText.x - Theme.spacing
+                y: Theme.largeText ? 0 : (parent.height - height) / 2
+                width: Theme.largeText ? parent.width : badgeText.x - Theme.spacing
                 text: row.headline
                 bold: true
                 partOfControl: true
             }
             AppText {
                 id: badgeText
-                anchors.right: parent.right
-                anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, parent.width * 0.45)
+                x: Theme.largeText ? 0 : parent.width - width
+                y: Theme.largeText ? parent.height - height : (parent.height - height) / 2
+                width: Math.min(implicitWidth, Theme.largeText ? parent.width : parent.width * 0.45)
                 text: row.badge
                 textStyle: Theme.caption
                 bold: true
                 color: row.badgeColor
-                horizontalAlignment: Text.AlignRight
+                horizontalAlignment: Theme.largeText ? Text.AlignLeft : Text.AlignRight
                 partOfControl: true
             }
         }

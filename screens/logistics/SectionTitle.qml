@@ -1,29 +1,31 @@
 import QtQuick
 import Marovenda.Ui
 
-// The title of a section with the link to all of it.
+// The title of a section with the link to all of it, below the title where they do not fit side by side.
 Item {
     id: section
 
     required property string title
     required property string link
+    readonly property bool stacked: titleText.implicitWidth + Theme.spacing + linkButton.width > width
 
     signal clicked()
 
-    implicitHeight: Math.max(titleText.height, linkButton.height)
+    implicitHeight: stacked ? titleText.height + Theme.spacing + linkButton.height
+                            : Math.max(titleText.height, linkButton.height)
 
     AppText {
         id: titleText
-        anchors.verticalCenter: parent.verticalCenter
-        width: parent.width - linkButton.width - Theme.spacing
+        y: section.stacked ? 0 : (section.height - height) / 2
+        width: section.stacked ? section.width : section.width - linkButton.width - Theme.spacing
         text: section.title
         textStyle: Theme.headline
         Accessible.role: Accessible.Heading
     }
     TextButton {
         id: linkButton
-        anchors.right: parent.right
-        anchors.verticalCenter: parent.verticalCenter
+        x: section.stacked ? 0 : section.width - width
+        y: section.height - height - (section.stacked ? 0 : (section.height - height) / 2)
         text: section.link
         onClicked: section.clicked()
     }

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "ScriptedServer.h"
+#include "TestScreen.h"
+
+#include <functional>
+
+/// A screen in one of its states.
+struct Scene {
+    QByteArray name;
+    QByteArray qml;
+    /// What the service answers and what the session holds.
+    std::function<void(ScriptedServer &)> given;
+    /// What the customer does, up to the state to be shown. False when it did not come.
+    std::function<bool(TestScreen &)> when;
+};
+
+/// All screens, each in the states that differ in their look.
+QList<Scene> scenes();
