@@ -20,6 +20,7 @@ private Q_SLOTS:
     void swipeThatStopsShortComesBack();
     void flickPops();
     void swipeElsewhereIsNoPop();
+    void swipeOverACoveredScreenIsNoPop();
     void titleOfTheBarComesWhenTheLargeOneHasGone();
     void resizedWindowResizesEveryScreen();
 
@@ -236,6 +237,21 @@ void NavigationContainerTest::swipeElsewhereIsNoPop()
     QCOMPARE(screen.find(u"next"_s)->x(), 0);
     release(screen, 350);
     QCOMPARE(depth(screen), 2);
+}
+
+void NavigationContainerTest::swipeOverACoveredScreenIsNoPop()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    screen.find(u"next"_s)->setProperty("covered", true);
+    drag(screen, 5, 300);
+    QCOMPARE(screen.find(u"next"_s)->x(), 0);
+    release(screen, 300);
+    QCOMPARE(depth(screen), 2);
+    screen.find(u"next"_s)->setProperty("covered", false);
+    drag(screen, 5, 300);
+    release(screen, 300);
+    QTRY_COMPARE(depth(screen), 1);
 }
 
 void NavigationContainerTest::titleOfTheBarComesWhenTheLargeOneHasGone()
