@@ -317,8 +317,10 @@ def quotation_by_sea(stage):
         phone.type("Peso (Lbs)", "12.5")
         phone.type("Valor Declarado (USD)", "40")
         phone.type("Descripción del contenido", "Silla de playa")
+        assert all(e.name for e in phone.elements()), f"something has no name: {phone.elements()}"
         phone.press("Enviar Cotización")
         phone.find("Enviado con éxito", "alert")
+        phone.wait_for(lambda: heard_alert(phone, "Enviado con éxito"), "the announcement")
         assert phone.find("Peso (Lbs)").text() == "", "the form was not emptied"
         phone.press("Atrás")
         phone.find("2 Cotizaciones")
