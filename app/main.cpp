@@ -20,6 +20,10 @@ int main(int argc, char *argv[])
     QCommandLineParser options;
     options.addHelpOption();
     options.addVersionOption();
+    if (!options.parse(QCoreApplication::arguments())) {
+        qCritical("marovenda: %s See --help.", qUtf8Printable(options.errorText()));
+        return 2;
+    }
     options.process(application);
     if (!options.positionalArguments().isEmpty()) {
         qCritical("marovenda: unknown argument \"%s\"; see --help",

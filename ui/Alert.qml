@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Marovenda.Ui
 
 // A question over the whole window, with one text input and two buttons. Its focus starts in the input and cannot leave.

@@ -9,6 +9,7 @@ Item {
     required property string name
     property real gap: 3
     property bool current: false
+    property bool marked: false
 
     signal chosen()
 
@@ -32,7 +33,7 @@ Item {
     }
     Rectangle {
         anchors.fill: view
-        visible: cell.current
+        visible: cell.marked
         color: "transparent"
         border.color: Theme.blue
         border.width: 3

@@ -20,6 +20,7 @@ FocusScope {
         folder.refresh()
         shown = true
         grid.currentIndex = 0
+        grid.byKeyboard = false
         grid.forceActiveFocus()
     }
 
@@ -94,6 +95,8 @@ FocusScope {
         id: grid
         objectName: "photos"
         readonly property real gap: 3
+        // Where the keyboard is shows once it is used.
+        property bool byKeyboard: false
         readonly property int columns: Math.max(3, Math.floor(width / 180))
 
         anchors.top: bar.bottom
@@ -108,6 +111,10 @@ FocusScope {
         keyNavigationEnabled: true
         KeyNavigation.tab: cancel
         KeyNavigation.backtab: cancel
+        Keys.onPressed: event => {
+            byKeyboard = true
+            event.accepted = false
+        }
         Keys.onReturnPressed: if (currentItem) picker.choose((currentItem as PhotoCell).file)
         Keys.onEnterPressed: if (currentItem) picker.choose((currentItem as PhotoCell).file)
         Keys.onSpacePressed: if (currentItem) picker.choose((currentItem as PhotoCell).file)
@@ -117,6 +124,7 @@ FocusScope {
             height: grid.cellHeight
             gap: grid.gap
             current: GridView.isCurrentItem && grid.activeFocus
+            marked: current && grid.byKeyboard
             onChosen: picker.choose(file)
         }
         ScrollIndicator { area: grid }
