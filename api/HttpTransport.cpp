@@ -45,16 +45,19 @@ private:
 /// One exchange with a manager of its own: exchanges that share one also share its connections and their faults.
 class Exchange final : public QObject {
 public:
-    Exchange(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits)
+    Exchange(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits,
+             const HttpObserver &observer)
         : QObject(QCoreApplication::instance()), m_finished(std::move(finished)), m_limits(limits)
     {
         m_manager.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
         m_reply = send(request);
         m_reply->setReadBufferSize(readBuffer);
+        if (observer)
+            observer(*m_reply);
 
         m_silence.setSingleShot(true);
         m_silence.setTimerType(Qt::CoarseTimer);
-        m_silence.callOnTimeout(this, [this] { giveUp(); });
+        m_silence.callOnTimeout(this, [this] { giveUp(HttpReply::End::Silent); });
         m_silence.start(m_limits.silence);
 
         const auto moved = [this] { m_silence.start(); };
@@ -97,7 +100,7 @@ private:
             return;
         const qint64 announced = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
         if (announced > m_limits.bodySize || m_body.size() + m_reply->bytesAvailable() > m_limits.bodySize) {
-            giveUp();
+            giveUp(HttpReply::End::TooLarge);
             return;
         }
         if (announced > m_body.capacity())
@@ -106,9 +109,10 @@ private:
     }
 
     /// Ends the exchange as one without a reply.
-    void giveUp()
+    void giveUp(HttpReply::End end)
     {
         m_dropped = true;
+        m_end = end;
         m_body = {};
         m_reply->abort();
     }
@@ -123,6 +127,7 @@ private:
         reply.status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
         reply.headers = m_reply->rawHeaderPairs();
         reply.error = m_reply->error();
+        reply.end = m_end;
         deleteLater();
         m_finished(std::move(reply));
     }
@@ -134,11 +139,13 @@ private:
     QNetworkReply *m_reply = nullptr;
     QByteArray m_body;
     bool m_dropped = false;
+    HttpReply::End m_end = HttpReply::End::Platform;
 };
 
 } // namespace
 
-void sendHttp(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits)
+void sendHttp(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits,
+              const HttpObserver &observer)
 {
-    new Exchange(request, std::move(finished), limits);
+    new Exchange(request, std::move(finished), limits, observer);
 }

@@ -77,6 +77,7 @@ void HttpLimitsTest::replyUpToTheLimitIsTaken()
         const auto outcome = send(request, sized(5000));
         QVERIFY(completed(outcome));
         QVERIFY(outcome->reply.body == (taken ? body : QByteArray()));
+        QCOMPARE(outcome->reply.end, taken ? HttpReply::End::Platform : HttpReply::End::TooLarge);
     }
 }
 
@@ -154,6 +155,7 @@ void HttpLimitsTest::silenceEndsTheExchange()
         QVERIFY2(time.elapsed() >= 285, QByteArray::number(time.elapsed()).constData());
         QVERIFY(outcome->reply.body.isEmpty());
         QCOMPARE(outcome->reply.error, QNetworkReply::OperationCanceledError);
+        QCOMPARE(outcome->reply.end, HttpReply::End::Silent);
         // The server is told.
         QTRY_VERIFY(!server.held.last()->isConnected());
     }

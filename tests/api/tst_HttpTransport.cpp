@@ -24,6 +24,7 @@ private Q_SLOTS:
     void replyIsTakenWhateverItsStatus_data();
     void replyIsTakenWhateverItsStatus();
     void statusAndHeadersAreKnown();
+    void observerSeesTheExchangeFromItsStart();
     void redirectIsNotFollowed_data();
     void redirectIsNotFollowed();
     void noCookieIsSentBack();
@@ -143,6 +144,21 @@ void HttpTransportTest::statusAndHeadersAreKnown()
     QCOMPARE(outcome->reply.status, 503);
     QVERIFY(outcome->reply.headers.contains(QNetworkReply::RawHeaderPair("X-Reason", "tired")));
     QCOMPARE(outcome->reply.error, QNetworkReply::ServiceUnavailableError);
+}
+
+void HttpTransportTest::observerSeesTheExchangeFromItsStart()
+{
+    server.reply("/a", "b");
+    QStringList seen;
+    sendHttp(
+        get(server), [&](const HttpReply &reply) { seen += QString::fromUtf8(reply.body); }, {},
+        [&](const QNetworkReply &reply) {
+            seen += reply.isFinished() ? u"too late"_s : u"in time"_s;
+            connect(&reply, &QNetworkReply::requestSent, this, [&] { seen += u"sent"_s; });
+            connect(&reply, &QNetworkReply::finished, this, [&] { seen += u"finished"_s; });
+        });
+    QCOMPARE(seen, QStringList(u"in time"_s));
+    QTRY_COMPARE(seen, (QStringList{u"in time"_s, u"sent"_s, u"finished"_s, u"b"_s}));
 }
 
 void HttpTransportTest::redirectIsNotFollowed_data()
