@@ -2,23 +2,13 @@
 
 #include "Deployment.h"
 #include "FreedMemory.h"
-#include "HttpTransport.h"
+#include "ServiceRequests.h"
 
 #include <QCoreApplication>
 #include <QMetaObject>
 #include <QTimer>
 
-using namespace Qt::StringLiterals;
-
 namespace {
-
-/// Absolute, with a host; anything else is not sent.
-std::optional<QUrl> serviceUrl(const QString &address)
-{
-    const QUrl url(address, QUrl::StrictMode);
-    const bool web = url.scheme() == "https"_L1 || url.scheme() == "http"_L1;
-    return url.isValid() && web && !url.host().isEmpty() ? std::optional(url) : std::nullopt;
-}
 
 constexpr qsizetype largeReply = qsizetype(1024) * 1024;
 constexpr std::chrono::milliseconds largeReplyRest{500};
@@ -49,13 +39,12 @@ ApiClient &ApiClient::instance()
 
 void ApiClient::postBytes(const QString &endpoint, const QByteArray &body, BytesHandler handler) const
 {
-    if (const auto url = serviceUrl(baseUrl + endpoint))
-        send({HttpRequest::Method::Post, *url, body, "application/json"}, std::move(handler));
+    if (const auto request = ServiceRequests::post(baseUrl, endpoint, body))
+        send(*request, std::move(handler));
 }
 
 void ApiClient::fetchDashboard(qint64 userId, std::function<void(std::optional<DashboardResponse>)> completion) const
 {
-    const auto url = serviceUrl(baseUrl + u"api_paquetes.php?user_id="_s + QString::number(userId));
-    if (url)
-        send({HttpRequest::Method::Get, *url}, decoding<DashboardResponse>(std::move(completion)));
+    if (const auto request = ServiceRequests::listing(baseUrl, userId))
+        send(*request, decoding<DashboardResponse>(std::move(completion)));
 }
