@@ -235,6 +235,14 @@ ReadResult<R> readRecord(Bytes bytes)
 
 } // namespace detail
 
+// For tools that look at every value of a reply, where reading ends with the first wrong one: the same judgement,
+// value by value.
+using detail::Element;
+using detail::Failure;
+using detail::parse;
+using detail::readField;
+using detail::readValue;
+
 /// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record, which holds copies. Fails on anything that
 /// is not JSON, nests deeper than 1,024 or holds a number beyond a double or a whole number beyond 64 bits, on a top
 /// level that is not an object, and on any listed key with the wrong type; then there is no record at all.
