@@ -29,6 +29,17 @@ qint64 checkOf(SessionStore::Key key, const QByteArray &value)
 
 int rowOf(SessionStore::Key key) { return static_cast<int>(key) + 1; }
 
+/// A file that has lost its content, which SQLite would silently take for a new one: it counts a single byte as none,
+/// and deletes a log that it finds beside an empty file. The log is looked at first, since another process that is
+/// just making the store makes the log last.
+bool isStump(const QString &path)
+{
+    const QFileInfo log(path + "-wal"_L1);
+    const bool hasLog = log.isFile() && log.size() > 0;
+    const qint64 size = QFileInfo(path).size();
+    return size == 1 || (size == 0 && hasLog);
+}
+
 } // namespace
 
 void SessionStore::Closer::operator()(sqlite3 *database) const { sqlite3_close(database); }
@@ -79,6 +90,10 @@ SessionStore::Health SessionStore::open()
         }
     }
     QFile::setPermissions(m_path, ownerOnly);
+    if (isStump(m_path)) {
+        complain(u"%1 is damaged"_s.arg(m_path));
+        return Health::Damaged;
+    }
 
     sqlite3 *database = nullptr;
     const int code =
@@ -285,11 +300,11 @@ void SessionStore::recover()
 
 bool SessionStore::moveAside()
 {
-    // The number that is free for the file and both of its companions.
+    // The file goes first: without its log, it could pass for whole with values of long ago.
     const auto aside = [this](int number, QLatin1StringView companion) {
         return u"%1.damaged-%2%3"_s.arg(m_path).arg(number).arg(companion);
     };
-    static constexpr std::array companions{"-wal"_L1, "-shm"_L1, ""_L1};
+    static constexpr std::array companions{""_L1, "-wal"_L1, "-shm"_L1, "-journal"_L1};
     int number = 1;
     while (QFileInfo::exists(aside(number, ""_L1)))
         ++number;

@@ -26,7 +26,10 @@ private Q_SLOTS:
     void wasReplacedSaysItOnce();
     void filesAsideAreAllKept();
     void companionsGoAsideToo();
+    void journalGoesAsideToo();
     void lostFileIsRestoredFromItsLog();
+    void logWithoutItsFileGoesAside_data();
+    void logWithoutItsFileGoesAside();
     void truncatedFileLosesAllOrNothing();
     void flippedByteLosesAllOrNothing_data();
     void flippedByteLosesAllOrNothing();
@@ -102,6 +105,8 @@ void SessionStoreDamageTest::foreignFileIsMovedAside_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("text") << "this is not a database, but a text of some length"_ba.repeated(10);
     QTest::newRow("short text") << "xy"_ba;
+    QTest::newRow("one byte") << "x"_ba;
+    QTest::newRow("first byte of a store") << "S"_ba;
     QTest::newRow("zero bytes") << QByteArray(8192, '\0');
     QTest::newRow("0xFF bytes") << QByteArray(8192, '\xFF');
     QTest::newRow("only the magic") << QByteArray("SQLite format 3\0", 16);
@@ -242,6 +247,16 @@ void SessionStoreDamageTest::companionsGoAsideToo()
     sqlite3_close(other);
 }
 
+void SessionStoreDamageTest::journalGoesAsideToo()
+{
+    const Folder folder;
+    folder.put("x");
+    folder.put("a journal", u"-journal"_s);
+    Watched store(folder.path());
+    expectReplaced(folder, store, "x");
+    QCOMPARE(folder.bytes(u".damaged-1-journal"_s), "a journal"_ba);
+}
+
 void SessionStoreDamageTest::lostFileIsRestoredFromItsLog()
 {
     // The log of a store that was never closed holds all of it.
@@ -256,12 +271,34 @@ void SessionStoreDamageTest::lostFileIsRestoredFromItsLog()
     QCOMPARE(again.reports, QStringList());
 }
 
+void SessionStoreDamageTest::logWithoutItsFileGoesAside_data()
+{
+    QTest::addColumn<bool>("fileExists");
+    QTest::newRow("file gone") << false;
+    QTest::newRow("file emptied") << true;
+}
+
+void SessionStoreDamageTest::logWithoutItsFileGoesAside()
+{
+    QFETCH(const bool, fileExists);
+    const Folder living;
+    Watched store(living.path());
+    store.write(Stores::sample);
+    const QByteArray log = living.bytes(u"-wal"_s);
+    const Folder folder;
+    folder.put(log, u"-wal"_s);
+    if (fileExists)
+        folder.put({});
+    Watched again(folder.path());
+    expectReplaced(folder, again, {});
+    QVERIFY(folder.bytes(u".damaged-1-wal"_s) == log);
+}
+
 void SessionStoreDamageTest::truncatedFileLosesAllOrNothing()
 {
     const QByteArray whole = storeOf(Stores::sample);
     const Folder folder;
-    // The database takes a single byte for an empty file.
-    for (qsizetype length = 2; length <= whole.size(); length += length < 120 || whole.size() - length < 10 ? 1 : 97)
+    for (qsizetype length = 1; length <= whole.size(); length += length < 120 || whole.size() - length < 10 ? 1 : 97)
         expectAllOrNothing(folder, whole.first(length), Stores::sample, "cut to " + QByteArray::number(length));
     expectAllOrNothing(folder, whole, Stores::sample, "whole");
     QVERIFY(folder.aside().isEmpty());
