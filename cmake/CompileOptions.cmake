@@ -13,12 +13,18 @@ if(MAROVENDA_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
-# Hardening of the builds that customers run.
+# Hardening of the builds that customers run; tests/hard/hardening reads it back from the executables.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-    add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
+    add_compile_options(-fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
     if(UNIX AND NOT APPLE)
+        # The executable itself tells how each of its sources was compiled.
+        add_compile_options(-frecord-gcc-switches)
         add_link_options(-pie -Wl,-z,relro,-z,now,-z,noexecstack)
     endif()
 endif()
+
+# Libraries are looked for where the system has them. Without this, CMake keeps room in the executables of the build folder
+# for the run path that Qt proposes for the installed ones, and the dynamic loader reads that room as the current folder.
+set(CMAKE_INSTALL_RPATH "")
