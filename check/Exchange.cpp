@@ -1,0 +1,100 @@
+#include "Exchange.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslError>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString protocolName(QSsl::SslProtocol protocol)
+{
+    switch (protocol) {
+    case QSsl::TlsV1_2:
+        return u"TLS 1.2"_s;
+    case QSsl::TlsV1_3:
+        return u"TLS 1.3"_s;
+    default:
+        return u"TLS"_s;
+    }
+}
+
+QString nameOf(const QStringList &names) { return names.isEmpty() ? QString() : names.constFirst(); }
+
+void describe(const QSslCertificate &certificate, Check::Tls &to)
+{
+    if (certificate.isNull())
+        return;
+    to.subject = nameOf(certificate.subjectInfo(QSslCertificate::CommonName));
+    if (to.subject.isEmpty())
+        to.subject = nameOf(certificate.subjectAlternativeNames().values(QSsl::DnsEntry));
+    to.issuer = nameOf(certificate.issuerInfo(QSslCertificate::CommonName));
+    to.expires = certificate.expiryDate();
+}
+
+Check::Tls &tlsOf(Check::Exchange &exchange) { return exchange.tls ? *exchange.tls : exchange.tls.emplace(); }
+
+/// Notes what the platform tells of the connection while the exchange runs.
+void watch(const QNetworkReply &reply, Check::Exchange &to)
+{
+    QObject::connect(&reply, &QNetworkReply::requestSent, [&to] { to.connected = true; });
+    QObject::connect(&reply, &QNetworkReply::encrypted, [&to, &reply] {
+        to.connected = true;
+        const QSslConfiguration ssl = reply.sslConfiguration();
+        tlsOf(to).protocol = protocolName(ssl.sessionProtocol());
+        describe(ssl.peerCertificate(), *to.tls);
+    });
+    QObject::connect(&reply, &QNetworkReply::sslErrors, [&to](const QList<QSslError> &errors) {
+        to.connected = true;
+        for (const QSslError &error : errors) {
+            if (!tlsOf(to).refusals.contains(error.errorString()))
+                to.tls->refusals += error.errorString();
+        }
+        describe(errors.constFirst().certificate(), tlsOf(to));
+    });
+    QObject::connect(&reply, &QNetworkReply::finished, [&to, &reply] { to.error = reply.errorString(); });
+}
+
+} // namespace
+
+QByteArray Check::Exchange::header(const char *name) const
+{
+    for (const auto &[key, value] : reply.headers) {
+        if (key.compare(name, Qt::CaseInsensitive) == 0)
+            return value;
+    }
+    return {};
+}
+
+Check::Exchange Check::sendAndWait(const HttpRequest &request, std::chrono::milliseconds silence)
+{
+    Exchange exchange;
+    exchange.request = request;
+    exchange.silence = silence;
+    HttpLimits limits;
+    limits.silence = silence;
+    QEventLoop loop;
+    QElapsedTimer time;
+    time.start();
+    sendHttp(
+        request,
+        [&](HttpReply reply) {
+            exchange.reply = std::move(reply);
+            loop.quit();
+        },
+        limits, [&](const QNetworkReply &reply) { watch(reply, exchange); });
+    loop.exec();
+    // The transport lets go of an exchange from the event loop, which does not run between two.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    exchange.milliseconds = time.elapsed();
+    exchange.size = exchange.reply.body.size();
+    // A handshake that failed was one with somebody.
+    if (exchange.reply.status != 0 || exchange.reply.error == QNetworkReply::SslHandshakeFailedError ||
+        exchange.reply.error == QNetworkReply::RemoteHostClosedError)
+        exchange.connected = true;
+    return exchange;
+}

@@ -1,0 +1,78 @@
+#include "Findings.h"
+
+#include "Text.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype shownRows = 6;
+
+} // namespace
+
+namespace Check {
+
+QString Finding::where() const
+{
+    if (rows.isEmpty())
+        return place;
+    QStringList numbers;
+    for (const qsizetype row : rows.first(std::min(shownRows, rows.size())))
+        numbers += QString::number(row);
+    QString list = numbers.join(u", "_s);
+    if (rows.size() > shownRows)
+        list += u" and %1 more"_s.arg(rows.size() - shownRows);
+    // A key may hold brackets too; the list stands first.
+    const qsizetype at = place.indexOf("[]"_L1);
+    return place.first(at + 1) + list + place.sliced(at + 1);
+}
+
+void Findings::add(Severity severity, const Place &place, const QString &what, const QString &mend)
+{
+    const QString key = harmless(place.key);
+    if (place.list.isEmpty())
+        merge({severity, m_endpoint, key.isEmpty() ? u"the reply"_s : key, {}, what, mend}, -1);
+    else
+        merge({severity, m_endpoint, place.list + (key.isEmpty() ? u"[]"_s : u"[]."_s + key), {}, what, mend},
+              place.row);
+}
+
+void Findings::add(Severity severity, const QString &place, const QString &what, const QString &mend)
+{
+    merge({severity, m_endpoint, place, {}, what, mend}, -1);
+}
+
+void Findings::addGeneral(Severity severity, const QString &place, const QString &what, const QString &mend)
+{
+    merge({severity, {}, place, {}, what, mend}, -1);
+}
+
+void Findings::merge(Finding finding, qsizetype row)
+{
+    const QString key = finding.endpoint + u'\n' + finding.place + u'\n' + finding.what;
+    const auto known = m_known.constFind(key);
+    const qsizetype index = known == m_known.cend() ? m_all.size() : *known;
+    if (known == m_known.cend()) {
+        m_known.insert(key, index);
+        m_all.append(std::move(finding));
+    }
+    if (row >= 0)
+        m_all[index].rows.append(row);
+}
+
+qsizetype Findings::count(Severity severity) const
+{
+    return std::count_if(m_all.begin(), m_all.end(), [&](const Finding &each) { return each.severity == severity; });
+}
+
+QList<Finding> Findings::sorted() const
+{
+    QList<Finding> all = m_all;
+    std::stable_sort(all.begin(), all.end(),
+                     [](const Finding &one, const Finding &other) { return one.severity < other.severity; });
+    return all;
+}
+
+} // namespace Check

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QList>
+#include <QString>
+
+namespace Check {
+
+/// Goes through one JSON document and stops at the first byte that does not belong there.
+class JsonScanner {
+public:
+    enum class Stop { Nowhere, AtTheStart, Inside, AtTheEnd, AfterTheEnd, Encoding };
+
+    explicit JsonScanner(QByteArrayView bytes) : m_bytes(bytes) {}
+
+    /// Where it stopped; `offset` and `reason` say more.
+    Stop scan();
+    qsizetype offset() const { return m_at; }
+    const QString &reason() const { return m_reason; }
+
+private:
+    bool atEnd() const { return m_at >= m_bytes.size(); }
+    char peek() const { return atEnd() ? '\0' : m_bytes[m_at]; }
+    void skipBlanks();
+    bool fail(const QString &reason);
+    bool failAt(qsizetype offset, const QString &reason);
+
+    bool value();
+    bool open(char bracket);
+    bool afterValue();
+    bool keyAndColon();
+    bool string();
+    bool escape();
+    bool unicodeEscape();
+    std::optional<char16_t> hexUnit();
+    bool utf8();
+    bool number();
+    bool fits(qsizetype from, bool whole);
+    bool word(QByteArrayView word);
+
+    QByteArrayView m_bytes;
+    qsizetype m_at = 0;
+    /// The closing brackets that are still owed.
+    QByteArray m_open;
+    QString m_reason;
+    bool m_encoding = false;
+};
+
+} // namespace Check

@@ -1,0 +1,142 @@
+#include "Options.h"
+
+#include "Deployment.h"
+#include "Text.h"
+
+#include <QCommandLineParser>
+#include <QHostAddress>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Check::Options;
+using Check::quoted;
+
+constexpr int longestTimeout = 3600;
+
+struct Names {
+    QCommandLineOption base{u"base"_s,
+                            u"Check the service below this address, which is https or this machine's own and "
+                            "ends in \"/\". Without it: %1"_s.arg(Deployment::baseUrl()),
+                            u"URL"_s, Deployment::baseUrl()};
+    QCommandLineOption passwordFile{
+        u"password-file"_s, u"Read the password from this file's one line; - is the standard input."_s, u"FILE"_s};
+    QCommandLineOption write{u"write"_s, u"Also send a quotation, a vehicle request, the profile, a recovery and a "
+                                         "registration, and say what that created."_s};
+    QCommandLineOption newEmail{u"new-email"_s, u"With --write, register this address."_s, u"ADDRESS"_s};
+    QCommandLineOption id{u"id"_s, u"Ask for customer N where the sign-in gives no number."_s, u"N"_s};
+    QCommandLineOption timeout{u"timeout"_s, u"Give up when no byte has moved for this long; the app waits 60."_s,
+                               u"SECONDS"_s, u"60"_s};
+    QCommandLineOption json{u"json"_s, u"Print the report as JSON."_s};
+    QCommandLineOption quiet{u"quiet"_s, u"Say nothing of the progress."_s};
+    QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this text and end."_s};
+    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and end."_s};
+};
+
+bool isThisMachine(const QString &host)
+{
+    // An address as it is usually written, not "127.1" or a number.
+    const QHostAddress address(host);
+    return host == "localhost"_L1 || (address.isLoopback() && address.toString() == host);
+}
+
+std::optional<qint64> wholeNumber(const QString &text)
+{
+    bool good = false;
+    const qint64 number = text.toLongLong(&good);
+    return good && text == QString::number(number) ? std::optional(number) : std::nullopt;
+}
+
+QString readNumbers(const QCommandLineParser &parser, const Names &names, Options &to)
+{
+    const auto seconds = wholeNumber(parser.value(names.timeout));
+    if (!seconds || *seconds < 1 || *seconds > longestTimeout)
+        return u"--timeout must be 1 to %1 seconds, not %2."_s.arg(longestTimeout)
+            .arg(quoted(parser.value(names.timeout)));
+    to.order.silence = std::chrono::seconds(*seconds);
+    if (!parser.isSet(names.id))
+        return {};
+    to.order.id = wholeNumber(parser.value(names.id));
+    return to.order.id && *to.order.id != 0
+               ? QString()
+               : u"--id must be a customer's number, not %1."_s.arg(quoted(parser.value(names.id)));
+}
+
+QString readTexts(const QCommandLineParser &parser, const Names &names, Options &to)
+{
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.isEmpty())
+        return u"The e-mail of a test customer is missing; --help says more."_s;
+    if (arguments.size() > 1)
+        return u"Unexpected argument %1; the password is no argument."_s.arg(quoted(arguments[1]));
+    to.order.email = arguments[0];
+    if (to.order.email.trimmed().isEmpty())
+        return u"The e-mail of the test customer is empty."_s;
+    to.order.base = parser.value(names.base);
+    if (const QString trouble = Check::troubleWithBase(to.order.base); !trouble.isEmpty())
+        return u"--base %1: %2"_s.arg(quoted(to.order.base, 200), trouble);
+    to.order.newEmail = parser.value(names.newEmail);
+    if (parser.isSet(names.newEmail) && (!parser.isSet(names.write) || to.order.newEmail.trimmed().isEmpty()))
+        return u"--new-email needs an address, and --write."_s;
+    if (parser.isSet(names.passwordFile)) {
+        to.passwordFile = parser.value(names.passwordFile);
+        if (to.passwordFile->isEmpty())
+            return u"--password-file must name a file."_s;
+    }
+    return {};
+}
+
+} // namespace
+
+QString Check::troubleWithBase(const QString &base)
+{
+    const QUrl url(base, QUrl::StrictMode);
+    if (!url.isValid() || url.host().isEmpty() || base != base.trimmed())
+        return u"it must be an address with a host, as in https://api.example/."_s;
+    if (url.scheme() != "https"_L1 && url.scheme() != "http"_L1)
+        return u"it must begin with https."_s;
+    if (url.scheme() == "http"_L1 && !isThisMachine(url.host()))
+        return u"only this machine's own address may do without https, because passwords travel in the clear "
+               "otherwise."_s;
+    if (!url.userInfo().isEmpty() || base.contains(u'@') || url.hasQuery() || url.hasFragment())
+        return u"it must be without user, query and fragment."_s;
+    if (!base.endsWith(u'/'))
+        return u"it must end in \"/\"."_s;
+    return {};
+}
+
+Options Check::readOptions(const QStringList &arguments)
+{
+    const Names names;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"Talks to a service as the Marovenda app does, with a test customer, and says what the app would make of "
+        u"each "
+        "reply. The password comes from --password-file, from MAROVENDA_CHECK_PASSWORD or from the terminal.\n\n"
+        "Exit status: 0 the app would work, 1 it would fail somewhere, 2 the server is not reachable, refuses the "
+        "test customer, or the command line is wrong."_s);
+    parser.addPositionalArgument(u"EMAIL"_s, u"The e-mail of a customer to test with."_s);
+    parser.addOptions({names.base, names.passwordFile, names.write, names.newEmail, names.id, names.timeout,
+                       names.json, names.quiet, names.help, names.version});
+    Options options;
+    if (!parser.parse(arguments)) {
+        options.error = parser.errorText();
+        return options;
+    }
+    options.help = parser.helpText();
+    options.json = parser.isSet(names.json);
+    options.quiet = parser.isSet(names.quiet);
+    options.order.write = parser.isSet(names.write);
+    if (parser.isSet(names.help))
+        options.wish = Options::Wish::Help;
+    else if (parser.isSet(names.version))
+        options.wish = Options::Wish::Version;
+    if (options.wish != Options::Wish::Check)
+        return options;
+    options.error = readNumbers(parser, names, options);
+    if (options.error.isEmpty())
+        options.error = readTexts(parser, names, options);
+    return options;
+}

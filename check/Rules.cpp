@@ -1,0 +1,197 @@
+#include "Rules.h"
+
+#include "PaqueteIdentity.h"
+#include "ParseUserId.h"
+#include "Text.h"
+
+#include <QHash>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Check::Findings;
+using Check::Place;
+using Check::quoted;
+using Check::Severity;
+
+constexpr qsizetype largeAvatar = 64 * 1024;
+
+const QString success = u"success"_s;
+
+Place key(const char *name) { return {{}, -1, QString::fromLatin1(name)}; }
+
+/// A word that means success and is not the one.
+bool meansSuccess(const QString &status)
+{
+    static const QStringList words{success, u"ok"_s,      u"exito"_s, u"éxito"_s, u"true"_s,
+                                   u"1"_s,  u"exitoso"_s, u"done"_s,  u"200"_s};
+    return words.contains(status.trimmed().toLower());
+}
+
+/// Whether the status is the word that counts; what is wrong with it otherwise, except for a plain refusal.
+bool judgeStatus(const std::optional<QString> &status, Findings &to)
+{
+    const QString mend = u"Send \"status\": \"success\", in small letters, when it went well."_s;
+    if (status == success)
+        return true;
+    if (!status)
+        to.add(Severity::Fault, key("status"), u"absent, which counts as a failure"_s, mend);
+    else if (meansSuccess(*status))
+        to.add(Severity::Fault, key("status"), u"%1 counts as a failure"_s.arg(quoted(*status)), mend);
+    return false;
+}
+
+QString idMend() { return u"Send the customer's number as text: \"id\": \"42\"."_s; }
+
+void judgeId(const std::optional<QString> &id, Findings &to)
+{
+    const qint64 number = parseUserId(id);
+    if (number == 0)
+        to.add(Severity::Fault, key("id"), (id ? quoted(*id) : u"absent"_s) + u", signs nobody in"_s, idMend());
+    else if (number < 0)
+        to.add(Severity::Warning, key("id"), quoted(*id) + u", a negative number, signs in"_s, idMend());
+    else if (*id != QString::number(number))
+        to.add(Severity::Note, key("id"), u"%1 signs in as %2"_s.arg(quoted(*id)).arg(number), idMend());
+}
+
+bool isBlank(const std::optional<QString> &text) { return text && text->trimmed().isEmpty(); }
+
+/// What the screens show for a row's field that is absent, or there without a letter.
+void judgeField(const Place &row, const char *name, const std::optional<QString> &value, const QString &fallback,
+                Severity severity, Findings &to)
+{
+    const QString mend = severity == Severity::Note ? QString() : u"Send the package's tracking number."_s;
+    const Place place = row.inside(QString::fromLatin1(name));
+    if (!value)
+        to.add(severity, place, u"absent, shown as "_s + fallback, mend);
+    else if (isBlank(value))
+        to.add(severity, place, u"empty, shown as nothing"_s, mend);
+}
+
+void judgePaquete(const DashboardResponse::Paquete &row, const Place &place, Findings &to)
+{
+    judgeField(place, "tracking", row.tracking, u"\"N/A\"; a tap on the row opens nothing"_s, Severity::Warning, to);
+    judgeField(place, "descripcion", row.descripcion, u"\"Sin descripción\""_s, Severity::Note, to);
+    judgeField(place, "estado", row.estado, u"\"RECIBIDO\""_s, Severity::Note, to);
+    if (row.tracking && row.tracking->trimmed() == u"N/A"_s)
+        to.add(Severity::Note, place.inside(u"tracking"_s), u"\"N/A\": a tap on the row opens nothing"_s, {});
+}
+
+void judgeCotizacion(const DashboardResponse::Cotizacion &row, const Place &place, Findings &to)
+{
+    judgeField(place, "origen", row.origen, u"\"N/A\""_s, Severity::Note, to);
+    judgeField(place, "descripcion", row.descripcion, u"\"Sin descripción\" or \"Cotización\""_s, Severity::Note, to);
+    judgeField(place, "estado", row.estado, u"\"PENDIENTE\""_s, Severity::Note, to);
+}
+
+/// Rows that are one and the same to the app.
+void judgeIdentities(const QList<DashboardResponse::Paquete> &rows, Findings &to)
+{
+    QHash<QString, QList<qsizetype>> groups;
+    QStringList order;
+    for (qsizetype i = 0; i < rows.size(); ++i) {
+        const QVariant identity = identityOf(rows[i], static_cast<int>(i));
+        // A text never equals an absent one.
+        const QString name = identity.isNull() && !rows[i].tracking ? u"-"_s : u'+' + identity.toString();
+        if (!groups.contains(name))
+            order += name;
+        groups[name].append(i);
+    }
+    for (const QString &name : std::as_const(order)) {
+        if (groups[name].size() < 2)
+            continue;
+        const QString what = name == u"-"_s
+                                 ? u"these rows without a number share one identity; each is shown"_s
+                                 : u"these rows share the number %1; each is shown"_s.arg(quoted(name.sliced(1), 40));
+        for (const qsizetype row : std::as_const(groups[name]))
+            to.add(Severity::Note, Place{u"paquetes"_s, row, u"tracking"_s}, what,
+                   u"A tracking number should stand for one package."_s);
+    }
+}
+
+template <class R, class Judge>
+void judgeRows(const std::optional<QList<R>> &rows, const char *name, const QString &shown, Judge judge, Findings &to)
+{
+    const QString list = QString::fromLatin1(name);
+    if (!rows)
+        to.add(Severity::Warning, key(name), u"absent, shown as "_s + shown,
+               u"Send [] for a customer who has none, so that this is no accident."_s);
+    else if (rows->isEmpty())
+        to.add(Severity::Note, key(name), u"no rows, so that none could be looked at"_s,
+               u"Check with a test customer who has some."_s);
+    for (qsizetype i = 0; rows && i < rows->size(); ++i)
+        judge(rows->at(i), Place::rowOf(list, i), to);
+}
+
+} // namespace
+
+namespace Check {
+
+bool judgeLogin(const LoginResponse &reply, SignIn kind, Findings &findings)
+{
+    if (judgeStatus(reply.status, findings)) {
+        judgeId(reply.id, findings);
+        // Who registers is greeted by the name that was typed, where there is none.
+        if (isBlank(reply.nombre) || (!reply.nombre && kind == SignIn::Existing))
+            findings.add(Severity::Warning, key("nombre"),
+                         u"%1, so that the greeting is \"Hola, \""_s.arg(reply.nombre ? u"empty"_s : u"absent"_s),
+                         u"Send the customer's name."_s);
+        return true;
+    }
+    const bool refused = reply.status && !meansSuccess(*reply.status);
+    if (refused && (!reply.message || isBlank(reply.message)))
+        findings.add(Severity::Warning, key("message"),
+                     reply.message ? u"empty: the customer sees nothing"_s
+                                   : u"absent: the customer sees \"%1\""_s.arg(
+                                         kind == SignIn::New ? u"Error al registrar"_s : u"Error de credenciales"_s),
+                     u"Say in \"message\", in Spanish, why it was refused."_s);
+    return !refused;
+}
+
+void judgeListing(const DashboardResponse &reply, Findings &findings)
+{
+    if (reply.status != success)
+        findings.add(Severity::Note, key("status"),
+                     (reply.status ? quoted(*reply.status) : u"absent"_s) + u", which these screens do not look at"_s,
+                     {});
+    if (reply.avatar && reply.avatar->size() > largeAvatar)
+        findings.add(
+            Severity::Note, key("avatar"),
+            u"%1 that no screen looks at, in each listing"_s.arg(counted(reply.avatar->size(), u"character"_s)),
+            u"Leave it out: the app shows the photo that it keeps itself."_s);
+    judgeRows(reply.paquetes, "paquetes", u"\"0 Paquetes\" and a blank list"_s, judgePaquete, findings);
+    judgeRows(reply.cotizaciones, "cotizaciones", u"\"0 Cotizaciones\" and \"No tienes cotizaciones registradas.\""_s,
+              judgeCotizacion, findings);
+    if (reply.paquetes)
+        judgeIdentities(*reply.paquetes, findings);
+}
+
+void judgeCasillero(const CasilleroResponse &reply, Findings &findings)
+{
+    const QString mend = u"Send the name for the parcels in \"nombreCompleto\"."_s;
+    if (!reply.nombreCompleto)
+        findings.add(Severity::Fault, key("nombreCompleto"),
+                     u"absent, shown as \"Error\""_s +
+                         (reply.message ? u" instead of the message %1"_s.arg(quoted(*reply.message)) : QString()),
+                     mend);
+    else if (isBlank(reply.nombreCompleto))
+        findings.add(Severity::Warning, key("nombreCompleto"), u"empty, shown as nothing"_s, mend);
+    if (reply.status != success)
+        findings.add(Severity::Note, key("status"),
+                     (reply.status ? quoted(*reply.status) : u"absent"_s) + u", which this screen does not look at"_s,
+                     {});
+}
+
+void judgeForm(const StandardResponse &reply, bool messageShown, Findings &findings)
+{
+    const bool plain = reply.status && reply.status != success && !meansSuccess(*reply.status);
+    if (judgeStatus(reply.status, findings) || !plain)
+        return;
+    const QString message = reply.message ? u", saying %1"_s.arg(quoted(*reply.message)) : QString();
+    findings.add(Severity::Fault, key("status"), u"%1: the service refuses%2"_s.arg(quoted(*reply.status), message),
+                 messageShown ? u"See why the service refuses."_s
+                              : u"See why the service refuses; the customer does not see its message."_s);
+}
+
+} // namespace Check

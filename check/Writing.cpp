@@ -1,0 +1,192 @@
+#include "Rules.h"
+#include "Text.h"
+#include "Visit.h"
+
+#include <QRandomGenerator>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+// What changes something on the server: the forms, each sent once.
+
+namespace {
+
+/// Nobody knows it afterwards. It has what the app asks of a new password.
+QString anyPassword()
+{
+    auto &random = *QRandomGenerator::system();
+    return u"Aa_"_s + QString::number(random.generate64(), 36) + QString::number(random.generate64(), 36);
+}
+
+/// An address of the same mailbox, as most mail servers have it: "ana+check-20260102-030405@example.com".
+QString newAddress(const QString &email)
+{
+    const qsizetype at = email.lastIndexOf(u'@');
+    const QString stamp = QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd-HHmmss"_s);
+    return at < 0 ? email + u"+check-"_s + stamp : email.first(at) + u"+check-"_s + stamp + email.sliced(at);
+}
+
+} // namespace
+
+namespace Check {
+
+void Visit::write()
+{
+    const QStringList forCustomer{ScreenName::cotizar(), ScreenName::importarAuto(), ScreenName::perfil()};
+    const QStringList others{ScreenName::recuperar(), ScreenName::registro()};
+    if (!m_order.write) {
+        for (const QString &name : forCustomer + others)
+            skip(name, u"--write tries it"_s);
+        return;
+    }
+    if (m_diagnosis.refused) {
+        for (const QString &name : forCustomer + others)
+            skip(name, u"the sign-in was refused"_s);
+        return;
+    }
+    if (m_id != 0) {
+        quote();
+        importAuto();
+        saveProfile();
+        lookForQuote();
+    } else {
+        for (const QString &name : forCustomer)
+            skip(name, u"nobody is signed in"_s);
+    }
+    recover();
+    registerCustomer();
+}
+
+void Visit::quote()
+{
+    // What customers type: accents, quotation marks, a slash and a backslash.
+    m_description = u"Prueba de "_s + m_mark + u": ñandú, 10\" x 5' / \\"_s;
+    const CotizacionRequest request{.user_id = m_id,
+                                    .tipo = u"aereo"_s,
+                                    .origen = u"Miami, USA"_s,
+                                    .destino = u"Panamá"_s,
+                                    .peso = 2.5,
+                                    .valor = 40,
+                                    .descripcion = m_description};
+    const auto reply = m_asker.post<StandardResponse>(u"api_cotizar.php"_s, request);
+    if (reply)
+        judgeForm(*reply, false, m_diagnosis.findings);
+    look(cotizarScreen(reply));
+    m_quoted = reply && reply->status == u"success"_s;
+    noteCreated(u"a quotation for customer %1: %2"_s.arg(m_id).arg(quoted(m_description, 100)),
+                reply ? reply->status : std::nullopt, reply.has_value());
+}
+
+void Visit::importAuto()
+{
+    const AutoRequest request{
+        .user_id = m_id, .marca = u"Prueba"_s, .modelo = m_mark, .anio = u"2019"_s, .ubicacion = u"Panamá"_s};
+    const auto reply = m_asker.post<StandardResponse>(u"api_auto.php"_s, request);
+    if (reply)
+        judgeForm(*reply, false, m_diagnosis.findings);
+    look(importarAutoScreen(reply));
+    noteCreated(u"a vehicle request for customer %1: Prueba %2"_s.arg(m_id).arg(m_mark),
+                reply ? reply->status : std::nullopt, reply.has_value());
+}
+
+void Visit::saveProfile()
+{
+    if (!m_nombre || m_nombre->trimmed().isEmpty()) {
+        skip(ScreenName::perfil(), u"the sign-in gave no name, and saving would erase the one there is"_s);
+        return;
+    }
+    // As the form is when nothing was typed and no photo picked; the password is always empty.
+    const PerfilRequest request{
+        .user_id = m_id, .nombre = *m_nombre, .email = {}, .password = {}, .avatar_base64 = {}};
+    const auto reply = m_asker.post<StandardResponse>(u"api_perfil.php"_s, request);
+    if (reply)
+        judgeForm(*reply, false, m_diagnosis.findings);
+    look(perfilScreen(reply));
+    noteCreated(u"the profile of customer %1, saved with the name that it had: %2"_s.arg(m_id).arg(quoted(*m_nombre)),
+                reply ? reply->status : std::nullopt, reply.has_value());
+    signInAgain();
+}
+
+/// A service that takes the empty password or e-mail of the profile for a new one locks the customer out.
+void Visit::signInAgain()
+{
+    const LoginRequest request{.email = m_order.email, .password = m_order.password};
+    const auto reply = m_asker.post<LoginResponse>(u"api_login.php"_s, request);
+    const bool signsIn = loginScreen(reply).state == Screen::State::Works;
+    const QString mend =
+        u"An empty password, e-mail or photo means that it was not changed: keep the old one. The app sends the "
+        "password empty always."_s;
+    if (!signsIn)
+        m_diagnosis.findings.add(Severity::Fault, u"after api_perfil.php"_s, u"the customer can no longer sign in"_s,
+                                 mend);
+    else if (reply->nombre != m_nombre)
+        m_diagnosis.findings.add(Severity::Warning, u"after api_perfil.php"_s,
+                                 u"the name is no longer the one that was saved"_s,
+                                 u"Store the text as it is sent, in UTF-8."_s);
+}
+
+void Visit::lookForQuote()
+{
+    if (!m_quoted)
+        return;
+    const auto listing = m_asker.listing(m_id);
+    if (!listing)
+        return;
+    const auto rows = listing->cotizaciones.value_or(QList<DashboardResponse::Cotizacion>());
+    const auto found = [&](const auto &test) { return std::ranges::any_of(rows, test); };
+    if (found([&](const auto &row) { return row.descripcion == m_description; }))
+        return;
+    if (found([&](const auto &row) { return row.descripcion && row.descripcion->contains(m_mark); }))
+        m_diagnosis.findings.add(Severity::Warning, u"after api_cotizar.php"_s,
+                                 u"the quotation's description is not the text that was sent"_s,
+                                 u"Store the text as it is sent, in UTF-8, without escaping it for HTML or SQL."_s);
+    else
+        m_diagnosis.findings.add(Severity::Warning, u"after api_cotizar.php"_s,
+                                 u"the quotation is not in the listing"_s,
+                                 u"Nothing, if it appears once somebody has dealt with it."_s);
+}
+
+void Visit::recover()
+{
+    const auto reply =
+        m_asker.post<StandardResponse>(u"api_recuperar.php"_s, RecuperarRequest{.email = m_order.email});
+    if (reply)
+        judgeForm(*reply, true, m_diagnosis.findings);
+    look(recuperarScreen(reply));
+    noteCreated(u"a request to reset the password of %1"_s.arg(harmless(m_order.email)),
+                reply ? reply->status : std::nullopt, reply.has_value());
+}
+
+void Visit::registerCustomer()
+{
+    const QString email = m_order.newEmail.isEmpty() ? newAddress(m_order.email) : m_order.newEmail;
+    const RegistroRequest request{.nombre = u"Prueba Ñandú"_s,
+                                  .email = email,
+                                  .password = anyPassword(),
+                                  .direccion = m_mark,
+                                  .ciudad = u"Panamá"_s};
+    const auto reply = m_asker.post<LoginResponse>(u"api_registro.php"_s, request);
+    if (reply && !judgeLogin(*reply, SignIn::New, m_diagnosis.findings))
+        m_diagnosis.findings.add(Severity::Fault, Place{{}, -1, u"status"_s},
+                                 u"%1: the service refuses%2"_s.arg(
+                                     quoted(reply->status.value_or(QString())),
+                                     reply->message ? u", saying %1"_s.arg(quoted(*reply->message)) : QString()),
+                                 u"See why it refuses; --new-email registers another address."_s);
+    look(registroScreen(reply));
+    const QString number = reply && reply->id ? u", number %1"_s.arg(harmless(*reply->id)) : QString();
+    noteCreated(u"a customer %1%2, with a password that nobody knows"_s.arg(harmless(email), number),
+                reply ? reply->status : std::nullopt, reply.has_value());
+}
+
+void Visit::noteCreated(const QString &what, const std::optional<QString> &status, bool readable)
+{
+    if (status == u"success"_s)
+        m_diagnosis.created += what;
+    else if (!readable)
+        m_diagnosis.created += u"perhaps "_s + what + u" (there is no readable reply)"_s;
+    else
+        m_diagnosis.created += u"perhaps "_s + what + u" (the reply says that it failed)"_s;
+}
+
+} // namespace Check
