@@ -127,22 +127,10 @@ Function *next(const char *name)
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
-} // namespace
-
-// The functions' types are the C library's; the names of their parameters are ours.
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name, cert-dcl50-cpp)
-extern "C" {
-
-int open64(const char *path, int flags, ...)
+/// What both forms of open do. The mode counts only where a file is made.
+int opened(const char *function, const char *path, int flags, mode_t mode)
 {
-    static auto *const real = next<int(const char *, int, ...)>("open64");
-    mode_t mode = 0;
-    if (flags & (O_CREAT | __O_TMPFILE)) {
-        va_list rest;
-        va_start(rest, flags);
-        mode = va_arg(rest, mode_t);
-        va_end(rest);
-    }
+    auto *const real = next<int(const char *, int, ...)>(function);
     if (!concerns(path))
         return real(path, flags, mode);
     struct stat found = {};
@@ -159,6 +147,30 @@ int open64(const char *path, int flags, ...)
             note({Kind::Truncate, cleaned(path), {}, 0, {}, 0});
     }
     return fd;
+}
+
+} // namespace
+
+// The functions' types are the C library's; the names of their parameters are ours.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name, cert-dcl50-cpp)
+extern "C" {
+
+int open(const char *path, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    const auto mode = (flags & O_CREAT) ? va_arg(rest, mode_t) : mode_t(0);
+    va_end(rest);
+    return opened("open", path, flags, mode);
+}
+
+int open64(const char *path, int flags, ...)
+{
+    va_list rest;
+    va_start(rest, flags);
+    const auto mode = (flags & O_CREAT) ? va_arg(rest, mode_t) : mode_t(0);
+    va_end(rest);
+    return opened("open64", path, flags, mode);
 }
 
 int close(int fd)

@@ -26,8 +26,9 @@ int main(int argc, char *argv[])
     std::fprintf(stderr, "store: MAROVENDA_HARD_SEED=%llu\n", static_cast<unsigned long long>(form.seed));
 
     Tally tally;
-    const std::array<std::pair<const char *, void (*)(Tally &, const Checks::Form &)>, 1> checks{{
+    const std::array<std::pair<const char *, void (*)(Tally &, const Checks::Form &)>, 2> checks{{
         {"kills", Checks::kills},
+        {"powerloss", Checks::powerLoss},
     }};
     for (const auto &[name, check] : checks) {
         if (arguments.isEmpty() || arguments.contains(QLatin1String(name)))
