@@ -4,7 +4,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -38,6 +40,21 @@ bool isStump(const QString &path)
     const bool hasLog = log.isFile() && log.size() > 0;
     const qint64 size = QFileInfo(path).size();
     return size == 1 || (size == 0 && hasLog);
+}
+
+/// Puts the names of a new store's folders on disk. SQLite does that for the files in the store's own folder; like
+/// SQLite, this goes on where a folder cannot be synchronised.
+void synchroniseFoldersOf(const QString &directory)
+{
+    QDir folder(directory);
+    do {
+        const int open = ::open(QFile::encodeName(folder.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (open >= 0) {
+            ::fsync(open);
+            ::close(open);
+        }
+        folder.setPath(QFileInfo(folder.absolutePath()).path());
+    } while (!folder.isRoot());
 }
 
 } // namespace
@@ -112,6 +129,10 @@ SessionStore::Health SessionStore::open()
 
 SessionStore::Health SessionStore::prepareTables()
 {
+    // What SQLite promises for these two (https://www.sqlite.org/pragma.html#pragma_synchronous): a commit that has
+    // returned survives a loss of power, since the log is synchronised before it returns, and a later one is there
+    // wholly or not at all. It holds on disks that keep what they report as synchronised, and that leave bytes alone
+    // beside those being written.
     int code = run("PRAGMA journal_mode = WAL");
     if (code == SQLITE_OK)
         code = run("PRAGMA synchronous = FULL");
@@ -141,6 +162,7 @@ SessionStore::Health SessionStore::prepareTables()
         }
         if (code == SQLITE_OK)
             code = run("PRAGMA user_version = 1");
+        synchroniseFoldersOf(m_directory);
         version = layoutVersion;
     }
     if (code == SQLITE_OK)
