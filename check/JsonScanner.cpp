@@ -1,6 +1,7 @@
 #include "JsonScanner.h"
 
 #include <QByteArray>
+#include <QLocale>
 
 #include <charconv>
 #include <cmath>
@@ -91,13 +92,14 @@ bool JsonScanner::value()
 
 bool JsonScanner::open(char bracket)
 {
-    if (m_open.size() + 1 >= deepest)
-        return fail(u"nested deeper than the app reads"_s);
-    ++m_at;
+    const qsizetype from = m_at++;
     m_open += bracket;
     skipBlanks();
     if (peek() == bracket)
         return true; // afterValue closes it
+    // The reader does not count empty ones.
+    if (m_open.size() >= deepest)
+        return failAt(from, u"nested deeper than the app reads"_s);
     return bracket == '}' ? keyAndColon() && value() : value();
 }
 
@@ -256,8 +258,9 @@ bool JsonScanner::fits(qsizetype from, bool whole)
 {
     const QByteArray text = m_bytes.sliced(from, m_at - from).toByteArray();
     bool good = false;
+    // One too small to be told from 0 is fine.
     if (!whole)
-        return std::isfinite(text.toDouble(&good));
+        return std::isfinite(QLocale::c().toDouble(QString::fromLatin1(text), &good));
     text.toLongLong(&good);
     if (!good && !text.startsWith('-'))
         text.toULongLong(&good);

@@ -44,13 +44,13 @@ void judgeSize(Findings &to)
 
 void judgeCertificate(const Exchange &exchange, Findings &to)
 {
-    const auto &refusals = exchange.tls ? exchange.tls->refusals : QStringList();
-    for (const QString &refusal : refusals)
-        to.addGeneral(Severity::Fault, u"TLS"_s, Check::harmless(refusal),
-                      u"Serve a valid certificate for this host name, with its intermediate certificates."_s);
+    const auto refusals = exchange.tls ? exchange.tls->refusals : QStringList();
     if (refusals.isEmpty())
         to.addGeneral(Severity::Fault, u"TLS"_s, Check::harmless(exchange.error),
                       u"The port must speak TLS 1.2 or 1.3."_s);
+    else
+        to.addGeneral(Severity::Fault, u"TLS"_s, Check::harmless(refusals.join(u"; "_s)),
+                      u"Serve a valid certificate for this host name, with its intermediate certificates."_s);
 }
 
 /// Why there are no bytes to read.
@@ -129,7 +129,8 @@ void judgeHeaders(const Exchange &exchange, Findings &to)
                quoted(QString::fromUtf8(type)) + u": the charset is ignored, the body is read as UTF-8"_s,
                u"Send UTF-8 and say so, or say no charset."_s);
     else if (exchange.usable && !type.startsWith("application/json"))
-        to.add(Severity::Note, u"Content-Type"_s, quoted(QString::fromUtf8(type)) + u", ignored by the app"_s,
+        to.add(Severity::Note, u"Content-Type"_s,
+               (type.isEmpty() ? u"absent"_s : quoted(QString::fromUtf8(type))) + u", ignored by the app"_s,
                u"\"application/json\" would be right, for caches and other clients."_s);
     if (!exchange.header("Set-Cookie").isEmpty())
         to.add(Severity::Note, u"Set-Cookie"_s, u"the app neither keeps nor sends cookies"_s,

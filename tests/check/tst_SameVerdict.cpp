@@ -1,0 +1,262 @@
+#include "Examine.h"
+#include "JsonTrouble.h"
+#include "Records.h"
+
+#include <QTest>
+
+#include <random>
+
+using namespace Qt::StringLiterals;
+using Check::findJsonTrouble;
+
+/// What marovenda-check says of a reply is what the app's reader makes of it, whatever the bytes.
+class SameVerdictTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void troubleIsFoundWhereTheReaderRefuses_data();
+    void troubleIsFoundWhereTheReaderRefuses();
+    void troubleIsFoundInMutatedDocuments();
+    void faultsAreFoundWhereTheReaderRefuses();
+    void placeCountsLinesAndBytes();
+
+private:
+    static bool isJson(const QByteArray &bytes)
+    {
+        Json::Failure failure;
+        simdjson::dom::parser parser;
+        Json::Element root;
+        return Json::parse(QByteArrayView(bytes), failure, parser, root);
+    }
+
+    /// A few bytes of a document changed, dropped, doubled or swapped for what JSON is made of.
+    QByteArray mutated(QByteArray bytes)
+    {
+        static const QByteArrayList pieces{"{",
+                                           "}",
+                                           "[",
+                                           "]",
+                                           ",",
+                                           ":",
+                                           "\"",
+                                           "\\",
+                                           "null",
+                                           "true",
+                                           "-0",
+                                           "1.5",
+                                           "1e5",
+                                           "1e400",
+                                           "99999999999999999999",
+                                           " ",
+                                           "\n",
+                                           "\x01",
+                                           "ñ",
+                                           "\xC3",
+                                           "\xED\xA0\x80",
+                                           "\\u00f1",
+                                           "\\ud83d",
+                                           "\\udc00",
+                                           "\\ud83d\\ude00",
+                                           "\xF0\x9F\x93\xA6",
+                                           "0",
+                                           ".",
+                                           "e"};
+        const int changes = 1 + pick(3);
+        for (int i = 0; i < changes && !bytes.isEmpty(); ++i) {
+            const qsizetype at = pick(static_cast<int>(bytes.size()));
+            switch (pick(4)) {
+            case 0:
+                bytes.remove(at, 1 + pick(3));
+                break;
+            case 1:
+                bytes.insert(at, pieces[pick(static_cast<int>(pieces.size()))]);
+                break;
+            case 2:
+                bytes[at] = static_cast<char>(pick(256));
+                break;
+            default:
+                bytes.replace(at, 1, pieces[pick(static_cast<int>(pieces.size()))]);
+            }
+        }
+        return bytes;
+    }
+
+    int pick(int below) { return static_cast<int>(m_random() % static_cast<unsigned>(below)); }
+
+    std::mt19937 m_random{1};
+};
+
+namespace {
+
+const QByteArray listing =
+    R"({"status":"success","avatar":null,"paquetes":[{"tracking":"A1","descripcion":"Ñandú \u00f1 \ud83d\udce6",)"
+    R"("estado":"recibido","fecha_recibido":"2026"},{"peso":-1.5e3,"x":[true,false,{}]}],"cotizaciones":[]} )";
+
+} // namespace
+
+void SameVerdictTest::troubleIsFoundWhereTheReaderRefuses_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    for (int depth = 1020; depth <= 1028; ++depth) {
+        QTest::addRow("%d arrays", depth) << QByteArray(depth, '[') + QByteArray(depth, ']');
+        QTest::addRow("%d objects", depth) << QByteArray("{\"a\":").repeated(depth) + "1" + QByteArray(depth, '}');
+    }
+    for (const char *number : {"0",
+                               "-0",
+                               "-",
+                               "01",
+                               "-01",
+                               "1.",
+                               ".5",
+                               "1.5",
+                               "1e",
+                               "1e+",
+                               "1E-5",
+                               "1e308",
+                               "1.8e308",
+                               "-1e309",
+                               "1e-999",
+                               "9223372036854775807",
+                               "9223372036854775808",
+                               "18446744073709551615",
+                               "18446744073709551616",
+                               "-9223372036854775808",
+                               "-9223372036854775809",
+                               "+1",
+                               "0x10",
+                               "1_0",
+                               "Infinity",
+                               "00",
+                               "1 2"})
+        QTest::addRow("number %s", number) << QByteArray(number);
+    for (const char *text : {R"("\u00e")",
+                             R"("\uD800")",
+                             R"("\uDC00")",
+                             R"("\uD800\u0041")",
+                             R"("\uD83D\uDE00")",
+                             R"("\x41")",
+                             R"("\)",
+                             R"("\u)",
+                             "\"\t\"",
+                             "\"\x7F\"",
+                             "\"\xC0\x80\"",
+                             "\"\xE0\x9F\xBF\"",
+                             "\"\xED\x9F\xBF\"",
+                             "\"\xED\xA0\x80\"",
+                             "\"\xF4\x8F\xBF\xBF\"",
+                             "\"\xF4\x90\x80\x80\"",
+                             "\"\xF5\x80\x80\x80\"",
+                             "\"\xE2\x82\"",
+                             "\"\xC3",
+                             "\"open"})
+        QTest::addRow("text %s", QByteArray(text).toPercentEncoding().constData()) << QByteArray(text);
+    for (const char *text : {"",
+                             " ",
+                             "{",
+                             "}",
+                             "[",
+                             "]",
+                             ",",
+                             "[,]",
+                             "[1,]",
+                             "{,}",
+                             "{\"a\"}",
+                             "{\"a\":}",
+                             "{\"a\":1,}",
+                             "{a:1}",
+                             "tru",
+                             "truely",
+                             "nul",
+                             "[1 2]",
+                             "[1}",
+                             "{\"a\":1]",
+                             "1 ",
+                             "\xEF\xBB\xBF{}",
+                             "\xEF\xBB\xBF",
+                             "\xEF\xBB{}",
+                             "{}\xEF\xBB\xBF",
+                             "{}\f",
+                             "{} x",
+                             "[]{}",
+                             "// x\n{}"})
+        QTest::addRow("form %s", QByteArray(text).toPercentEncoding().constData()) << QByteArray(text);
+    QTest::newRow("zero inside") << QByteArray("{}\0", 3);
+    QTest::newRow("zero in a text") << QByteArray("\"\0\"", 3);
+    QTest::newRow("all") << listing;
+}
+
+void SameVerdictTest::troubleIsFoundWhereTheReaderRefuses()
+{
+    QFETCH(const QByteArray, bytes);
+    QCOMPARE(!findJsonTrouble(bytes).has_value(), isJson(bytes));
+}
+
+void SameVerdictTest::troubleIsFoundInMutatedDocuments()
+{
+    int refused = 0;
+    constexpr int tries = 40'000;
+    for (int i = 0; i < tries; ++i) {
+        const QByteArray bytes = mutated(listing);
+        const bool good = isJson(bytes);
+        const auto trouble = findJsonTrouble(bytes);
+        QVERIFY2(trouble.has_value() != good, bytes.toPercentEncoding(" \"{}[]:,\\").constData());
+        if (trouble)
+            QVERIFY(trouble->offset >= 0 && trouble->offset <= bytes.size() && !trouble->what.isEmpty());
+        refused += !good;
+    }
+    // Both kinds must have been tried.
+    QVERIFY(refused > tries / 10 && refused < tries - tries / 10);
+}
+
+void SameVerdictTest::faultsAreFoundWhereTheReaderRefuses()
+{
+    static const QByteArrayList values{"null",
+                                       "1",
+                                       "1.5",
+                                       "true",
+                                       "\"t\"",
+                                       "[]",
+                                       "{}",
+                                       "[{}]",
+                                       "[null]",
+                                       "[[]]",
+                                       "[{\"tracking\":1}]",
+                                       "[{\"tracking\":null}]",
+                                       "[{\"estado\":\"x\"},2]"};
+    static const QByteArrayList keys{"status", "avatar", "paquetes", "cotizaciones", "id", "Status"};
+    int refused = 0;
+    constexpr int tries = 5'000;
+    for (int i = 0; i < tries; ++i) {
+        QByteArrayList members;
+        for (int count = pick(6); count > 0; --count)
+            members += '"' + keys[pick(static_cast<int>(keys.size()))] +
+                       "\":" + values[pick(static_cast<int>(values.size()))];
+        const QByteArray bytes = '{' + members.join(',') + '}';
+        Check::Findings findings;
+        const bool read = Check::readReply<DashboardResponse>(bytes, findings).has_value();
+        QCOMPARE(read, Json::read<DashboardResponse>(bytes).record.has_value());
+        QVERIFY2((findings.count(Check::Severity::Fault) == 0) == read, bytes.constData());
+        // The first fault of the reader is among them, under the same name.
+        const QString error = Json::read<DashboardResponse>(bytes).error;
+        const auto all = findings.sorted();
+        QVERIFY2(read || std::any_of(all.begin(), all.end(),
+                                     [&](const Check::Finding &each) {
+                                         const QString list = each.place.section("[]"_L1, 0, 0);
+                                         return error.endsWith(each.what) && error.startsWith(list);
+                                     }),
+                 qPrintable(error));
+        refused += !read;
+    }
+    QVERIFY(refused > tries / 10 && refused < tries - tries / 10);
+}
+
+void SameVerdictTest::placeCountsLinesAndBytes()
+{
+    const auto place = [](const QByteArray &bytes) { return findJsonTrouble(bytes)->place(bytes); };
+    QCOMPARE(place("x"), u"line 1, byte 0"_s);
+    QCOMPARE(place("\xEF\xBB\xBFx"), u"line 1, byte 3"_s);
+    QCOMPARE(place("{\n\"ñ\": x}"), u"line 2, byte 6"_s);
+    QCOMPARE(place("{\r\n\r\n"), u"line 3, byte 0"_s);
+}
+
+QTEST_GUILESS_MAIN(SameVerdictTest)
+#include "tst_SameVerdict.moc"
