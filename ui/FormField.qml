@@ -27,6 +27,19 @@ T.TextField {
     selectedTextColor: Theme.white
     renderType: Text.NativeRendering
 
+    containmentMask: TouchTarget { control: field }
+
+    // A text that is longer than its field shows its beginning until it is edited.
+    onTextChanged: if (!activeFocus) cursorPosition = 0
+    onActiveFocusChanged: {
+        if (focusReason === Qt.ActiveWindowFocusReason)
+            return
+        if (!activeFocus)
+            cursorPosition = 0
+        else if (focusReason !== Qt.MouseFocusReason)
+            cursorPosition = length
+    }
+
     background: ContinuousRectangle {
         radius: field.radius
         color: field.fill
@@ -49,6 +62,9 @@ T.TextField {
         verticalAlignment: Text.AlignVCenter
         wrapMode: Text.NoWrap
         elide: Text.ElideRight
+        // At a large text size a hint is smaller rather than cut.
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: Math.min(field.textStyle.size, 13)
         partOfControl: true
     }
 

@@ -11,21 +11,13 @@ T.AbstractButton {
     // The look while a finger is down; a filled button stays more opaque than a text.
     property real pressedOpacity: Theme.pressedOpacity
     property real focusRadius: 10
-    // A touch target may be larger than what is drawn.
-    property real minimumTarget: Theme.touchTarget
 
     // Before any handler of a user of this component, since those connect later.
     onClicked: UnfinishedText.commit()
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
-    containmentMask: QtObject {
-        function contains(point: point): bool {
-            const dx = Math.max(0, (control.minimumTarget - control.width) / 2)
-            const dy = Math.max(0, (control.minimumTarget - control.height) / 2)
-            return point.x >= -dx && point.x <= control.width + dx && point.y >= -dy && point.y <= control.height + dy
-        }
-    }
+    containmentMask: TouchTarget { control: control }
     focusPolicy: Qt.StrongFocus
     opacity: down ? pressedOpacity : 1
 

@@ -20,6 +20,8 @@ Flickable {
     }
     readonly property real viewHeight: height - keyboardCover
     readonly property Item focused: Window.activeFocusItem
+    // What is to be brought into view once the layout has settled, before the focused item.
+    property Item awaited: null
 
     function isInside(item: Item): bool {
         for (let each = item; each; each = each.parent) {
@@ -27,6 +29,11 @@ Flickable {
                 return true
         }
         return false
+    }
+
+    function revealLater(item: Item) {
+        awaited = item
+        later.restart()
     }
 
     function reveal(item: Item) {
@@ -66,7 +73,11 @@ Flickable {
     Timer {
         id: later
         interval: 0
-        onTriggered: scroller.reveal(scroller.focused)
+        onTriggered: {
+            scroller.reveal(scroller.focused)
+            scroller.reveal(scroller.awaited)
+            scroller.awaited = null
+        }
     }
     LargeTitle {
         id: title

@@ -102,6 +102,7 @@ T.Control {
 
                     TapHandler {
                         id: tap
+                        margin: Math.max(0, (Theme.touchTarget - picker.height) / 2)
                         onTapped: {
                             picker.forceActiveFocus(Qt.MouseFocusReason)
                             segment.choose()

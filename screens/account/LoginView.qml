@@ -12,6 +12,7 @@ AppScreen {
     }
 
     Scroller {
+        id: scroller
         anchors.fill: parent
         centred: true
         enabled: !viewModel.showRecuperarDialog
@@ -79,6 +80,7 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
+                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 textStyle: Theme.caption

@@ -77,6 +77,7 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
+                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 color: Theme.blue

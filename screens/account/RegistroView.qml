@@ -8,6 +8,7 @@ AppScreen {
     RegistroViewModel { id: viewModel }
 
     Scroller {
+        id: scroller
         anchors.fill: parent
 
         Column {
@@ -78,6 +79,7 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
+                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 textStyle: Theme.caption

@@ -8,6 +8,7 @@ AppScreen {
     CotizarViewModel { id: viewModel }
 
     Scroller {
+        id: scroller
         anchors.fill: parent
 
         Column {
@@ -71,6 +72,7 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
+                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 color: Theme.blue

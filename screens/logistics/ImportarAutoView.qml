@@ -8,6 +8,7 @@ AppScreen {
     ImportarAutoViewModel { id: viewModel }
 
     Scroller {
+        id: scroller
         anchors.fill: parent
 
         Column {
@@ -66,6 +67,7 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
+                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 color: Theme.blue

@@ -21,6 +21,9 @@ private Q_SLOTS:
     void returnDoesNothing();
     void focusRingComesWithTheKeyboardOnly();
     void longTextStaysOnOneLine();
+    void longTextShowsItsBeginningUntilItIsEdited();
+    void hintIsSmallerRatherThanCut();
+    void lowFieldHasALargeTarget();
 
 private:
     static QByteArray fields()
@@ -172,6 +175,52 @@ void FieldsTest::longTextStaysOnOneLine()
     QTest::keySequence(&screen.window(), QKeySequence::Paste);
     QCOMPARE(field->height(), 54);
     QVERIFY(field->property("text").toString().contains(u"tres"_s));
+}
+
+void FieldsTest::longTextShowsItsBeginningUntilItIsEdited()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    const QString name = u"María Fernanda Montserrat del Carmen Echeverría-Gutiérrez"_s;
+    screen.root()->setProperty("plain", name);
+    QCOMPARE(field->property("cursorPosition").toInt(), 0);
+    field->forceActiveFocus(Qt::TabFocusReason);
+    QCOMPARE(field->property("cursorPosition").toInt(), name.size());
+    screen.find(u"number"_s)->forceActiveFocus(Qt::TabFocusReason);
+    QCOMPARE(field->property("cursorPosition").toInt(), 0);
+    // Another window in between does not move the cursor.
+    field->forceActiveFocus(Qt::TabFocusReason);
+    field->setProperty("cursorPosition", 5);
+    QQuickWindow other;
+    other.show();
+    other.requestActivate();
+    QTRY_VERIFY(other.isActive());
+    screen.window().requestActivate();
+    QTRY_VERIFY(screen.window().isActive());
+    QCOMPARE(field->property("cursorPosition").toInt(), 5);
+}
+
+void FieldsTest::hintIsSmallerRatherThanCut()
+{
+    const QByteArray hint = "Descripción del contenido";
+    TestScreen screen("CustomTextField { width: 200; hint: '" + hint + "'; isDecimal: false }", {200, 60});
+    for (const QQuickItem *child : screen.root()->childItems()) {
+        if (child->property("text").toString().toUtf8() == hint) {
+            QVERIFY(!child->property("truncated").toBool());
+            QVERIFY(child->property("contentWidth").toReal() <= 200 - 2 * 16 + 1);
+            return;
+        }
+    }
+    QFAIL("There is no hint");
+}
+
+void FieldsTest::lowFieldHasALargeTarget()
+{
+    TestScreen screen("Item { FormField { objectName: 'low'; y: 50; width: 200; padding: 6; hint: 'Bajo' } }", {200, 200});
+    QQuickItem *const low = screen.find(u"low"_s);
+    QCOMPARE(low->height(), 34);
+    QTest::mouseClick(&screen.window(), Qt::LeftButton, {}, QPoint(100, 46));
+    QVERIFY(low->hasActiveFocus());
 }
 
 MAROVENDA_TEST_MAIN(FieldsTest)

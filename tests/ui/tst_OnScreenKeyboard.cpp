@@ -1,0 +1,150 @@
+#include "MarovendaTest.h"
+#include "TestScreen.h"
+
+#include <QGuiApplication>
+#include <QTest>
+#include <private/qinputmethod_p.h>
+#include <qpa/qplatforminputcontext.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// An on-screen keyboard of a height, which covers the lower part of the window.
+class Keyboard : public QPlatformInputContext {
+public:
+    bool isValid() const override { return true; }
+    bool isInputPanelVisible() const override { return m_height > 0; }
+    QRectF keyboardRect() const override { return QRectF(0, m_window.height() - m_height, m_window.width(), m_height); }
+
+    void open(QSize window, qreal height)
+    {
+        m_window = window;
+        m_height = height;
+        emitInputPanelVisibleChanged();
+        emitKeyboardRectChanged();
+    }
+
+private:
+    QSizeF m_window;
+    qreal m_height = 0;
+};
+
+} // namespace
+
+class OnScreenKeyboardTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { QInputMethodPrivate::get(QGuiApplication::inputMethod())->testContext = &m_keyboard; }
+    void cleanup()
+    {
+        m_keyboard.open({}, 0);
+        QInputMethodPrivate::get(QGuiApplication::inputMethod())->testContext = nullptr;
+    }
+    void everyFieldStaysAboveIt_data();
+    void everyFieldStaysAboveIt();
+    void alertStaysAboveIt_data();
+    void alertStaysAboveIt();
+    void everythingCanBeScrolledAboveIt();
+    void contentReturnsWhenItGoes();
+
+private:
+    Keyboard m_keyboard;
+};
+
+void OnScreenKeyboardTest::everyFieldStaysAboveIt_data()
+{
+    QTest::addColumn<QByteArray>("view");
+    QTest::addColumn<QStringList>("fields");
+    QTest::addColumn<QSize>("size");
+    const QList<QPair<QByteArray, QStringList>> forms{
+        {"LoginView", {u"email"_s, u"pass"_s}},
+        {"RegistroView", {u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}},
+        {"PerfilView", {u"nombre"_s, u"email"_s}},
+        {"CotizarView", {u"peso"_s, u"valor"_s, u"descripcion"_s}},
+        {"ImportarAutoView", {u"marca"_s, u"modelo"_s, u"anio"_s, u"ubicacion"_s}},
+        {"DashboardView", {u"trackingText"_s}},
+    };
+    for (const auto &[view, fields] : forms) {
+        QTest::addRow("%s 390 x 844", view.constData()) << view << fields << QSize(390, 844);
+        QTest::addRow("%s 320 x 480", view.constData()) << view << fields << QSize(320, 480);
+    }
+}
+
+void OnScreenKeyboardTest::everyFieldStaysAboveIt()
+{
+    QFETCH(QByteArray, view);
+    QFETCH(QStringList, fields);
+    QFETCH(QSize, size);
+    TestScreen screen("NavigationContainer { root: Component { " + view + " {} } }", size);
+    const int height = size.height() * 2 / 5;
+    for (const QString &name : std::as_const(fields)) {
+        QQuickItem *const field = screen.find(name);
+        const auto inView = [&] {
+            const QRectF box = TestScreen::box(field);
+            return box.top() >= 0 && box.bottom() <= size.height() - height;
+        };
+        // The keyboard opens under a field that has the focus, and the next field gets the focus above an open keyboard.
+        field->forceActiveFocus();
+        m_keyboard.open(size, height);
+        QTRY_VERIFY2(inView(), qPrintable(name));
+        m_keyboard.open(size, 0);
+    }
+    m_keyboard.open(size, height);
+    for (const QString &name : std::as_const(fields)) {
+        QQuickItem *const field = screen.find(name);
+        field->forceActiveFocus();
+        QTRY_VERIFY2(TestScreen::box(field).bottom() <= size.height() - height && TestScreen::box(field).top() >= 0,
+                     qPrintable(name));
+    }
+}
+
+void OnScreenKeyboardTest::alertStaysAboveIt_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("phone") << QSize(390, 844);
+    QTest::newRow("small") << QSize(320, 480);
+}
+
+void OnScreenKeyboardTest::alertStaysAboveIt()
+{
+    QFETCH(QSize, size);
+    TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);
+    screen.tap(screen.find(u"recuperar"_s));
+    const int height = size.height() * 2 / 5;
+    m_keyboard.open(size, height);
+    const auto bottom = [&] {
+        return std::max(TestScreen::box(screen.find(u"alertInput"_s)).bottom(),
+                        TestScreen::box(screen.named(u"Enviar"_s)).bottom());
+    };
+    QTRY_VERIFY(bottom() <= size.height() - height);
+}
+
+void OnScreenKeyboardTest::everythingCanBeScrolledAboveIt()
+{
+    const QSize size(320, 480);
+    TestScreen screen("NavigationContainer { root: Component { CotizarView {} } }", size);
+    m_keyboard.open(size, 200);
+    screen.settle();
+    QQuickItem *const area = screen.find(u"enviar"_s)->parentItem()->parentItem()->parentItem()->parentItem();
+    QVERIFY(area->property("interactive").toBool());
+    const qreal end = area->property("contentHeight").toReal() + area->property("bottomMargin").toReal() - size.height() +
+                      TestScreen::box(area).top();
+    area->setProperty("contentY", end);
+    QTRY_VERIFY(TestScreen::box(screen.find(u"enviar"_s)).bottom() <= size.height() - 200);
+}
+
+void OnScreenKeyboardTest::contentReturnsWhenItGoes()
+{
+    const QSize size(390, 844);
+    TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);
+    const QRectF before = TestScreen::box(screen.find(u"pass"_s));
+    screen.find(u"pass"_s)->forceActiveFocus();
+    m_keyboard.open(size, 500);
+    QTRY_VERIFY(TestScreen::box(screen.find(u"pass"_s)).bottom() <= 344);
+    m_keyboard.open(size, 0);
+    QTRY_COMPARE(TestScreen::box(screen.find(u"pass"_s)), before);
+}
+
+MAROVENDA_TEST_MAIN(OnScreenKeyboardTest)
+#include "tst_OnScreenKeyboard.moc"
