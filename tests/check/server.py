@@ -3,7 +3,6 @@
 import gzip
 import json
 import socket
-import ssl
 import threading
 
 LOGIN = {"status": "success", "message": "Bienvenida", "id": "42", "nombre": "Ana Ríos"}
@@ -68,11 +67,16 @@ class Server:
         return self
 
     def __exit__(self, *_):
-        self.socket.shutdown(socket.SHUT_RDWR)
+        if self.socket.fileno() >= 0:
+            self.socket.shutdown(socket.SHUT_RDWR)
         self.thread.join()
         self.socket.close()
         for each in self.held:
             each.close()
+
+    def end(self):
+        """Listens no longer; to be called by a reply."""
+        self.socket.close()
 
     def serve(self):
         while True:
@@ -81,8 +85,10 @@ class Server:
             except OSError:
                 return
             try:
-                self.answer(self.tls.wrap_socket(connection, server_side=True) if self.tls else connection)
-            except (OSError, ssl.SSLError):
+                if self.tls:
+                    connection = self.tls.wrap_socket(connection, server_side=True)
+                self.answer(connection)
+            except OSError:
                 connection.close()
 
     def answer(self, connection):
@@ -96,8 +102,6 @@ class Server:
             self.held.append(connection)
             return
         connection.sendall((reply if isinstance(reply, Reply) else Reply(reply)).raw)
-        if self.tls:
-            connection = connection.unwrap()
         connection.close()
 
     @staticmethod

@@ -1,0 +1,314 @@
+"""The command itself: its password, its options, its terminal, and the demo service as the server that has nothing wrong."""
+
+import json
+import os
+import pathlib
+import pty
+import re
+import select
+import signal
+import subprocess
+import tempfile
+import termios
+import unittest
+
+from program import CUSTOMER, PASSWORD, PROGRAM, ProgramTest, environment, faults, lines, run, screens
+from server import LISTING, LOGIN, Server
+
+
+class DemoTest(ProgramTest):
+    """Against the demo service, which plays the company's side."""
+
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory(prefix="marovenda-check-")
+        command = [os.environ["MAROVENDA_DEMO_SERVICE"], "--port", "0", "--database", f"{self.folder.name}/demo.sqlite"]
+        self.service = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+        self.base = re.match(r"Listening on (\S+)", self.service.stdout.readline()).group(1)
+
+    def tearDown(self):
+        self.service.terminate()
+        self.service.wait()
+        self.service.stdout.close()
+        self.folder.cleanup()
+
+    def demo(self, *arguments, customer=("ana", 1)):
+        name, number = customer
+        done = run("--base", self.base, f"{name}@marovenda.example", *arguments,
+                   MAROVENDA_CHECK_PASSWORD=f"Casillero#{number}")
+        self.assertEqual((done.returncode, "Sanitizer" in done.stderr), (0, False), done.stdout + done.stderr)
+        return done.stdout
+
+    def test_app_would_work(self):
+        for customer in (("ana", 1), ("bruno", 2), ("carla", 3)):
+            report = json.loads(self.demo("--json", customer=customer))
+            self.assertTrue(report["works"] and report["reached"] and not report["refused"])
+            self.assertNotIn("fault", [each["severity"] for each in report["findings"]])
+            self.assertEqual({each["state"] for each in report["screens"][:5]}, {"works"})
+            self.assertEqual({each["state"] for each in report["screens"][5:]}, {"not tried"})
+            self.assertEqual(len(report["exchanges"]), 3)
+            self.assertEqual(report["created"], [])
+
+    def test_customer_is_quoted_in_spanish(self):
+        shown = screens(json.loads(self.demo("--json")))
+        self.assertEqual(shown["Mi Resumen"]["texts"][:3],
+                         ["Hola, Ana Lucía Peñalver Ríos", "230 Paquetes", "12 Cotizaciones"])
+        self.assertEqual(shown["Mi Casillero"]["texts"], ["Ana Lucía Peñalver Ríos MRV-1001"])
+
+    def test_write_says_what_it_created(self):
+        before = screens(json.loads(self.demo("--json")))
+        report = self.demo("--write")
+        self.assertEqual(faults(report), [])
+        created = lines(report, "WHAT WAS CREATED")
+        stamp = r"\d{8}-\d{6}"
+        for line, pattern in zip(created, [
+                rf'a quotation for customer 1: "Prueba de marovenda-check {stamp}: .*"',
+                rf"a vehicle request for customer 1: Prueba marovenda-check {stamp}",
+                'the profile of customer 1, saved with the name that it had: "Ana Lucía Peñalver Ríos"',
+                "a request to reset the password of ana@marovenda.example",
+                rf"a customer ana\+check-{stamp}@marovenda.example, number 4, with a password that nobody knows"],
+                strict=True):
+            self.assertRegex(line, f"^{pattern}$")
+        self.assertNotIn("is not in the listing", report)
+        after = screens(json.loads(self.demo("--json")))
+        self.assertEqual(before["Mi Resumen"]["texts"][2], "12 Cotizaciones")
+        self.assertEqual(after["Mi Resumen"]["texts"][2], "13 Cotizaciones")
+        self.assertEqual(before["Mi Resumen"]["texts"][0], after["Mi Resumen"]["texts"][0])
+
+    def test_write_registers_the_address_that_is_given(self):
+        report = self.demo("--write", "--new-email", "nueva@marovenda.example")
+        self.assertIn("  a customer nueva@marovenda.example, number 4, with", report)
+
+
+class WriteTest(ProgramTest):
+    """What --write finds out by asking again."""
+
+    def test_reading_sends_nothing_else(self):
+        with Server() as server:
+            self.check(server, status=0)
+            self.assertEqual(server.requests, [
+                ("POST", "/api_login.php", f'{{"email":"{CUSTOMER}","password":"{PASSWORD}"}}'.encode()),
+                ("GET", "/api_paquetes.php?user_id=42", b""),
+                ("POST", "/api_casillero.php", b'{"user_id":"42"}'),
+            ])
+
+    def test_writing_sends_each_form_once(self):
+        with Server() as server:
+            self.check(server, "--write", status=0)
+            sent = [(path, json.loads(content or "{}")) for _, path, content in server.requests[3:]]
+        self.assertEqual([path for path, _ in sent], [
+            "/api_cotizar.php", "/api_auto.php", "/api_perfil.php", "/api_login.php", "/api_paquetes.php?user_id=42",
+            "/api_recuperar.php", "/api_registro.php"])
+        self.assertEqual(sent[2][1], {"user_id": 42, "nombre": "Ana Ríos", "email": "", "password": "",
+                                      "avatar_base64": ""})
+        self.assertRegex(sent[6][1]["password"], "^Aa_[0-9a-z]{20,}$")
+
+    def test_profile_that_changes_the_password_is_a_fault(self):
+        with Server() as server:
+            def profile(_):
+                server.replies["api_login.php"] = {"status": "error", "message": "No"}
+                return {"status": "success"}
+            server.replies["api_perfil.php"] = profile
+            report = self.check(server, "--write", status=1)
+        self.assertEqual(faults(report), ["api_login.php: after api_perfil.php: the customer can no longer sign in"])
+
+    def test_profile_that_changes_the_name_is_a_warning(self):
+        with Server() as server:
+            def profile(_):
+                server.replies["api_login.php"] = {**LOGIN, "nombre": "Ana RÃ­os"}
+                return {"status": "success"}
+            server.replies["api_perfil.php"] = profile
+            self.assertIn("after api_perfil.php: the name is no longer the one that was saved",
+                          self.check(server, "--write", status=0))
+
+    def test_quotation_that_comes_back_otherwise_is_a_warning(self):
+        def described(change):
+            def quote(content):
+                text = change(json.loads(content)["descripcion"])
+                server.replies["api_paquetes.php"] = {**LISTING, "cotizaciones": [{"descripcion": text}]}
+                return {"status": "success"}
+            return quote
+        with Server() as server:
+            server.replies["api_cotizar.php"] = described(lambda text: text.replace('"', '\\"'))
+            self.assertIn("after api_cotizar.php: the quotation's description is not the text that was sent",
+                          self.check(server, "--write", status=0))
+            server.replies["api_cotizar.php"] = described(lambda text: text)
+            self.assertNotIn("after api_cotizar.php", self.check(server, "--write", status=0))
+
+    def test_profile_without_a_name_is_left_alone(self):
+        with Server({"api_login.php": {**LOGIN, "nombre": None}}) as server:
+            report = self.json(server, "--write", status=0)
+            self.assertNotIn("/api_perfil.php", [path for _, path, _ in server.requests])
+        self.assertEqual(screens(report)["Mi Perfil"]["state"], "not tried")
+
+    def test_what_may_have_been_created_is_said(self):
+        with Server({"api_auto.php": b"<br>", "api_recuperar.php": {"status": "error"}}) as server:
+            created = lines(self.check(server, "--write", status=1), "WHAT WAS CREATED")
+        self.assertRegex(created[1], r"^perhaps a vehicle request .* \(there is no readable reply\)$")
+        self.assertRegex(created[3], r"^perhaps a request to reset .* \(the reply says that it failed\)$")
+
+
+class OptionsTest(ProgramTest):
+    def refused(self, *arguments, says, **more):
+        done = run(*arguments, **more)
+        self.assertEqual((done.returncode, done.stdout), (2, ""), done.stderr)
+        self.assertEqual(done.stderr.count("\n"), 1, done.stderr)
+        self.assertTrue(done.stderr.startswith("marovenda-check: ") and done.stderr[:-1].isprintable(), done.stderr)
+        self.assertIn(says, done.stderr)
+
+    def test_wrong_command_lines_are_refused(self):
+        self.refused(says="e-mail of a test customer is missing")
+        self.refused("", says="is empty")
+        self.refused(CUSTOMER, "secret", says="Unexpected argument")
+        self.refused("--nonsense", CUSTOMER, says="nonsense")
+        self.refused("--password", "x", CUSTOMER, says="password")
+        for value in ("0", "-1", "3601", "1.5", "x", "", "060", "\x1b[2J"):
+            self.refused("--timeout", value, CUSTOMER, says="--timeout must be 1 to 3600 seconds")
+        for value in ("", "x", "0", "1.5", "9223372036854775808", "+1"):
+            self.refused("--id", value, CUSTOMER, says="--id must be a customer's number")
+        self.refused("--new-email", "a@b", CUSTOMER, says="--new-email needs")
+        self.refused("--write", "--new-email", "", CUSTOMER, says="--new-email needs")
+
+    def test_base_is_https_or_this_machine(self):
+        for base, says in {
+            "http://api.example/": "without https", "http://127.0.0.1.example/": "without https",
+            "http://localhost.example/": "without https", "http://0.0.0.0/": "without https",
+            "http://192.168.0.1/": "without https", "ftp://127.0.0.1/": "begin with https", "api.example": "a host",
+            "": "a host", "https:///": "a host", "https://api.example": "end in", "https://api.example/app": "end in",
+            "https://api.example/?a=/": "without user", "https://api.example/#/": "without user",
+            "https://ana@api.example/": "without user", " https://api.example/": "a host",
+            "https://api.example/\x1b/": "a host", "http://user:x@127.0.0.1/": "without user",
+        }.items():
+            self.refused("--base", base, CUSTOMER, says=says)
+        # These are taken: what is refused next is the password.
+        for base in ("https://api.example/", "https://api.example:8443/app/", "http://127.1.2.3/", "http://[::1]:80/",
+                     "http://localhost/"):
+            self.refused("--base", base, CUSTOMER, says="There is no password", MAROVENDA_CHECK_PASSWORD=None)
+
+    def test_password_comes_from_file_or_environment(self):
+        with tempfile.TemporaryDirectory() as name, Server() as server:
+            def sent():
+                return json.loads(server.requests.pop(0)[2])["password"]
+            path = pathlib.Path(name) / "secret"
+            for content, password in {b"ni\xc3\xb1o #1\n": "niño #1", b"x": "x", b" a b \r\n": " a b "}.items():
+                path.write_bytes(content)
+                self.check(server, "--password-file", str(path), status=0)
+                self.assertEqual(sent(), password)
+                server.requests.clear()
+            self.check(server, "--password-file", "-", status=0, input="otra\n")
+            self.assertEqual(sent(), "otra")
+            server.requests.clear()
+            self.check(server, status=0, MAROVENDA_CHECK_PASSWORD="de fuera")
+            self.assertEqual(sent(), "de fuera")
+            for content, says in {b"": "holds no password", b"\n": "holds no password", b"a\nb\n": "in its one line",
+                                  b"a\0": "in its one line", b"\xff": "not in UTF-8", b"a" * 5000: "more than 4096"}.items():
+                path.write_bytes(content)
+                self.refused("--base", server.base, "--password-file", str(path), CUSTOMER, says=says)
+            self.refused("--password-file", name, CUSTOMER, says="cannot be read")
+            self.refused("--password-file", name + "/none", CUSTOMER, says="cannot be read")
+            self.refused("--password-file", "", CUSTOMER, says="must name a file")
+            self.refused(CUSTOMER, says="holds no password", MAROVENDA_CHECK_PASSWORD="")
+
+    def test_help_and_version(self):
+        shown = run("--help")
+        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
+        page = (pathlib.Path(__file__).parents[2] / "packaging/marovenda-check.1").read_text().replace("\\-", "-")
+        options = set(re.findall(r"--[a-z-]+", shown.stdout))
+        self.assertLess({"--base", "--write", "--json", "--timeout"}, options)
+        self.assertEqual(options, set(re.findall(r"--[a-z-]+", page)))
+        self.assertRegex(run("--version").stdout, r"^marovenda-check [0-9.]+\n$")
+
+    def test_report_that_cannot_be_written_says_so(self):
+        with Server() as server, open("/dev/full", "wb") as full:
+            done = subprocess.run([PROGRAM, "--quiet", "--base", server.base, CUSTOMER], stdout=full,
+                                  stderr=subprocess.PIPE, text=True, env=environment(), check=False)
+        self.assertEqual((done.returncode, done.stderr), (2, "marovenda-check: The report could not be written.\n"))
+
+    def test_progress_goes_to_stderr(self):
+        with Server() as server:
+            done = run("--base", server.base, CUSTOMER, "--json")
+            self.assertEqual(done.stderr, "".join(
+                f"Asking {each} ...\n" for each in ("api_login.php", "api_paquetes.php", "api_casillero.php")))
+            json.loads(done.stdout)
+            self.assertEqual(run("--base", server.base, CUSTOMER, "--quiet").stderr, "")
+
+    def test_nothing_is_coloured_in_a_pipe(self):
+        with Server() as server:
+            self.assertNotIn("\x1b", self.check(server, status=0, TERM="xterm-256color"))
+
+
+class TerminalTest(ProgramTest):
+    """At a pseudo terminal."""
+
+    def start(self, *arguments, **more):
+        pid, terminal = pty.fork()
+        if pid == 0:
+            os.execve(PROGRAM, [PROGRAM, *arguments], environment(MAROVENDA_CHECK_PASSWORD=None, **more))
+        return pid, terminal
+
+    def read(self, terminal, until=None):
+        text = b""
+        while until is None or until not in text:
+            self.assertTrue(select.select([terminal], [], [], 60)[0], text)
+            try:
+                text += os.read(terminal, 65536)
+            except OSError:  # the other side has ended
+                break
+        return text
+
+    def test_password_is_asked_for_and_not_shown(self):
+        with Server() as server:
+            pid, terminal = self.start("--base", server.base, CUSTOMER, TERM="xterm")
+            self.assertEqual(self.read(terminal, b": "), f"Password of {CUSTOMER}: ".encode())
+            os.write(terminal, (PASSWORD + "\n").encode())
+            text = self.read(terminal)
+            self.assertEqual(os.waitpid(pid, 0)[1], 0)
+            os.close(terminal)
+            self.assertEqual(json.loads(server.requests[0][2])["password"], PASSWORD)
+        self.assertNotIn(PASSWORD.encode(), text)
+        self.assertIn(b"\x1b[1;32mThe app would work", text)
+
+    def test_colours_can_be_refused(self):
+        for variables in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
+            with Server() as server:
+                pid, terminal = self.start("--base", server.base, CUSTOMER, **{"TERM": "xterm", **variables})
+                self.read(terminal, b": ")
+                os.write(terminal, b"x\n")
+                self.assertNotIn(b"\x1b", self.read(terminal))
+                os.waitpid(pid, 0)
+                os.close(terminal)
+
+    def test_interrupted_prompt_leaves_a_terminal_that_echoes(self):
+        master, slave = pty.openpty()
+        # The session's first process must stay, or the terminal is gone with it.
+        script = 'trap : INT; "$@"; echo ended with $?'
+        child = subprocess.Popen(["sh", "-c", script, "sh", PROGRAM, CUSTOMER], stdin=slave, stdout=slave, stderr=slave,
+                                 env=environment(MAROVENDA_CHECK_PASSWORD=None),
+                                 preexec_fn=lambda: take_terminal(slave))
+        self.read(master, b": ")
+        self.assertFalse(termios.tcgetattr(slave)[3] & termios.ECHO)
+        os.write(master, b"\x03")
+        self.read(master, f"ended with {128 + signal.SIGINT}".encode())
+        self.assertTrue(termios.tcgetattr(slave)[3] & termios.ECHO)
+        child.wait()
+        os.close(slave)
+        os.close(master)
+
+    def test_end_of_input_is_no_password(self):
+        pid, terminal = self.start(CUSTOMER)
+        self.read(terminal, b": ")
+        os.write(terminal, b"\x04")
+        self.assertIn(b"What was typed holds no password.", self.read(terminal))
+        self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1]), 2)
+        os.close(terminal)
+
+
+def take_terminal(slave):
+    """A session of its own with this terminal. The shell must survive the interruption of what it runs."""
+    os.setsid()
+    import fcntl
+    fcntl.ioctl(slave, termios.TIOCSCTTY, 0)
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,256 @@
+"""Each way in which a connection and what is around a reply's body can be wrong is named; nothing is followed or kept."""
+
+import json
+import pathlib
+import socket
+import ssl
+import subprocess
+import tempfile
+import time
+import unittest
+import warnings as deprecation
+
+from program import ProgramTest, faults, notes, warnings
+from server import CASILLERO, LISTING, LOGIN, Reply, Server, body, packed
+
+P, C = "api_paquetes.php", "api_casillero.php"
+HTML = b"<html>502</html>"
+HTML_FAULT = 'line 1, byte 0: an HTML page, not JSON: "<html>502</html>"'
+
+FAULTS = [
+    (Reply(b""), ["HTTP 200: an empty body"]),
+    (Reply(b"", "204 No Content"), ["HTTP 204: an empty body"]),
+    (Reply(b"", "500 Error"), ["HTTP 500: an empty body"]),
+    (Reply(HTML, "502 Bad Gateway", type="text/html"), [HTML_FAULT, "HTTP 502: with a body that is not the reply"]),
+    (Reply(HTML, "404 Not Found", type="text/html"), [HTML_FAULT, "HTTP 404: with a body that is not the reply"]),
+    (Reply(b"", "302 Found", ["Location: https://elsewhere.example/a"]),
+     ['HTTP 302: redirects to "https://elsewhere.example/a", which the app does not follow']),
+    (Reply(HTML, "301 Moved", ["Location: /new/"]),
+     [HTML_FAULT, 'HTTP 301: redirects to "/new/", which the app does not follow']),
+    (Reply(b"", "401 Unauthorized", ['WWW-Authenticate: Basic realm="x"']),
+     ["HTTP 401: asks for credentials that the app does not have"]),
+    (Reply(raw=b""), ["connection: no HTTP reply: Connection closed"]),
+    (Reply(raw=b"SSH-2.0-OpenSSH\r\n\r\n"), ["connection: no HTTP reply: "]),
+    (Reply(b'{"paquetes":[', length=1000),
+     ["line 1, byte 13: the document ends in the middle", "connection: broke after 13 bytes of 1000 announced: "]),
+    (Reply(b'{"paquetes":[]}', length=5), ["line 1, byte 5: the document ends in the middle"]),
+    (Reply(raw=b"HTTP/1.1 200 OK\r\nContent-Length: 1000000000\r\n\r\n{"),
+     ["size: more than 64 MiB of body, which the app drops"]),
+    (Reply(b"no gzip at all", headers=["Content-Encoding: gzip"]), ["connection: the reply is lost: "]),
+]
+
+WARNINGS = [
+    (Reply(LISTING, "500 Error"), "HTTP 500: goes unnoticed: the app reads the body whatever the status is"),
+    (Reply(LISTING, "302 Found", ["Location: /x"]), 'HTTP 302: redirects to "/x", which the app does not follow'),
+    (Reply(LISTING, type="application/json; charset=ISO-8859-1"),
+     'Content-Type: "application/json; charset=iso-8859-1": the charset is ignored, the body is read as UTF-8'),
+    (Reply(LISTING, length=len(body(LISTING)) + 9), f"connection: broke after {len(body(LISTING))} bytes of"),
+    (Reply({**LISTING, "x": "Muy-Secreta#1"}), "the reply: holds the customer's password"),
+]
+
+NOTES = [
+    (Reply(LISTING, type="text/html; charset=utf-8"), 'Content-Type: "text/html; charset=utf-8", ignored by the app'),
+    (Reply(LISTING, type=None), "Content-Type: absent, ignored by the app"),
+    (Reply(LISTING, headers=["Set-Cookie: a=b"]), "Set-Cookie: the app neither keeps nor sends cookies"),
+    (Reply({**LISTING, "status": "success" + " " * 300_000}), "size: 3"),
+]
+
+
+class TransportTest(ProgramTest):
+    def test_each_fault_is_named(self):
+        for reply, expected in FAULTS:
+            with self.subTest(expected[-1]), Server({P: reply}) as server:
+                found = faults(self.check(server, status=1))
+                self.assertEqual(len(found), len(expected), found)
+                for line, start in zip(found, expected):
+                    self.assertTrue(line.startswith(f"{P}: {start}"), line)
+                # The other screens were tried all the same, and nobody was asked twice.
+                self.assertEqual([path for method, path, _ in server.requests if method == "POST"],
+                                 ["/api_login.php", "/api_casillero.php"])
+
+    def test_each_warning_is_named(self):
+        for reply, start in WARNINGS:
+            with self.subTest(start), Server({P: reply}) as server:
+                report = self.check(server, status=0)
+                self.assertEqual(faults(report), [])
+                self.assertEqual([line.startswith(f"{P}: {start}") for line in warnings(report)], [True], report)
+
+    def test_each_note_is_named(self):
+        for reply, start in NOTES:
+            with self.subTest(start), Server({P: reply}) as server:
+                report = self.check(server, status=0)
+                self.assertEqual(faults(report) + warnings(report), [])
+                self.assertTrue(any(line.startswith(f"{P}: {start}") for line in notes(report)), report)
+
+    def test_compression_is_named_with_the_exchange(self):
+        with Server({P: packed(LISTING)}) as server:
+            report = self.json(server, status=0)
+        self.assertEqual(report["findings"], [])
+        exchange = report["exchanges"][1]
+        self.assertEqual((exchange["headers"]["Content-Encoding"], exchange["bytes"], exchange["status"]),
+                         ("gzip", len(body(LISTING)), 200))
+
+    def test_silence_is_named_with_how_long_the_app_waits(self):
+        for reply in (None, Reply(raw=b"HTTP/1.1 200 OK\r\nContent-Le")):
+            with Server({C: reply}) as server:
+                if reply:
+                    server.replies[C] = hang_after(server, reply.raw)
+                report = self.check(server, "--timeout", "1", status=1)
+            self.assertEqual(faults(report), [
+                f"{C}: time: no byte moved for 1 second; the app waits 60 seconds and shows nothing meanwhile"])
+
+    def test_slow_reply_is_a_warning(self):
+        def slowly(_):
+            time.sleep(5.1)  # what is tested is the time
+            return CASILLERO
+        with Server({C: slowly}) as server:
+            report = self.check(server, status=0)
+        self.assertRegex(warnings(report)[0], rf"^{C}: time: 5\.\d s until the reply; the app shows no progress$")
+
+    def test_nobody_there_is_a_status_of_its_own(self):
+        with Server() as server:
+            port = server.port
+        report = self.check(f"http://127.0.0.1:{port}/", "--write", status=2)
+        self.assertIn("\nThe server is not reachable.\n", report)
+        self.assertEqual(faults(report), ["api_login.php: connection: Connection refused"])
+        report = self.check("https://nobody.invalid/", status=2)
+        self.assertRegex(faults(report)[0], "^api_login.php: connection: .*nobody.invalid.*not found")
+
+    def test_server_that_dies_later_is_a_fault(self):
+        with Server() as server:
+            def last(_):
+                server.end()
+                return LISTING
+            server.replies[P] = last
+            report = self.check(server, status=1)
+        self.assertEqual(faults(report), [f"{C}: connection: Connection refused"])
+
+    def test_password_in_a_reply_is_not_printed(self):
+        message = "Clave Muy-Secreta#1 mala"
+        with Server({"api_login.php": {"status": "error", "message": message}}) as server:
+            self.assertIn('"Clave (hidden) mala"', self.check(server, status=2))
+            self.assertNotIn("Muy-Secreta", json.dumps(self.json(server, status=2)))
+
+    def test_server_cannot_command_the_terminal(self):
+        evil = "\x1b]0;x\x07\x9b31m\u202e\u2066\r\n\u2028\x7f"
+        clean = r"\u001b]0;x\u0007\u009b31m\u202e\u2066\u000d\u000a\u2028\u007f"
+        with Server({
+            "api_login.php": {**LOGIN, "nombre": evil, evil: 1},
+            P: Reply({"paquetes": [{"tracking": evil, evil: 1}], "cotizaciones": []}, "302 Found",
+                     ["Location: /\x1b[31m", "Set-Cookie: \x1b[2J"]),
+            C: {"nombreCompleto": evil, "status": evil},
+        }) as server:
+            for report in (self.check(server, status=0), self.check(server, "--json", status=0)):
+                self.assertEqual([each for each in report if each != "\n" and not each.isprintable()], [])
+            report = self.json(server, status=0)
+        self.assertIn(f"Hola, {clean}", json.dumps(report, ensure_ascii=False).replace("\\\\", "\\"))
+        self.assertIn(f"paquetes[].{clean}", [each["place"] for each in report["findings"]])
+
+
+def hang_after(server, raw):
+    """Sends some bytes and keeps the connection."""
+    original = server.answer
+
+    def answer(connection):
+        request = connection.recv(65536, socket.MSG_PEEK)
+        if C.encode() not in request:
+            return original(connection)
+        server.held.append(connection)
+        connection.sendall(raw)
+    server.answer = answer
+
+
+class TlsTest(ProgramTest):
+    """A certificate authority of our own, which the program trusts where a name space for it is granted."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory(prefix="marovenda-check-")
+        cls.path = pathlib.Path(cls.folder.name)
+        cls.openssl("req", "-x509", *cls.key("ca"), "-out", "ca.pem", "-days", "400", "-subj", "/CN=Prueba CA",
+                    "-addext", "basicConstraints=critical,CA:TRUE")
+        trusted = cls.path / "certs"
+        trusted.mkdir()
+        (trusted / "ca.pem").write_bytes((cls.path / "ca.pem").read_bytes())
+        cls.openssl("rehash", "certs")
+        cls.trusting = ["unshare", "--user", "--map-root-user", "--mount", "sh", "-c",
+                        f'mount --bind {trusted} /etc/ssl/certs && exec "$@"', "sh"]
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    @classmethod
+    def openssl(cls, *arguments):
+        subprocess.run(["openssl", *arguments], cwd=cls.path, check=True, capture_output=True)
+
+    @staticmethod
+    def key(name):
+        return ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-keyout", f"{name}.key"]
+
+    def certificate(self, name, host, dates):
+        (self.path / "ext").write_text(f"subjectAltName=DNS:{host}\n")
+        self.openssl("req", *self.key(name), "-out", f"{name}.csr", "-subj", f"/CN={host}")
+        self.openssl("x509", "-req", "-in", f"{name}.csr", "-CA", "ca.pem", "-CAkey", "ca.key", "-CAcreateserial",
+                     "-extfile", "ext", "-out", f"{name}.pem", *dates)
+        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        context.load_cert_chain(self.path / f"{name}.pem", self.path / f"{name}.key")
+        return context
+
+    def test_good_certificate_is_described(self):
+        with Server(tls=self.certificate("good", "localhost", ["-days", "300"])) as server:
+            report = self.trusted(server, status=0)
+        self.assertEqual(report["findings"], [])
+        tls = report["exchanges"][0]["tls"]
+        self.assertEqual((tls["protocol"], tls["subject"], tls["issuer"]), ("TLS 1.3", "localhost", "Prueba CA"))
+
+    def test_certificate_that_soon_expires_is_a_warning(self):
+        with Server(tls=self.certificate("soon", "localhost", ["-days", "5"])) as server:
+            report = self.trusted(server, status=0)
+        self.assertEqual([each["what"] for each in report["findings"]],
+                         ["the certificate expires in 5 days; the app refuses it then"])
+
+    def test_certificate_of_another_host_is_refused(self):
+        with Server(tls=self.certificate("other", "other.example", ["-days", "300"])) as server:
+            report = self.trusted(server, status=1)
+            self.assertEqual(server.requests, [])
+        self.assertIn("host name did not match", report["findings"][0]["what"].lower())
+
+    def test_expired_certificate_is_refused(self):
+        with Server(tls=self.certificate("old", "localhost", ["-days", "-1"])) as server:
+            report = self.trusted(server, status=1)
+        self.assertIn("has expired", report["findings"][0]["what"])
+
+    def test_unknown_authority_is_refused(self):
+        with Server(tls=self.certificate("strange", "localhost", ["-days", "300"])) as server:
+            report = self.json(server, status=1)
+            self.assertEqual(server.requests, [])
+        self.assertEqual([each["place"] for each in report["findings"]], ["TLS"])
+        self.assertEqual(report["exchanges"][0]["tls"]["issuer"], "Prueba CA")
+
+    def test_server_without_tls_is_a_fault(self):
+        with Server() as server:
+            def refuse(connection):
+                connection.sendall(b"HTTP/1.1 400 Bad Request\r\n\r\n")
+                connection.close()
+            server.answer = refuse
+            report = self.check(server.base.replace("http", "https"), status=1)
+        self.assertRegex(faults(report)[0], "^TLS: .*(wrong version number|packet length too long|record layer)")
+
+    def test_old_protocol_is_refused(self):
+        context = self.certificate("tls1", "localhost", ["-days", "300"])
+        with deprecation.catch_warnings():
+            deprecation.simplefilter("ignore")
+            context.minimum_version = ssl.TLSVersion.TLSv1
+            context.maximum_version = ssl.TLSVersion.TLSv1_1
+        context.set_ciphers("ALL:@SECLEVEL=0")
+        with Server(tls=context) as server:
+            report = self.trusted(server, status=1)
+        self.assertEqual([each["place"] for each in report["findings"]], ["TLS"])
+
+    def trusted(self, server, status):
+        return self.json(server, status=status, prefix=self.trusting)
+
+
+if __name__ == "__main__":
+    unittest.main()
