@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <source_location>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,7 +19,7 @@ struct Watch {
     Plan plan;
     qint64 count = 0;
     bool on = false;
-    bool refusedAny = false;
+    QByteArray firstRefused;
     QList<Call> calls;
     QHash<int, QByteArray> open;
 };
@@ -49,8 +50,16 @@ bool diesNow(Death death)
     return watch.plan.last > 0 && watch.count >= watch.plan.last && watch.plan.death == death;
 }
 
+void noteRefusal(const char *function, int error)
+{
+    QByteArray &first = state().firstRefused;
+    if (first.isEmpty())
+        first = function;
+    errno = error;
+}
+
 /// Whether the call that is about to happen is refused; errno is then set.
-bool refuses()
+bool refuses(const char *function = std::source_location::current().function_name())
 {
     Watch &watch = state();
     const Plan &plan = watch.plan;
@@ -59,20 +68,18 @@ bool refuses()
         std::raise(SIGKILL);
     const bool now = plan.refused > 0 && (plan.forGood ? watch.count >= plan.refused : watch.count == plan.refused);
     if (now) {
-        watch.refusedAny = true;
-        errno = plan.error;
+        noteRefusal(function, plan.error);
     }
     return now;
 }
 
-bool refusesChange()
+bool refusesChange(const char *function = std::source_location::current().function_name())
 {
-    if (refuses())
+    if (refuses(function))
         return true;
     if (!state().plan.readOnly)
         return false;
-    state().refusedAny = true;
-    errno = EROFS;
+    noteRefusal(function, EROFS);
     return true;
 }
 
@@ -94,7 +101,8 @@ size_t roomFor(int fd, size_t size, qint64 at)
     const qint64 grown = std::max<qint64>(0, at + static_cast<qint64>(size) - found.st_size);
     const qint64 granted = std::min(grown, room);
     room -= granted;
-    return size - static_cast<size_t>(grown - granted);
+    // What grows a file by more than its own bytes leaves a gap first.
+    return size - std::min(size, static_cast<size_t>(grown - granted));
 }
 
 } // namespace
@@ -112,7 +120,7 @@ void heal() { state().plan = Plan(); }
 void mark(qint64 number) { state().calls.append({Kind::Mark, {}, {}, number, {}, 0}); }
 void rest() { state().on = false; }
 qint64 count() { return state().count; }
-bool refusedAny() { return state().refusedAny; }
+const QByteArray &firstRefused() { return state().firstRefused; }
 const QList<Call> &calls() { return state().calls; }
 
 } // namespace FileCalls
@@ -210,8 +218,7 @@ ssize_t pwrite64(int fd, const void *bytes, size_t size, off64_t at)
         return -1;
     const size_t room = diesNow(Death::Halfway) ? (size + 1) / 2 : roomFor(fd, size, at);
     if (room == 0 && size > 0) {
-        state().refusedAny = true;
-        errno = ENOSPC;
+        noteRefusal("pwrite64", ENOSPC);
         return -1;
     }
     const ssize_t done = real(fd, bytes, room, at);

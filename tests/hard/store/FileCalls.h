@@ -48,9 +48,9 @@ void heal();
 void mark(qint64 number);
 void rest();
 
-/// Of the last watch: how many calls were counted, and whether one was refused.
+/// Of the last watch: how many calls were counted, and the function of the first that was refused, if any.
 qint64 count();
-bool refusedAny();
+const QByteArray &firstRefused();
 const QList<Call> &calls();
 
 } // namespace FileCalls
