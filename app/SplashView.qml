@@ -34,6 +34,7 @@ Item {
             height: 16 + spinner.height
             Spinner {
                 id: spinner
+                objectName: "spinner"
                 y: 16
                 running: splash.spinning
             }

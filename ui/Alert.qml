@@ -59,6 +59,7 @@ FocusScope {
     }
 
     Rectangle {
+        objectName: "scrim"
         anchors.fill: parent
         color: Qt.rgba(0, 0, 0, 0.2)
         // Nothing below can be reached.
@@ -71,6 +72,7 @@ FocusScope {
 
     FocusScope {
         id: box
+        objectName: "alertBox"
         focus: true
         anchors.horizontalCenter: parent.horizontalCenter
         y: Math.max(8, (parent.height - keyboard - height) / 2)
@@ -83,6 +85,7 @@ FocusScope {
         Accessible.ignored: !alert.enabled
 
         ContinuousRectangle {
+            objectName: "shape"
             anchors.fill: parent
             radius: 14
             color: Qt.rgba(1, 1, 1, 0.95)
@@ -116,6 +119,7 @@ FocusScope {
                         partOfControl: true
                     }
                     AppText {
+                        objectName: "message"
                         width: texts.inner
                         text: alert.message
                         textStyle: Theme.footnote
@@ -147,6 +151,7 @@ FocusScope {
 
                 TextButton {
                     id: cancelButton
+                    objectName: "cancelar"
                     width: parent.width / 2
                     height: parent.height
                     text: alert.cancelText
@@ -156,6 +161,7 @@ FocusScope {
                     KeyNavigation.backtab: input
                 }
                 Rectangle {
+                    objectName: "split"
                     x: parent.width / 2
                     width: 1 / Screen.devicePixelRatio
                     height: parent.height
@@ -163,6 +169,7 @@ FocusScope {
                 }
                 TextButton {
                     id: acceptButton
+                    objectName: "aceptar"
                     x: parent.width / 2
                     width: parent.width / 2
                     height: parent.height

@@ -24,6 +24,7 @@ Item {
         color: avatar.placeholderColor
     }
     Rectangle {
+        objectName: "ring"
         anchors.fill: parent
         anchors.margins: -avatar.ringWidth / 2
         visible: view.decoded && avatar.ringWidth > 0

@@ -16,6 +16,7 @@ Item {
 
     Pressable {
         id: backButton
+        objectName: "back"
         visible: bar.backShown
         x: 8
         height: bar.height

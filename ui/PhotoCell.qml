@@ -26,6 +26,7 @@ Item {
     }
     PhotoView {
         id: view
+        objectName: "view"
         anchors.fill: parent
         anchors.margins: cell.gap / 2
         square: true

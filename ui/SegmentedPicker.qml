@@ -43,6 +43,7 @@ T.Control {
 
         // The thumb with its soft shadow.
         Item {
+            objectName: "thumb"
             visible: picker.current >= 0
             x: 2 + track.share * picker.current
             y: 2
@@ -69,6 +70,7 @@ T.Control {
                 }
             }
             ContinuousRectangle {
+                objectName: "face"
                 anchors.fill: parent
                 radius: 7
                 color: Theme.white

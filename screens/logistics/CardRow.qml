@@ -32,6 +32,7 @@ Item {
     }
     ContinuousRectangle {
         id: tile
+        objectName: "tile"
         y: Theme.largeText ? row.padding : (row.height - height) / 2
         x: row.padding
         width: 48

@@ -23,6 +23,7 @@ Item {
         contentItem: Column {
             spacing: Theme.spacing
             ContinuousRectangle {
+                objectName: tile.text + "Tile"
                 anchors.horizontalCenter: parent.horizontalCenter
                 width: 56
                 height: 56

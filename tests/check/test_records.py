@@ -180,6 +180,18 @@ class RecordsTest(ProgramTest):
             "cotizaciones[0].origen: object, must be text",
         ]])
 
+    def test_the_rest_of_a_refused_reply_is_looked_at_too(self):
+        listing = row("paquetes", 3, tracking=5, peso=1)
+        del listing["paquetes"][4]["tracking"]
+        listing["paquetes"][5]["tracking"] = "MRV-1"
+        report = self.report(P, listing, 1)
+        self.assertEqual(faults(report), [f"{P}: paquetes[3].tracking: number, must be text"])
+        self.assertEqual(warnings(report),
+                         [f'{P}: paquetes[4].tracking: absent, shown as "N/A"; a tap on the row opens nothing'])
+        self.assertEqual(notes(report), [
+            f"{P}: paquetes[3].peso: ignored by the app",
+            f'{P}: paquetes[1, 5].tracking: these rows share the number "MRV-1"; each is shown'])
+
     def test_one_number_empties_three_screens(self):
         with Server({P: row("paquetes", 17, tracking=123)}) as server:
             shown = screens(self.json(server, status=1))

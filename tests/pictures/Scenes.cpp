@@ -3,7 +3,9 @@
 #include "Session.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QPainter>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -111,6 +113,16 @@ QList<Scene> accountScenes()
         screen.root()->forceActiveFocus();
         return until([&] { return screen.find(u"msg"_s)->isVisible(); });
     };
+    const auto weakPassword = [](TestScreen &screen) {
+        if (!still(screen))
+            return false;
+        const QStringList fields{u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s};
+        for (const QString &field : fields)
+            screen.type(screen.find(field), field == u"pass"_s ? u"casillero"_s : longName);
+        screen.tap(screen.find(u"registrar"_s));
+        screen.root()->forceActiveFocus();
+        return until([&] { return screen.find(u"msg"_s)->isVisible(); });
+    };
     const auto openAlert = [](TestScreen &screen) {
         screen.tap(screen.find(u"recuperar"_s));
         return until([&] { return qFuzzyCompare(screen.find(u"recuperarDialog"_s)->opacity(), 1.0); });
@@ -119,10 +131,13 @@ QList<Scene> accountScenes()
         return still(screen) && until([&] { return screen.find(u"avatar"_s)->property("decoded").toBool(); });
     };
     return {
+        {"inicio", "SplashView { logoOpacity: 1; logoScale: 1; spinning: false }", nothing,
+         shows(u"Desarrollado por Corvandel"_s)},
         {"ingreso", alone("LoginView"), nothing, shows(u"Iniciar Sesión"_s)},
         {"ingreso-error", alone("LoginView"), replies("/api_login.php", refusal), fillAndSend},
         {"recuperar", alone("LoginView"), nothing, openAlert},
         {"registro", pushed("RegistroView"), nothing, shows(u"Crear Cuenta"_s)},
+        {"registro-clave", pushed("RegistroView"), nothing, weakPassword},
         {"registro-error", pushed("RegistroView"), nothing,
          presses(u"registrar"_s, u"Por favor completa todos los campos"_s)},
         {"perfil", pushed("PerfilView"), [](ScriptedServer &) { signIn(u"Ana Lucía Peñalver Ríos"_s); },
@@ -133,6 +148,67 @@ QList<Scene> accountScenes()
              Session::instance().setUserAvatarData(photo());
          },
          photoShown},
+        {"perfil-guardado", pushed("PerfilView"),
+         [](ScriptedServer &server) {
+             signIn(u"Ana Lucía Peñalver Ríos"_s);
+             server.reply("/api_perfil.php", R"({"status":"success"})");
+         },
+         presses(u"guardar"_s, u"Perfil actualizado con éxito"_s)},
+        {"perfil-error", pushed("PerfilView"), [](ScriptedServer &) { signIn(u"Ana Lucía Peñalver Ríos"_s); },
+         presses(u"guardar"_s, u"Error al actualizar"_s)},
+    };
+}
+
+/// Photos on the device, of all shapes.
+void takePhotos(ScriptedServer &)
+{
+    static const QTemporaryDir home;
+    qputenv("HOME", home.path().toUtf8());
+    const QDir pictures(home.filePath(u"Pictures"_s));
+    pictures.mkpath(u"."_s);
+    const QList<QSize> sizes{{300, 200}, {200, 300}, {200, 200}, {400, 100}, {60, 90}};
+    for (int i = 0; i < sizes.size(); ++i) {
+        QImage image(sizes[i], QImage::Format_RGB32);
+        QLinearGradient light(0, 0, sizes[i].width(), sizes[i].height());
+        light.setColorAt(0, QColor::fromHsv(i * 67, 90, 250));
+        light.setColorAt(1, QColor::fromHsv(i * 67 + 30, 200, 120));
+        QPainter(&image).fillRect(image.rect(), light);
+        const QString path = pictures.filePath(u"foto%1.png"_s.arg(i));
+        image.save(path);
+        QFile file(path);
+        file.open(QFile::ReadWrite);
+        file.setFileTime(QDateTime(QDate(2026, 1, 10 - i), QTime(12, 0)), QFileDevice::FileModificationTime);
+    }
+}
+
+When opensPicker(bool filled)
+{
+    return [=](TestScreen &screen) {
+        if (!still(screen))
+            return false;
+        if (!filled)
+            qputenv("HOME", "/nowhere");
+        screen.tap(screen.find(u"cambiarFoto"_s));
+        screen.root()->forceActiveFocus();
+        if (!filled)
+            return until([&] { return screen.texts().contains(u"No hay fotos en la carpeta de imágenes."_s); });
+        return until([&] {
+            const auto *const photos = screen.find(u"photos"_s);
+            const QList<QQuickItem *> cells = photos->property("contentItem").value<QQuickItem *>()->childItems();
+            return photos->property("count").toInt() == 5 &&
+                   std::all_of(cells.begin(), cells.end(), [](QQuickItem *cell) {
+                       const QQuickItem *const view = cell->findChild<QQuickItem *>(u"view"_s);
+                       return !view || view->property("decoded").toBool();
+                   });
+        });
+    };
+}
+
+QList<Scene> photoScenes()
+{
+    return {
+        {"fotos", pushed("PerfilView"), takePhotos, opensPicker(true)},
+        {"fotos-vacio", pushed("PerfilView"), nothing, opensPicker(false)},
     };
 }
 
@@ -156,10 +232,15 @@ QList<Scene> logisticsScenes()
         {"cotizar", pushed("CotizarView"), nothing, shows(u"Enviar Cotización"_s)},
         {"cotizar-enviado", pushed("CotizarView"), replies("/api_cotizar.php", R"({"status":"success"})"),
          presses(u"enviar"_s, u"Enviado con éxito"_s)},
+        {"cotizar-error", pushed("CotizarView"), nothing, presses(u"enviar"_s, u"Error al cotizar"_s)},
         {"autos", pushed("ImportarAutoView"), nothing, shows(u"Solicitar Importación"_s)},
+        {"autos-enviado", pushed("ImportarAutoView"), replies("/api_auto.php", R"({"status":"success"})"),
+         presses(u"enviar"_s, u"Solicitud enviada"_s)},
+        {"autos-error", pushed("ImportarAutoView"), nothing, presses(u"enviar"_s, u"Error al enviar"_s)},
         {"casillero", pushed("CasilleroView"),
          replies("/api_casillero.php", R"({"nombreCompleto":"Ana Lucía Peñalver Ríos MRV-1001"})"),
          shows(u"Ana Lucía Peñalver Ríos MRV-1001"_s)},
+        {"casillero-error", pushed("CasilleroView"), nothing, shows(u"Error"_s)},
         {"paquetes", pushed("MisPaquetesView"), rows(someRows(), u"Ana"_s), shows(u"Tracking: N/A"_s)},
         {"paquetes-largo", pushed("MisPaquetesView"), rows(longRows(), u"Ana"_s), shows(u"Tracking: 1"_s)},
         {"cotizaciones", pushed("MisCotizacionesView"), rows(someRows(), u"Ana"_s), shows(u"Bicicleta de niño"_s)},
@@ -171,4 +252,4 @@ QList<Scene> logisticsScenes()
 
 } // namespace
 
-QList<Scene> scenes() { return accountScenes() + logisticsScenes(); }
+QList<Scene> scenes() { return accountScenes() + photoScenes() + logisticsScenes(); }

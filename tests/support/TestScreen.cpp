@@ -55,7 +55,7 @@ TestScreen::TestScreen(const QByteArray &qml, QSize size) : m_view(std::make_uni
 {
     addModules(*m_view->engine());
     auto *const component = new QQmlComponent(m_view->engine(), m_view.get());
-    component->setData("import QtQuick\nimport Marovenda.Ui\nimport Marovenda.Account\nimport Marovenda.Logistics\n" +
+    component->setData("import QtQuick\nimport Marovenda.Ui\nimport Marovenda.Account\nimport Marovenda.App\nimport Marovenda.Logistics\n" +
                            qml,
                        QUrl(u"qrc:/test/Screen.qml"_s));
     QObject *const made = component->create();

@@ -216,7 +216,8 @@ void FieldsTest::hintIsSmallerRatherThanCut()
 
 void FieldsTest::lowFieldHasALargeTarget()
 {
-    TestScreen screen("Item { FormField { objectName: 'low'; y: 50; width: 200; padding: 6; hint: 'Bajo' } }", {200, 200});
+    TestScreen screen("Item { FormField { objectName: 'low'; y: 50; width: 200; padding: 6; hint: 'Bajo' } }",
+                      {200, 200});
     QQuickItem *const low = screen.find(u"low"_s);
     QCOMPARE(low->height(), 34);
     QTest::mouseClick(&screen.window(), Qt::LeftButton, {}, QPoint(100, 46));

@@ -1,10 +1,10 @@
 #include "MarovendaTest.h"
 #include "TestScreen.h"
 
-#include <QGuiApplication>
-#include <QTest>
 #include <private/qinputmethod_p.h>
+#include <QGuiApplication>
 #include <qpa/qplatforminputcontext.h>
+#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -15,7 +15,10 @@ class Keyboard : public QPlatformInputContext {
 public:
     bool isValid() const override { return true; }
     bool isInputPanelVisible() const override { return m_height > 0; }
-    QRectF keyboardRect() const override { return QRectF(0, m_window.height() - m_height, m_window.width(), m_height); }
+    QRectF keyboardRect() const override
+    {
+        return QRectF(0, m_window.height() - m_height, m_window.width(), m_height);
+    }
 
     void open(QSize window, qreal height)
     {
@@ -84,7 +87,8 @@ void OnScreenKeyboardTest::everyFieldStaysAboveIt()
             const QRectF box = TestScreen::box(field);
             return box.top() >= 0 && box.bottom() <= size.height() - height;
         };
-        // The keyboard opens under a field that has the focus, and the next field gets the focus above an open keyboard.
+        // The keyboard opens under a field that has the focus, and the next field gets the focus above an open
+        // keyboard.
         field->forceActiveFocus();
         m_keyboard.open(size, height);
         QTRY_VERIFY2(inView(), qPrintable(name));
@@ -128,8 +132,8 @@ void OnScreenKeyboardTest::everythingCanBeScrolledAboveIt()
     screen.settle();
     QQuickItem *const area = screen.find(u"enviar"_s)->parentItem()->parentItem()->parentItem()->parentItem();
     QVERIFY(area->property("interactive").toBool());
-    const qreal end = area->property("contentHeight").toReal() + area->property("bottomMargin").toReal() - size.height() +
-                      TestScreen::box(area).top();
+    const qreal end = area->property("contentHeight").toReal() + area->property("bottomMargin").toReal() -
+                      size.height() + TestScreen::box(area).top();
     area->setProperty("contentY", end);
     QTRY_VERIFY(TestScreen::box(screen.find(u"enviar"_s)).bottom() <= size.height() - 200);
 }

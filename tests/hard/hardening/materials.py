@@ -8,7 +8,7 @@ import re
 import subprocess
 
 import elf
-from stage import WatchedPhone, open_at_login
+from stage import WatchedPhone
 
 TIME = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ")
 SERIAL = re.compile(r"urn:uuid:[0-9a-f]{8}-[0-9a-f]{4}-[1-5][0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")
@@ -54,7 +54,7 @@ def check_links(tally, bill, app):
 def check_run(tally, bill, app, folder):
     """Whatever of Qt a running app has in memory. What the machine's graphics driver brings along is no part of a release."""
     with WatchedPhone(folder / "records") as phone:
-        open_at_login(phone, app)
+        phone.open(app)
         maps = pathlib.Path(f"/proc/{phone.app.pid}/maps").read_text()
     names = {part["name"] for part in bill["components"]}
     loaded = sorted(set(re.findall(r"/\S+[qQ]t6\S+$", maps, re.MULTILINE)))

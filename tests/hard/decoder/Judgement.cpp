@@ -1,0 +1,65 @@
+#include "Judgement.h"
+
+using namespace Qt::StringLiterals;
+using SecondLibrary::Document;
+
+namespace {
+
+template <Record R>
+bool same(const Json::ReadResult<R> &one, const Json::ReadResult<R> &other)
+{
+    return RecordTools::same(one.record, other.record) && one.error == other.error;
+}
+
+template <Record R>
+QByteArray judgeAgain(const R &record)
+{
+    const auto written = Json::write(record);
+    if (!written)
+        return "read, but cannot be written"_ba;
+    const auto again = Json::read<R>(*written);
+    if (!again || !RecordTools::same(*again.record, record))
+        return "is another one when written and read again: "_ba + *written;
+    return {};
+}
+
+template <Record R>
+QByteArray judgeAs(QByteArrayView bytes, const Document &document)
+{
+    const auto result = Json::read<R>(bytes);
+    // The second time by the other entrance.
+    if (!same(result, Json::readAndFree<R>(bytes.toByteArray())))
+        return "another result the second time"_ba;
+    if (bool(result) != result.error.isEmpty())
+        return "a record and a reason, or neither"_ba;
+    const bool isJson = document.kind == Document::Kind::json;
+    if (result.error.startsWith("not JSON: "_L1) == isJson)
+        return isJson ? "refused as no JSON" : "taken for JSON";
+    if (bool(result) != (isJson && SecondLibrary::fits(document.root, R())))
+        return result ? "taken for a record"_ba : "no record: "_ba + result.error.toUtf8();
+    if (!result)
+        return {};
+    if (!SecondLibrary::agrees(document.root, *result.record))
+        return "other values"_ba;
+    return judgeAgain(*result.record);
+}
+
+} // namespace
+
+QByteArray judge(QByteArrayView bytes, const Document &document)
+{
+    using RecordTools::All;
+    // What is refused as a whole is refused before any record: one of them is enough, another for each length.
+    const bool isJson = document.kind == Document::Kind::json;
+    const qsizetype only = bytes.size() % qsizetype(boost::mp11::mp_size<All>::value);
+    QByteArray wrong;
+    qsizetype index = 0;
+    RecordTools::forEachRecord<All>([&]<Record R>(const R &) {
+        if ((!isJson && index++ != only) || !wrong.isEmpty())
+            return;
+        wrong = judgeAs<R>(bytes, document);
+        if (!wrong.isEmpty())
+            wrong.prepend(RecordTools::name<R> + ": "_ba);
+    });
+    return wrong;
+}

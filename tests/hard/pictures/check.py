@@ -1,0 +1,187 @@
+"""Feeds the app's picture code with bombs, damage and files that are none, and looks whether the window goes on.
+
+usage: check.py WATCHED PLAIN STARTER quick|long
+
+WATCHED and PLAIN are the same program with and without the sanitizers, STARTER the app's screens; see main.cpp and
+start.cpp. PICTURES_SEED in the environment stands for the first seed of the mutations, so that a failure can be
+repeated; PICTURES_ONLY for a part of the names of the only bombs to try.
+"""
+
+import collections
+import concurrent.futures
+import itertools
+import os
+import pathlib
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+
+sys.path[:0] = [str(pathlib.Path(__file__).resolve().parent.parent)]
+
+import items
+import jpeg
+import others
+import png
+import webp
+from tally import Tally
+
+MOST_MEMORY = 256  # MiB
+LONGEST_GAP = 100  # ms
+LONGEST_SECONDS = 20
+KINDS = ("png", "jpeg", "webp")
+DEADLINE = 150  # seconds until a program counts as hung
+
+Shown = collections.namedtuple("Shown", "ended decoded loaded gap run seconds memory")
+
+
+class Check:
+    def __init__(self, folder, watched, plain, starter, form):
+        self.folder = folder
+        self.watched, self.plain, self.starter = watched, plain, starter
+        self.long = form == "long"
+        self.tally = Tally()
+        self.pool = concurrent.futures.ThreadPoolExecutor(2)
+        self.numbers = itertools.count()
+        self.good = self.file(png.png(8, 8))
+
+    def file(self, data, ending="jpg"):
+        """Most of what follows is named after what it is not."""
+        path = self.folder / f"{next(self.numbers)}.{ending}"
+        path.write_bytes(data)
+        return path
+
+    def run(self, *command, **more):
+        """The program's lines. Says on stderr why there are none: it failed, did not end, or was not silent."""
+        environment = {**os.environ, "XDG_RUNTIME_DIR": str(self.folder), "XDG_DATA_HOME": str(self.folder), **more}
+        try:
+            done = subprocess.run([str(part) for part in command], env=environment, capture_output=True, text=True,
+                                  errors="replace", timeout=DEADLINE)
+        except subprocess.TimeoutExpired:
+            return None, "did not end"
+        if done.returncode != 0:
+            return None, f"ended with {done.returncode}: {done.stdout[-500:]}{done.stderr[:3000]}"
+        return done.stdout.splitlines(), f"wrote to stderr: {done.stderr[:500]}" if done.stderr else None
+
+    def show(self, program, how, path):
+        """What it took to show a file, and what is wrong with that (None: nothing)."""
+        lines, wrong = self.run(program, "show", how, path, self.good)
+        if lines is None:
+            return None, wrong
+        shown = Shown(*map(float, lines[-1].split()))
+        if not shown.ended:
+            wrong = "did not end"
+        elif program == self.plain and shown.memory > MOST_MEMORY:
+            wrong = f"took {shown.memory:.0f} MiB"
+        # On a busy machine only the time that the window's own thread computed tells something.
+        elif shown.run > LONGEST_GAP:
+            wrong = f"the window's thread computed for {shown.run:.0f} ms"
+        elif self.long and shown.gap > LONGEST_GAP:
+            wrong = f"the window did not answer for {shown.gap:.0f} ms"
+        elif shown.seconds > LONGEST_SECONDS:
+            wrong = f"took {shown.seconds:.0f} s"
+        return shown, wrong
+
+    def bomb(self, bomb):
+        """As a stored photo, as a picked one, which is held once more in base64, and as one of the picker's."""
+        path = self.file(bomb.make())
+        kind = bomb.name.split(" ")[0]
+        kind = kind + " bomb" if kind in ("png", "jpeg", "webp", "gif", "bmp") else "no picture"
+        ways = ("stored", "picked", "listed") if self.long else ("picked",)
+        for program, how in [(self.plain, how) for how in ways] + ([(self.watched, "stored")] if self.long else []):
+            shown, wrong = self.show(program, how, path)
+            if not wrong:
+                wrong = self.wrong_look(bomb, shown.decoded)
+            self.tally.note(f"{kind}, {how}", not wrong, f"{bomb.name}: {wrong}")
+            if os.environ.get("PICTURES_VERBOSE"):
+                print(f"{bomb.name} {how} {shown}", file=sys.stderr, flush=True)
+        path.unlink()
+
+    @staticmethod
+    def wrong_look(bomb, decoded):
+        if bomb.shows is not None and bool(decoded) != bomb.shows:
+            return "shows" if decoded else "does not show"
+        return None
+
+    def lossy(self, width, height):
+        path = self.folder / "lossy"
+        self.run(self.plain, "make", "webp", width, height, 10, path)
+        return path.read_bytes()
+
+    def together(self, work):
+        """As many at a time as the pool has hands; what one raises, is raised."""
+        for done in [self.pool.submit(*each) for each in work]:
+            done.result()
+
+    def chosen(self, names=()):
+        only = os.environ.get("PICTURES_ONLY", "")
+        for bomb in itertools.chain(png.bombs(), jpeg.bombs(), webp.bombs(self.lossy), others.bombs()):
+            if only in bomb.name and (self.long or bomb.name in names or bomb.quick and not names):
+                yield bomb
+
+    def bombs(self):
+        self.together((self.bomb, bomb) for bomb in self.chosen())
+
+    def damage(self, fault, tries, *command):
+        """Decodes damaged pictures; the memory counts in the program without sanitizers alone."""
+        lines, wrong = self.run(*command)
+        if not wrong and command[0] == self.plain and float(lines[-1].split()[1]) > MOST_MEMORY:
+            wrong = lines[-1]
+        self.tally.note(fault, not wrong, f"{' '.join(map(str, command[1:]))}: {wrong}", tries)
+
+    def damages(self):
+        first = int(os.environ.get("PICTURES_SEED") or (random.randrange(1 << 30) if self.long else 1))
+        print(f"PICTURES_SEED={first}", file=sys.stderr, flush=True)
+        # In small parts, so that a failure names few seeds.
+        parts, count, steps = (20, 400, 500) if self.long else (1, 250, 40)
+        self.together(
+            (self.damage, f"{kind} cut off", steps, program, "cut", kind, steps)
+            for kind in KINDS for program in (self.watched, self.plain))
+        # Each program has seeds of its own.
+        self.together(
+            (self.damage, f"{kind} mutated", count, program, "mutate", kind, first + (2 * part + i) * count, count)
+            for kind in KINDS for part in range(parts) for i, program in enumerate((self.watched, self.plain)))
+
+    def strange_items(self):
+        """What is picked or listed and is no file that ends."""
+        for how in ("picked", "listed"):
+            for name, may_load, make in items.ITEMS:
+                with tempfile.TemporaryDirectory(dir=self.folder) as folder, make(folder) as path:
+                    shown, wrong = self.show(self.plain, how, path)
+                if not wrong and not may_load and (shown.loaded >= 0 or shown.decoded):
+                    wrong = f"gave {shown.loaded:.0f} bytes"
+                self.tally.note("strange item, " + how, not wrong, f"{name}: {wrong}")
+
+    def starts(self):
+        """Bombs as the stored photo: the app starts with it, and once more."""
+        few = ("png of compressed texts", "jpeg 16,384 x 16,384, progressive", "svg")
+        self.together((self.start, bomb) for bomb in self.chosen(few))
+
+    def start(self, bomb):
+        home = self.folder / f"home{next(self.numbers)}"
+        home.mkdir()
+        path = self.file(bomb.make())
+        _, wrong = self.run(self.starter, "store", path, XDG_DATA_HOME=str(home))
+        for which in ("start", "next start"):
+            if not wrong:
+                lines, wrong = self.run(self.starter, "start", XDG_DATA_HOME=str(home))
+            if not wrong:
+                wrong = self.wrong_look(bomb, float(lines[-1]))
+            self.tally.note("bomb as the stored photo, " + which, not wrong, f"{bomb.name}: {wrong}")
+        path.unlink()
+        shutil.rmtree(home)
+
+
+def main():
+    *programs, form = sys.argv[1:]
+    with tempfile.TemporaryDirectory(prefix="pictures-") as folder:
+        check = Check(pathlib.Path(folder), *programs, form)
+        check.bombs()
+        check.damages()
+        check.strange_items()
+        check.starts()
+    check.tally.finish()
+
+
+main()

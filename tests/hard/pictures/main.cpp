@@ -1,0 +1,150 @@
+// What check.py runs: shows one picture, or decodes many damaged ones, and tells what it cost.
+
+#include "Corpus.h"
+#include "Mutations.h"
+#include "PhotoLoader.h"
+#include "PhotoView.h"
+#include "Watch.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <QTimer>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QFile::ReadOnly))
+        qFatal("cannot read %s", qUtf8Printable(path));
+    return file.readAll();
+}
+
+/// A window with the picture in question, and one beside it that is good: everything is decoded in the order of its
+/// coming, so once the good one shows, the other has been dealt with.
+class Stage {
+public:
+    Stage()
+    {
+        m_window.resize(200, 100);
+        m_view.setSize({100, 100});
+        m_window.show();
+    }
+
+    /// Shows a file as `how` says: as a stored photo's bytes, as a file of the picker's, or as the picked file. False
+    /// when that does not end.
+    bool show(const QString &how, const QString &path, const QByteArray &stored = {})
+    {
+        bool ended = true;
+        PhotoView marker(m_window.contentItem());
+        marker.setSize({100, 100});
+        QObject::connect(&marker, &PhotoView::decodedChanged, [] { QGuiApplication::exit(); });
+        const auto mark = [&marker] { marker.setPhoto(picture("png", {8, 8})); };
+        if (how == u"stored"_s) {
+            m_view.setPhoto(stored);
+            mark();
+        } else if (how == u"listed"_s) {
+            m_view.setFile(QUrl::fromLocalFile(path));
+            mark();
+        } else {
+            loadPhoto(QUrl::fromLocalFile(path), &m_window, [this](const LoadedPhoto &photo) {
+                m_loaded = photo;
+                m_view.setPhoto(photo.bytes);
+            });
+            loadPhoto(QUrl::fromLocalFile(QCoreApplication::arguments().constLast()), &m_window,
+                      [mark](auto) { mark(); });
+        }
+        QTimer::singleShot(120'000, &m_window, [&ended] {
+            ended = false;
+            QGuiApplication::exit();
+        });
+        QGuiApplication::exec();
+        return ended;
+    }
+
+    bool decoded() const { return m_view.decoded(); }
+    /// How many bytes were handed over when the file was picked; -1 for none.
+    qsizetype loaded() const { return m_loaded.bytes.isNull() ? -1 : m_loaded.bytes.size(); }
+
+private:
+    QQuickWindow m_window;
+    PhotoView m_view{m_window.contentItem()};
+    LoadedPhoto m_loaded;
+};
+
+/// show HOW FILE GOOD: prints whether it ended, whether there is a picture, the bytes that were picked, the longest
+/// gap and run of the window's thread in milliseconds, the seconds and the memory that it took in MiB.
+int show(const QStringList &arguments)
+{
+    Stage stage;
+    // Whatever the first picture of all costs.
+    if (!stage.show(u"picked"_s, arguments[2]))
+        qFatal("A good picture does not show");
+    Watch::forgetPeak();
+    const double before = Watch::memory();
+    const QByteArray stored = arguments[0] == u"stored"_s ? contents(arguments[1]) : QByteArray();
+    const Watch watch;
+    QElapsedTimer clock;
+    clock.start();
+    const bool ended = stage.show(arguments[0], arguments[1], stored);
+    std::printf("%d %d %lld %.0f %.0f %.1f %.0f\n", ended, stage.decoded(), static_cast<long long>(stage.loaded()),
+                watch.longestGap(), watch.longestRun(), static_cast<double>(clock.elapsed()) / 1000,
+                Watch::peakMemory() - before);
+    std::fflush(stdout);
+    // A file that does not end would keep the process.
+    if (!ended)
+        std::_Exit(1);
+    return 0;
+}
+
+/// make FORMAT WIDTH HEIGHT QUALITY FILE
+int make(const QStringList &arguments)
+{
+    QFile file(arguments[4]);
+    const QByteArray bytes = picture(arguments[0].toLatin1().constData(),
+                                     {arguments[1].toInt(), arguments[2].toInt()}, arguments[3].toInt());
+    return file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size() ? 0 : 1;
+}
+
+/// mutate FORMAT SEED COUNT, cut FORMAT STEPS: prints what failed and at last the memory that it took in MiB.
+int damage(const QStringList &arguments, int (*run)(const QStringList &))
+{
+    tryCuts(arguments[1].toLatin1(), 1);
+    Watch::forgetPeak();
+    const double before = Watch::memory();
+    const int failures = run(arguments);
+    std::printf("memory %.0f\n", Watch::peakMemory() - before);
+    return failures ? 1 : 0;
+}
+
+int mutate(const QStringList &arguments)
+{
+    return tryMutations(arguments[1].toLatin1(), arguments[2].toUInt(), arguments[3].toInt());
+}
+
+int cut(const QStringList &arguments) { return tryCuts(arguments[1].toLatin1(), arguments[2].toInt()); }
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QGuiApplication application(argc, argv);
+    const QStringList arguments = QGuiApplication::arguments().sliced(1);
+    const QString what = arguments.value(0);
+    if (what == u"show"_s && arguments.size() == 4)
+        return show(arguments.sliced(1));
+    if (what == u"make"_s && arguments.size() == 6)
+        return make(arguments.sliced(1));
+    if (what == u"mutate"_s && arguments.size() == 4)
+        return damage(arguments, mutate);
+    if (what == u"cut"_s && arguments.size() == 3)
+        return damage(arguments, cut);
+    qCritical("what is to be done?");
+    return 2;
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Calls.h"
+#include "Faults.h"
+#include "Tally.h"
+
+/// Puts one call through one fault, among others that have to come through.
+class Trial {
+public:
+    Trial(Tally &tally, Wire &wire) : m_tally(tally), m_wire(wire) {}
+
+    /// Before it a call to another endpoint is made and held by the server; it is answered afterwards, and one more
+    /// call is made then. Notes one try of the fault under `row`, its name where none is given.
+    void run(const Faults::Fault &fault, std::size_t call, const QByteArray &row = {});
+
+    /// Notes, at the very end, that no call was completed a second time.
+    void finish();
+
+private:
+    /// What was wrong, or nothing.
+    QByteArray attempt(const Faults::Fault &fault, const Calls::Call &call, const Calls::Call &held,
+                       const Calls::Call &next);
+    QByteArray judge(const Faults::Fault &fault, const Calls::Call &call, const QByteArray &expected,
+                     const Calls::Delivery &delivery);
+    QByteArray counted(const Faults::Fault &fault, const Calls::Call &call);
+    Calls::DeliveryPtr start(const Calls::Call &call, const QByteArray &text);
+
+    Tally &m_tally;
+    Wire &m_wire;
+    QList<Calls::DeliveryPtr> m_all;
+    int m_number = 0;
+};
+
+/// The most memory that this process has held since `forgetPeak`, in MB.
+qint64 peakMemory();
+void forgetPeak();

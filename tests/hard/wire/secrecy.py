@@ -1,0 +1,21 @@
+"""How the scripted server encrypts."""
+
+import ssl
+
+
+class Secrecy:
+    """From a dictionary: "certificate", and where wanted "oldest", "newest" (TLS versions), "ciphers"."""
+
+    def __init__(self, folder, wish):
+        self.context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        if "ciphers" in wish:
+            self.context.set_ciphers(wish["ciphers"])
+        for end, name in (("minimum_version", "oldest"), ("maximum_version", "newest")):
+            if name in wish:
+                setattr(self.context, end, ssl.TLSVersion[wish[name]])
+        if "certificate" in wish:
+            self.context.load_cert_chain(f"{folder}/{wish['certificate']}.pem")
+
+    def shake_hands(self, connection):
+        """The encrypted connection; raises when the client does not agree."""
+        return self.context.wrap_socket(connection, server_side=True)
