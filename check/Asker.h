@@ -37,10 +37,11 @@ public:
     std::optional<Reply> post(const QString &endpoint, const Body &body)
     {
         const QByteArray bytes = Json::write(body).value_or(QByteArray());
-        return ask<Reply>(endpoint, ServiceRequests::post(m_order.base, endpoint, bytes), withoutPassword(body));
+        return ask<Reply>(endpoint, ServiceRequests::post(m_order.base, endpoint, bytes), withoutPassword(body))
+            .record;
     }
 
-    std::optional<DashboardResponse> listing(qint64 id)
+    ReadReply<DashboardResponse> listing(qint64 id)
     {
         return ask<DashboardResponse>(QStringLiteral("api_paquetes.php"), ServiceRequests::listing(m_order.base, id),
                                       {});
@@ -51,17 +52,17 @@ public:
 
 private:
     template <Record Reply>
-    std::optional<Reply> ask(const QString &endpoint, const std::optional<HttpRequest> &request,
-                             const QByteArray &shownBody)
+    ReadReply<Reply> ask(const QString &endpoint, const std::optional<HttpRequest> &request,
+                         const QByteArray &shownBody)
     {
         if (!request)
-            return std::nullopt;
+            return {};
         Exchange exchange = send(endpoint, *request);
         exchange.shownBody = shownBody;
-        auto record = readReply<Reply>(exchange.reply.body, m_diagnosis.findings);
-        exchange.usable = record.has_value();
+        auto read = readReply<Reply>(exchange.reply.body, m_diagnosis.findings);
+        exchange.usable = read.record.has_value();
         note(std::move(exchange));
-        return record;
+        return read;
     }
 
     Exchange send(const QString &endpoint, const HttpRequest &request);

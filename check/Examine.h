@@ -12,16 +12,19 @@ class Examiner {
 public:
     explicit Examiner(Findings &findings) : m_findings(findings) {}
 
+    /// Returns the record as it would be with the wrong values mended, by texts that nothing is to be said of.
     template <Record R>
-    void examine(Json::Element from, const Place &place)
+    R examine(Json::Element from, const Place &place)
     {
+        R record;
         simdjson::dom::object object;
         if (from.get(object) != simdjson::SUCCESS) {
             Json::Failure failure;
-            R scratch;
-            Json::readValue(from, scratch, failure);
+            Json::readValue(from, record, failure);
             wrongType(place, failure.text());
-            return;
+            boost::mp11::mp_for_each<Json::Fields<R>>(
+                [&](auto field) { mend(record.*field.pointer, place.inside(text(field.name))); });
+            return record;
         }
         std::array<std::optional<Json::Element>, CodingKeys<R>::count> values;
         for (const auto entry : object) {
@@ -36,9 +39,9 @@ public:
         }
         std::size_t index = 0;
         boost::mp11::mp_for_each<Json::Fields<R>>([&](auto field) {
-            using Field = std::remove_cvref_t<decltype(std::declval<R>().*field.pointer)>;
-            examineField(values[index++], Field(), place.inside(text(field.name)));
+            examineField(values[index++], record.*field.pointer, place.inside(text(field.name)));
         });
+        return record;
     }
 
     /// What the reader says of bytes that are not JSON at all, with the place.
@@ -63,35 +66,45 @@ private:
     static QString lettersOf(const QString &key);
 
     template <Record Row>
-    void examineField(const std::optional<Json::Element> &from, const std::optional<QList<Row>> &scratch,
-                      const Place &place)
+    void examineField(const std::optional<Json::Element> &from, std::optional<QList<Row>> &to, const Place &place)
     {
         simdjson::dom::array rows;
         if (!from || from->get(rows) != simdjson::SUCCESS) {
-            judge(from, scratch, place);
+            judge(from, to, place);
             return;
         }
-        qsizetype index = 0;
+        to.emplace();
         for (const Json::Element row : rows)
-            examine<Row>(row, Place::rowOf(place.key, index++));
+            to->append(examine<Row>(row, Place::rowOf(place.key, to->size())));
     }
 
     template <class T>
-    void examineField(const std::optional<Json::Element> &from, const T &scratch, const Place &place)
+    void examineField(const std::optional<Json::Element> &from, T &to, const Place &place)
     {
-        judge(from, scratch, place);
+        judge(from, to, place);
+        if constexpr (std::same_as<T, std::optional<QString>>)
+            lookAtText(place, to);
     }
 
     template <class T>
-    void judge(const std::optional<Json::Element> &from, T scratch, const Place &place)
+    void judge(const std::optional<Json::Element> &from, T &to, const Place &place)
     {
         Json::Failure failure;
-        if (!Json::readField(from, scratch, failure))
-            wrongType(place, failure.text());
-        else if constexpr (std::same_as<T, std::optional<QString>>)
-            lookAtText(place, scratch);
+        if (Json::readField(from, to, failure))
+            return;
+        wrongType(place, failure.text());
+        mend(to, place);
     }
 
+    template <class T>
+    static void mend(std::optional<T> &value, const Place &place)
+    {
+        value.emplace();
+        if constexpr (std::same_as<T, QString>)
+            value = harmlessText(place);
+    }
+
+    static QString harmlessText(const Place &place);
     void wrongType(const Place &place, const QString &reason);
     void ignoredKey(const Place &place, const QString &key, const QString &meant);
     void twice(const Place &place);
@@ -100,26 +113,38 @@ private:
     Findings &m_findings;
 };
 
-/// The record that the app would get of a reply's body, as ApiClient gives it; the reasons where there is none, and
-/// what else is to be said of the body's form, go to `findings`. An empty body is none, without a reason here.
 template <Record R>
-std::optional<R> readReply(const QByteArray &body, Findings &findings)
+struct ReadReply {
+    /// What the app would get, as ApiClient gives it.
+    std::optional<R> record;
+    /// What it would get once the wrong values were mended; nothing for what is no JSON object.
+    std::optional<R> mended;
+};
+
+/// Reads a reply's body; the reasons where there is no record, and what else is to be said of its form, go to
+/// `findings`. An empty body is none, without a reason here.
+template <Record R>
+ReadReply<R> readReply(const QByteArray &body, Findings &findings)
 {
     if (body.isEmpty())
-        return std::nullopt;
+        return {};
     auto read = Json::read<R>(body);
     const qsizetype faultsBefore = findings.count(Severity::Fault);
     Json::Failure failure;
     simdjson::dom::parser parser;
     Json::Element root;
     Examiner examiner(findings);
-    if (Json::parse(QByteArrayView(body), failure, parser, root))
-        examiner.examine<R>(root, {});
-    else
+    std::optional<R> mended;
+    if (Json::parse(QByteArrayView(body), failure, parser, root)) {
+        R looked = examiner.examine<R>(root, {});
+        if (root.is_object())
+            mended = std::move(looked);
+    } else {
         examiner.notJson(body, failure.text());
+    }
     if (!read && findings.count(Severity::Fault) == faultsBefore)
         findings.add(Severity::Fault, Place{}, read.error, {});
-    return std::move(read.record);
+    return {std::move(read.record), std::move(mended)};
 }
 
 } // namespace Check

@@ -58,8 +58,10 @@ void Findings::merge(Finding finding, qsizetype row)
         m_known.insert(key, index);
         m_all.append(std::move(finding));
     }
-    if (row >= 0)
-        m_all[index].rows.append(row);
+    // Rows come in their order; what a second look at the same listing finds again is known.
+    QList<qsizetype> &rows = m_all[index].rows;
+    if (row >= 0 && (rows.isEmpty() || row > rows.constLast()))
+        rows.append(row);
 }
 
 qsizetype Findings::count(Severity severity) const

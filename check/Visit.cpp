@@ -72,9 +72,9 @@ void Visit::read()
 
 void Visit::readFor(qint64 id)
 {
-    const auto listing = m_asker.listing(id);
-    if (listing)
-        judgeListing(*listing, m_diagnosis.findings);
+    const auto [listing, mended] = m_asker.listing(id);
+    if (mended)
+        judgeListing(*mended, m_diagnosis.findings);
     look(dashboardScreen(listing, m_nombre.value_or(QString())));
     look(misPaquetesScreen(listing));
     look(misCotizacionesScreen(listing));

@@ -130,7 +130,7 @@ void Visit::lookForQuote()
 {
     if (!m_quoted)
         return;
-    const auto listing = m_asker.listing(m_id);
+    const auto listing = m_asker.listing(m_id).record;
     if (!listing)
         return;
     const auto rows = listing->cotizaciones.value_or(QList<DashboardResponse::Cotizacion>());

@@ -1,5 +1,6 @@
 """The command itself: its password, its options, its terminal, and the demo service as the server that has nothing wrong."""
 
+import copy
 import json
 import os
 import pathlib
@@ -13,7 +14,9 @@ import termios
 import unittest
 
 from program import CUSTOMER, PASSWORD, PROGRAM, ProgramTest, environment, faults, lines, run, screens
-from server import LISTING, LOGIN, Server
+from server import CASILLERO, LISTING, LOGIN, Reply, Server, body
+
+ROOT = pathlib.Path(__file__).parents[2]
 
 
 class DemoTest(ProgramTest):
@@ -211,11 +214,15 @@ class OptionsTest(ProgramTest):
     def test_help_and_version(self):
         shown = run("--help")
         self.assertEqual((shown.returncode, shown.stderr), (0, ""))
-        page = (pathlib.Path(__file__).parents[2] / "packaging/marovenda-check.1").read_text().replace("\\-", "-")
+        page = (ROOT / "packaging/marovenda-check.1").read_text().replace("\\-", "-")
         options = set(re.findall(r"--[a-z-]+", shown.stdout))
         self.assertLess({"--base", "--write", "--json", "--timeout"}, options)
         self.assertEqual(options, set(re.findall(r"--[a-z-]+", page)))
         self.assertRegex(run("--version").stdout, r"^marovenda-check [0-9.]+\n$")
+
+    def test_it_links_nothing_that_shows_windows(self):
+        libraries = subprocess.run(["ldd", PROGRAM], capture_output=True, text=True, check=True).stdout
+        self.assertEqual(set(re.findall(r"libQt6(\w+)", libraries)), {"Core", "Network"})
 
     def test_report_that_cannot_be_written_says_so(self):
         with Server() as server, open("/dev/full", "wb") as full:
@@ -234,6 +241,31 @@ class OptionsTest(ProgramTest):
     def test_nothing_is_coloured_in_a_pipe(self):
         with Server() as server:
             self.assertNotIn("\x1b", self.check(server, status=0, TERM="xterm-256color"))
+
+
+class DocumentTest(ProgramTest):
+    """What docs/checking-a-server.md shows is what is printed."""
+
+    def test_report_is_the_one_of_the_document(self):
+        listing = copy.deepcopy(LISTING)
+        listing["paquetes"][17]["tracking"] = 100230
+        del listing["paquetes"][4]["descripcion"]
+        listing["paquetes"][9]["tracking"] = "MRV-3"
+        for row in listing["paquetes"]:
+            row["peso"] = "2.5"
+        warning = b'<br />\n<b>Warning</b>: Undefined array key "apellido" in api_casillero.php on line 12\n'
+        with Server({
+            "api_paquetes.php": Reply(listing, headers=["Set-Cookie: PHPSESSID=4f2a"]),
+            "api_casillero.php": Reply(warning + body(CASILLERO), type="text/html; charset=UTF-8"),
+        }) as server:
+            report = self.check(server, status=1)
+        for changing, fixed in ((r"127\.0\.0\.1:\d+", "127.0.0.1:8080"), (r"\d+ ms", "31 ms")):
+            report = re.sub(changing, fixed, report)
+        document = (ROOT / "docs/checking-a-server.md").read_text()
+        if os.environ.get("MAROVENDA_RENEW"):
+            document = re.sub("(?s)(## A report.*?```\n).*?(```)", lambda found: found[1] + report + found[2], document)
+            (ROOT / "docs/checking-a-server.md").write_text(document)
+        self.assertIn(f"```\n{report}```", document)
 
 
 class TerminalTest(ProgramTest):
