@@ -1,12 +1,10 @@
 #include "SessionStore.h"
+#include "StoreFile.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>
@@ -14,9 +12,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-constexpr auto ownerOnlyDirectory = ownerOnly | QFileDevice::ExeOwner;
 
 /// The layout of the database, kept in its user_version.
 constexpr int layoutVersion = 1;
@@ -30,32 +25,6 @@ qint64 checkOf(SessionStore::Key key, const QByteArray &value)
 }
 
 int rowOf(SessionStore::Key key) { return static_cast<int>(key) + 1; }
-
-/// A file that has lost its content, which SQLite would silently take for a new one: it counts a single byte as none,
-/// and deletes a log that it finds beside an empty file. The log is looked at first, since another process that is
-/// just making the store makes the log last.
-bool isStump(const QString &path)
-{
-    const QFileInfo log(path + "-wal"_L1);
-    const bool hasLog = log.isFile() && log.size() > 0;
-    const qint64 size = QFileInfo(path).size();
-    return size == 1 || (size == 0 && hasLog);
-}
-
-/// Puts the names of a new store's folders on disk. SQLite does that for the files in the store's own folder; like
-/// SQLite, this goes on where a folder cannot be synchronised.
-void synchroniseFoldersOf(const QString &directory)
-{
-    QDir folder(directory);
-    do {
-        const int open = ::open(QFile::encodeName(folder.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (open >= 0) {
-            ::fsync(open);
-            ::close(open);
-        }
-        folder.setPath(QFileInfo(folder.absolutePath()).path());
-    } while (!folder.isRoot());
-}
 
 } // namespace
 
@@ -80,35 +49,56 @@ const char *SessionStore::name(Key key)
 SessionStore::SessionStore(const QString &directory, Report report)
     : m_directory(directory), m_path(directory + "/session.sqlite"_L1), m_report(std::move(report))
 {
-    const Health health = open();
-    if (health == Health::Damaged)
-        recover();
-    else if (health == Health::Unusable)
-        m_database.reset();
+    open();
 }
 
 SessionStore::~SessionStore() = default;
 
-SessionStore::Health SessionStore::open()
+void SessionStore::open() { settle(confirmed(tryToOpen())); }
+
+void SessionStore::settle(Health health)
 {
-    const QDir parent(QFileInfo(m_directory).path());
-    if (!QFileInfo::exists(m_directory) &&
-        (!parent.mkpath(u"."_s) || !parent.mkdir(m_directory, ownerOnlyDirectory))) {
-        complain(u"the directory %1 cannot be created"_s.arg(m_directory));
+    if (health == Health::Damaged) {
+        complain(m_obstacle);
+        health = replace();
+    }
+    if (health != Health::Good) {
+        complain(m_obstacle);
+        m_database.reset();
+    }
+}
+
+SessionStore::Health SessionStore::confirmed(Health health)
+{
+    // A call that the disk refuses can look like damage, also within SQLite, and another process may have replaced
+    // the file just now: damage is what can be read from end to end and is found twice.
+    if (health != Health::Damaged)
+        return health;
+    m_database.reset();
+    if (StoreFile::canBeRead(m_path))
+        return tryToOpen();
+    m_obstacle = u"%1 cannot be read"_s.arg(m_path);
+    return Health::Unusable;
+}
+
+SessionStore::Health SessionStore::replace()
+{
+    m_database.reset();
+    if (StoreFile::moveAside(m_path)) {
+        m_replaced = true;
+        return tryToOpen();
+    }
+    m_obstacle = u"%1 cannot be moved aside"_s.arg(m_path);
+    return Health::Unusable;
+}
+
+SessionStore::Health SessionStore::tryToOpen()
+{
+    m_obstacle = StoreFile::makeReady(m_directory, m_path);
+    if (!m_obstacle.isEmpty())
         return Health::Unusable;
-    }
-    QFile::setPermissions(m_directory, ownerOnlyDirectory);
-    // SQLite would create the file with the process's umask; its companions take over the file's permissions.
-    if (!QFileInfo::exists(m_path)) {
-        QFile file(m_path);
-        if (!file.open(QFile::WriteOnly | QFile::NewOnly, ownerOnly) && !QFileInfo::exists(m_path)) {
-            complain(u"%1 cannot be created: %2"_s.arg(m_path, file.errorString()));
-            return Health::Unusable;
-        }
-    }
-    QFile::setPermissions(m_path, ownerOnly);
-    if (isStump(m_path)) {
-        complain(u"%1 is damaged"_s.arg(m_path));
+    if (StoreFile::isStump(m_path)) {
+        m_obstacle = u"%1 is damaged"_s.arg(m_path);
         return Health::Damaged;
     }
 
@@ -117,7 +107,7 @@ SessionStore::Health SessionStore::open()
         sqlite3_open_v2(QFile::encodeName(m_path).constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
     m_database.reset(database);
     if (code != SQLITE_OK) {
-        complain(u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(database))));
+        m_obstacle = u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(database)));
         return healthOf(code);
     }
     sqlite3_busy_timeout(database, 5000);
@@ -162,17 +152,17 @@ SessionStore::Health SessionStore::prepareTables()
         }
         if (code == SQLITE_OK)
             code = run("PRAGMA user_version = 1");
-        synchroniseFoldersOf(m_directory);
+        StoreFile::synchroniseFoldersOf(m_directory);
         version = layoutVersion;
     }
     if (code == SQLITE_OK)
         code = run("COMMIT");
     if (code != SQLITE_OK) {
-        complain(u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(m_database.get()))));
+        m_obstacle = u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(m_database.get())));
         return healthOf(code);
     }
     if (version != layoutVersion) {
-        complain(u"%1 is not a session of this version"_s.arg(m_path));
+        m_obstacle = u"%1 is not a session of this version"_s.arg(m_path);
         return Health::Damaged;
     }
     return Health::Good;
@@ -197,7 +187,9 @@ SessionStore::Health SessionStore::checkStructure()
         code = checkRows();
     if (code == SQLITE_OK)
         return Health::Good;
-    complain(u"%1 is damaged"_s.arg(m_path));
+    m_obstacle = healthOf(code) == Health::Damaged
+                     ? u"%1 is damaged"_s.arg(m_path)
+                     : u"%1 cannot be read: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
     return healthOf(code);
 }
 
@@ -209,15 +201,18 @@ int SessionStore::checkRows() const
     if (statement) {
         for (const Key key : keys) {
             code = sqlite3_step(statement.get());
-            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), 1));
-            if (code != SQLITE_ROW || sqlite3_column_int(statement.get(), 0) != rowOf(key) ||
-                qstrcmp(text, name(key)) != 0) {
-                code = SQLITE_CORRUPT;
+            if (code != SQLITE_ROW)
                 break;
-            }
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), 1));
+            if (sqlite3_column_int(statement.get(), 0) != rowOf(key) || qstrcmp(text, name(key)) != 0)
+                return SQLITE_CORRUPT;
         }
-        if (code == SQLITE_ROW)
-            code = sqlite3_step(statement.get()) == SQLITE_DONE ? SQLITE_OK : SQLITE_CORRUPT;
+        if (code == SQLITE_ROW) {
+            code = sqlite3_step(statement.get());
+            return code == SQLITE_DONE ? SQLITE_OK : code == SQLITE_ROW ? SQLITE_CORRUPT : code;
+        }
+        if (code == SQLITE_DONE)
+            return SQLITE_CORRUPT;
     }
     return code;
 }
@@ -254,31 +249,46 @@ std::optional<QByteArray> SessionStore::read(Key key)
 {
     if (!m_database)
         return std::nullopt;
-    int code = SQLITE_OK;
-    {
-        const Statement statement = prepare("SELECT value, checksum FROM session WHERE row = ?", code);
-        if (statement) {
-            sqlite3_bind_int(statement.get(), 1, rowOf(key));
-            code = sqlite3_step(statement.get());
-            if (code == SQLITE_ROW) {
-                if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL &&
-                    sqlite3_column_type(statement.get(), 1) == SQLITE_NULL)
-                    return std::nullopt;
-                const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement.get(), 0));
-                QByteArray value(bytes, sqlite3_column_bytes(statement.get(), 0));
-                if (sqlite3_column_type(statement.get(), 1) == SQLITE_INTEGER &&
-                    sqlite3_column_int64(statement.get(), 1) == checkOf(key, value))
-                    return value;
-                code = SQLITE_CORRUPT;
-            }
-        }
+    std::optional<QByteArray> value;
+    Health health = find(key, value);
+    if (health == Health::Damaged) {
+        health = confirmed(health);
+        if (health == Health::Good)
+            health = find(key, value);
+        settle(health);
     }
-    complain(u"%1 in %2 cannot be read: %3"_s.arg(
-        QLatin1String(name(key)), m_path,
-        QString::fromUtf8(sqlite3_errstr(code == SQLITE_DONE ? SQLITE_CORRUPT : code))));
-    if (code == SQLITE_DONE || healthOf(code) == Health::Damaged)
-        recover();
+    if (health == Health::Good)
+        return value;
+    complain(m_obstacle);
     return std::nullopt;
+}
+
+SessionStore::Health SessionStore::find(Key key, std::optional<QByteArray> &value)
+{
+    int code = SQLITE_OK;
+    const Statement statement = prepare("SELECT value, checksum FROM session WHERE row = ?", code);
+    if (statement) {
+        sqlite3_bind_int(statement.get(), 1, rowOf(key));
+        code = sqlite3_step(statement.get());
+        if (code == SQLITE_DONE)
+            code = SQLITE_CORRUPT;
+    }
+    if (code == SQLITE_ROW) {
+        if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL &&
+            sqlite3_column_type(statement.get(), 1) == SQLITE_NULL)
+            return Health::Good;
+        const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement.get(), 0));
+        const QByteArray found(bytes, sqlite3_column_bytes(statement.get(), 0));
+        if (sqlite3_column_type(statement.get(), 1) == SQLITE_INTEGER &&
+            sqlite3_column_int64(statement.get(), 1) == checkOf(key, found)) {
+            value = found;
+            return Health::Good;
+        }
+        code = SQLITE_CORRUPT;
+    }
+    m_obstacle = u"%1 in %2 cannot be read: %3"_s.arg(QLatin1String(name(key)), m_path,
+                                                      QString::fromUtf8(sqlite3_errstr(code)));
+    return healthOf(code);
 }
 
 bool SessionStore::write(Key key, const QByteArray &value)
@@ -307,37 +317,6 @@ bool SessionStore::write(Key key, const QByteArray &value)
 }
 
 bool SessionStore::wasReplaced() { return std::exchange(m_replaced, false); }
-
-void SessionStore::recover()
-{
-    m_database.reset();
-    if (!moveAside()) {
-        complain(u"%1 cannot be moved aside"_s.arg(m_path));
-        return;
-    }
-    m_replaced = true;
-    if (open() != Health::Good)
-        m_database.reset();
-}
-
-bool SessionStore::moveAside()
-{
-    // The file goes first: without its log, it could pass for whole with values of long ago.
-    const auto aside = [this](int number, QLatin1StringView companion) {
-        return u"%1.damaged-%2%3"_s.arg(m_path).arg(number).arg(companion);
-    };
-    static constexpr std::array companions{""_L1, "-wal"_L1, "-shm"_L1, "-journal"_L1};
-    int number = 1;
-    while (QFileInfo::exists(aside(number, ""_L1)))
-        ++number;
-    bool moved = true;
-    for (const auto companion : companions) {
-        const QString from = m_path + companion;
-        if (QFileInfo::exists(from))
-            moved = QFile::rename(from, aside(number, companion)) && moved;
-    }
-    return moved;
-}
 
 void SessionStore::complain(const QString &what)
 {

@@ -17,8 +17,8 @@ struct sqlite3_stmt;
 /// another.
 ///
 /// A store that cannot be opened, or is found damaged, says so once through `report`. A damaged file is moved
-/// aside, beside the new one, and all values start empty; one that cannot be opened leaves a store that reads
-/// nothing and refuses every write.
+/// aside, beside the new one, and all values start empty; one that cannot be opened leaves a store
+/// that reads nothing and refuses every write.
 class SessionStore {
 public:
     enum class Key { UserId, UserNombre, UserEmail, UserAvatar };
@@ -53,21 +53,28 @@ private:
     using Statement = std::unique_ptr<sqlite3_stmt, Closer>;
     enum class Health { Good, Damaged, Unusable };
 
-    Health open();
+    void open();
+    /// Acts on what was found: says what is in the way, puts a damaged file aside, does without one that is unusable.
+    void settle(Health health);
+    /// The verdict after a second look where the first found damage.
+    Health confirmed(Health health);
+    Health replace();
+    /// Whatever is not good leaves its reason in m_obstacle; so does `find`.
+    Health tryToOpen();
     Health prepareTables();
     Health checkStructure();
     int checkRows() const;
     Health healthOf(int code) const;
     Statement prepare(const char *sql, int &code) const;
     int run(const char *sql) const;
-    void recover();
-    bool moveAside();
+    Health find(Key key, std::optional<QByteArray> &value);
     void complain(const QString &what);
 
     const QString m_directory;
     const QString m_path;
     Report m_report;
     std::unique_ptr<sqlite3, Closer> m_database;
+    QString m_obstacle;
     bool m_replaced = false;
     bool m_complained = false;
 };

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+/// What the store does with its file by itself, outside SQLite. None of it may happen while this process has the file
+/// open in SQLite: closing a file lets go of all locks that the process has on it.
+namespace StoreFile {
+
+/// Makes the folder and an empty file where they are missing, for the user alone, and closes them to others where
+/// they are open. Returns what is in the way, or an empty text.
+QString makeReady(const QString &directory, const QString &path);
+
+/// True for a file that has lost its content, which SQLite would silently take for a new one.
+bool isStump(const QString &path);
+
+/// Whether every byte of the file and its log can be had, so that what is wrong with them is not the disk's failing.
+bool canBeRead(const QString &path);
+
+/// Puts the names of a new store's folders on disk. SQLite does that for the files in the store's own folder; like
+/// SQLite, this goes on where a folder cannot be synchronised.
+void synchroniseFoldersOf(const QString &directory);
+
+/// Renames the file and its companions to PATH.damaged-N. False when one of them is still in its place.
+bool moveAside(const QString &path);
+
+} // namespace StoreFile
