@@ -4,54 +4,33 @@ set(MAROVENDA_DEPLOYMENT_VALUES
     BASE_URL TRACKING_URL SUPPORT_EMAIL
     WAREHOUSE_STREET WAREHOUSE_CITY WAREHOUSE_ZIP WAREHOUSE_PHONE
     DEVELOPER_SITE DEVELOPER_SITE_TEXT DEVELOPER_EMAIL)
+# May be left out. It is not compiled in: packages name it to software catalogues.
+set(MAROVENDA_DEPLOYMENT_OPTIONAL HOMEPAGE)
 set(_marovenda_deployment_dir ${CMAKE_CURRENT_LIST_DIR})
 
-function(_marovenda_read_deployment file)
+# Sets the values of FILE in the caller's scope, unchecked, as MAROVENDA_BASE_URL and so on.
+function(marovenda_read_deployment file)
     if(NOT EXISTS "${file}" OR IS_DIRECTORY "${file}")
         message(FATAL_ERROR "MAROVENDA_DEPLOYMENT: there is no file \"${file}\".")
     endif()
-    foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES)
+    foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES MAROVENDA_DEPLOYMENT_OPTIONAL)
         unset(MAROVENDA_${name})
         unset(MAROVENDA_${name} CACHE)
     endforeach()
     include("${file}")
-    foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES)
-        if("${MAROVENDA_${name}}" STREQUAL "")
-            message(FATAL_ERROR "${file}: MAROVENDA_${name} is not set.")
-        endif()
-        if("${MAROVENDA_${name}}" MATCHES "[\n\r]")
-            message(FATAL_ERROR "${file}: MAROVENDA_${name} holds a line break: \"${MAROVENDA_${name}}\".")
-        endif()
+    if(NOT DEFINED MAROVENDA_HOMEPAGE AND "${MAROVENDA_SUPPORT_EMAIL}" MATCHES "@(.+)$")
+        set(MAROVENDA_HOMEPAGE "https://${CMAKE_MATCH_1}/")
+    endif()
+    foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES MAROVENDA_DEPLOYMENT_OPTIONAL)
         set(MAROVENDA_${name} "${MAROVENDA_${name}}" PARENT_SCOPE)
     endforeach()
 endfunction()
 
-# Stops configuring, naming the value, when the file is not a usable deployment.
-function(marovenda_check_deployment file)
-    _marovenda_read_deployment("${file}")
-    set(url "${MAROVENDA_BASE_URL}")
-    set(loopback "127\\.[0-9]+\\.[0-9]+\\.[0-9]+|localhost|\\[::1\\]")
-    if(url MATCHES "[ \t]" OR NOT url MATCHES "^https?://[^/?#@]+/([^?#]*/)?$")
-        message(FATAL_ERROR "${file}: MAROVENDA_BASE_URL is \"${url}\"; it must be an address with a host, "
-                            "without query, fragment or user, that ends in \"/\".")
-    endif()
-    if(NOT url MATCHES "^https://" AND NOT url MATCHES "^http://(${loopback})(:[0-9]+)?/")
-        message(FATAL_ERROR "${file}: MAROVENDA_BASE_URL is \"${url}\"; only a loopback address may do without "
-                            "https, because passwords travel in the clear otherwise.")
-    endif()
-    if(NOT MAROVENDA_TRACKING_URL MATCHES "^https://[^ \t]+/$")
-        message(FATAL_ERROR "${file}: MAROVENDA_TRACKING_URL is \"${MAROVENDA_TRACKING_URL}\"; it must be an "
-                            "https address that ends in \"/\".")
-    endif()
-    if(NOT MAROVENDA_WAREHOUSE_ZIP MATCHES "^[0-9][0-9][0-9][0-9][0-9]-[0-9][0-9][0-9][0-9]$")
-        message(FATAL_ERROR "${file}: MAROVENDA_WAREHOUSE_ZIP is \"${MAROVENDA_WAREHOUSE_ZIP}\"; it must be five "
-                            "digits, a hyphen and four digits.")
-    endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/Check.cmake)
 
 # An object library TARGET, linked whatever the order, that defines the functions of Deployment.h with the values of FILE.
 function(marovenda_add_deployment target file)
-    _marovenda_read_deployment("${file}")
+    marovenda_read_deployment("${file}")
     foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES)
         string(REPLACE "\\" "\\\\" MAROVENDA_${name} "${MAROVENDA_${name}}")
         string(REPLACE "\"" "\\\"" MAROVENDA_${name} "${MAROVENDA_${name}}")

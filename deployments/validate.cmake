@@ -1,0 +1,9 @@
+# cmake -DFILE=deployments/mine.cmake -P deployments/validate.cmake: the check that configuring makes, alone.
+cmake_minimum_required(VERSION 3.25)
+if(NOT DEFINED FILE)
+    message(FATAL_ERROR "usage: cmake -DFILE=deployments/mine.cmake -P deployments/validate.cmake")
+endif()
+get_filename_component(FILE "${FILE}" ABSOLUTE)
+include(${CMAKE_CURRENT_LIST_DIR}/Deployment.cmake)
+marovenda_check_deployment("${FILE}")
+message(STATUS "${FILE} is a usable deployment.")
