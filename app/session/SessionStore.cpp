@@ -84,10 +84,9 @@ SessionStore::Health SessionStore::confirmed(Health health)
 SessionStore::Health SessionStore::replace()
 {
     m_database.reset();
-    if (StoreFile::moveAside(m_path)) {
-        m_replaced = true;
+    m_replaced = true;
+    if (StoreFile::moveAside(m_path))
         return tryToOpen();
-    }
     m_obstacle = u"%1 cannot be moved aside"_s.arg(m_path);
     return Health::Unusable;
 }

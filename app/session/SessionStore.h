@@ -17,7 +17,7 @@ struct sqlite3_stmt;
 /// another.
 ///
 /// A store that cannot be opened, or is found damaged, says so once through `report`. A damaged file is moved
-/// aside, beside the new one, and all values start empty; one that cannot be opened leaves a store
+/// aside, beside the new one, and all values start empty; one that cannot be opened, or not be moved, leaves a store
 /// that reads nothing and refuses every write.
 class SessionStore {
 public:
@@ -42,7 +42,7 @@ public:
     /// False, with a report, when the value could not be written; the old one is then still there.
     bool write(Key key, const QByteArray &value);
 
-    /// True after a damaged file was moved aside, until this is called.
+    /// True after the file was found damaged, whether it could be moved aside or not, until this is called.
     bool wasReplaced();
 
 private:

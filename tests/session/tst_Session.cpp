@@ -29,6 +29,7 @@ private Q_SLOTS:
     void signingOutKeepsTheRest();
     void withoutAStoreTheValuesLiveOn();
     void damagedStoreStartsSignedOut();
+    void damagedStoreThatCannotBeMovedStartsSignedOut();
     void damagedPhotoSignsOut();
     void newPhotoOverADamagedOneSignsOut();
     void sessionOfTheProcessLivesInTheUsersData();
@@ -257,6 +258,22 @@ void SessionTest::damagedStoreStartsSignedOut()
         signIn(session);
         QCOMPARE(Session(folder.path()).userId(), 42);
     }
+}
+
+void SessionTest::damagedStoreThatCannotBeMovedStartsSignedOut()
+{
+    const Folder folder;
+    folder.fill();
+    // The id is read before the e-mail's damage is seen.
+    damage(folder, "user_email");
+    // A name that is taken without being seen.
+    QVERIFY(QFile::link(folder.path() + u"/missing/nowhere"_s, folder.file(u".damaged-1"_s)));
+    const QByteArray bytes = folder.bytes();
+    Session session(folder.path());
+    expectNobody(session);
+    signIn(session);
+    QCOMPARE(session.userId(), 42);
+    QVERIFY(folder.bytes() == bytes);
 }
 
 void SessionTest::damagedPhotoSignsOut()
