@@ -13,6 +13,13 @@ if(MAROVENDA_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
+# The same sources make the same executable, wherever they are built; nothing in it tells where that was.
+if(NOT MSVC)
+    add_compile_options(
+        $<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>
+        $<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
+endif()
+
 # Hardening of the builds that customers run; tests/hard/hardening reads it back from the executables.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
