@@ -75,15 +75,18 @@ QByteArray judge(R record)
     const auto tree = SecondLibrary::json::parse(written->begin(), written->end(), nullptr, false);
     if (tree.is_discarded() || !SecondLibrary::fits(tree, record) || !SecondLibrary::agrees(tree, record))
         return "is another to the second library: "_ba + *written;
-    // Compact, in the order of the fields, and escaped no more than needed: the second library's own form, in which "/"
-    // stands for itself. Doubles have more than one shortest form.
+    // Compact, in the order of the fields, and escaped no more than needed: the second library's own form, in which
+    // "/" stands for itself. Doubles have more than one shortest form.
     QByteArray form = QByteArray::fromStdString(tree.dump());
     if (!hasDoubles && *written != form.replace("/", "\\/"))
         return "is not written the shortest way: "_ba + *written;
     return {};
 }
 
-void note(Tally &tally, const QByteArray &fault, const QByteArray &wrong) { tally.note(fault, wrong.isEmpty(), wrong); }
+void note(Tally &tally, const QByteArray &fault, const QByteArray &wrong)
+{
+    tally.note(fault, wrong.isEmpty(), wrong);
+}
 
 } // namespace
 

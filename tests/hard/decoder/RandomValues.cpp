@@ -8,7 +8,8 @@
 /// Any code point, also half of a pair, with those that are written specially more often than others.
 char32_t RandomValues::codePoint()
 {
-    constexpr std::u32string_view special = U"\"\\/\b\f\n\r\t\x7F\u0080\u07FF\u0800\u2028\uFEFF\uFFFD\uFFFF\U00010000\U0010FFFF";
+    constexpr std::u32string_view special =
+        U"\"\\/\b\f\n\r\t\x7F\u0080\u07FF\u0800\u2028\uFEFF\uFFFD\uFFFF\U00010000\U0010FFFF";
     switch (below(8)) {
     case 0:
         return special[below(special.size())];

@@ -37,7 +37,7 @@ private:
     template <Record R>
     void fill(R &record)
     {
-        RecordTools::forEachField(record, [this](const char *, auto &value) { fill(value); });
+        RecordTools::forEachField(record, [this](const char *, auto &value) { this->fill(value); });
     }
 
     quint64 below(quint64 limit) { return m_source() % limit; }

@@ -66,7 +66,8 @@ private:
 Document parse(QByteArrayView bytes)
 {
     Document document;
-    // This library skips one mark as well. A zero byte is the end of the document to it; in JSON it may stand nowhere.
+    // This library skips one mark as well. A zero byte is the end of the document to it; in JSON it may stand
+    // nowhere.
     document.byteOrderMark = bytes.startsWith("\xEF\xBB\xBF");
     Survey survey;
     if (bytes.contains('\0') || !json::sax_parse(bytes.begin(), bytes.end(), &survey))

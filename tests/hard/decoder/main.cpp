@@ -1,5 +1,5 @@
-// What check.py runs without a fuzzer: "replay FOLDER..." reads documents that are kept, "properties SEED COUNT" writes
-// random records and reads them again.
+// What check.py runs without a fuzzer: "replay FOLDER..." reads documents that are kept, "properties SEED COUNT"
+// writes random records and reads them again.
 
 #include "Judgement.h"
 #include "Properties.h"
@@ -37,9 +37,12 @@ const char *name(Document::Kind kind)
 int replay(const QStringList &folders)
 {
     Tally tally;
-    QSet<QByteArray> missing = {name(Document::Kind::json),         name(Document::Kind::refused),
-                                name(Document::Kind::beyondNumber), name(Document::Kind::beyondDepth),
-                                repeatedKey,                        byteOrderMark};
+    QSet<QByteArray> missing = {name(Document::Kind::json),
+                                name(Document::Kind::refused),
+                                name(Document::Kind::beyondNumber),
+                                name(Document::Kind::beyondDepth),
+                                repeatedKey,
+                                byteOrderMark};
     const auto note = [&](const char *what, const QString &file, const QByteArray &wrong) {
         missing.remove(what);
         tally.note(what, wrong.isEmpty(), file.toUtf8() + ": " + wrong);
