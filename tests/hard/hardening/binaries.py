@@ -48,7 +48,8 @@ def check_definitions(tally, build):
 
 
 def check(tally, build):
-    for name in ("marovenda", "marovenda-demo-service"):
+    names = {file.name for file in (build / "bin").glob("marovenda*")} | {"marovenda", "marovenda-demo-service"}
+    for name in sorted(names):
         binary = elf.Elf(build / "bin" / name)
         check_layout(tally, name, binary)
         check_code(tally, name, binary)
