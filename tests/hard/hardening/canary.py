@@ -8,7 +8,7 @@ import pathlib
 import urllib.parse
 
 from service import Service, demo_port
-from stage import WatchedPhone, open_at_login, sign_in
+from watched import WatchedPhone, open_at_login, sign_in
 
 # No two share six characters in a row, which is as little as the search takes for a trace.
 WRONG, RIGHT, NEW, UNSENT = "Wq7.zorzalKX", "Rb4.tucanPMV", "Nd9.garzaJHT", "Ue5.colibriFY"

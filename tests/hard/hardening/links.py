@@ -7,7 +7,7 @@ import urllib.parse
 
 from scripted import ScriptedServer, reply
 from service import demo_port
-from stage import WatchedPhone, open_at_login, sign_in
+from watched import WatchedPhone, open_at_login, sign_in
 
 SITE, PATH = "www.aftership.com", "/track/"
 # What an address may consist of (RFC 3986); nothing else can mean anything to a shell, a browser or a log.

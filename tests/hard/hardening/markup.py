@@ -6,7 +6,7 @@ import subprocess
 
 from scripted import ScriptedServer, reply
 from service import demo_port
-from stage import WatchedPhone, open_at_login, sign_in
+from watched import WatchedPhone, open_at_login, sign_in
 
 # In a colour that the app has nowhere, wide enough to be seen should it ever be painted.
 COLOUR = (255, 0, 255)

@@ -8,7 +8,7 @@ import re
 import subprocess
 
 import elf
-from stage import WatchedPhone
+from watched import WatchedPhone
 
 TIME = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ")
 SERIAL = re.compile(r"urn:uuid:[0-9a-f]{8}-[0-9a-f]{4}-[1-5][0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")
