@@ -4,8 +4,10 @@ An e-mail address of the same kind is searched for too, where it has to be found
 """
 
 import base64
+import json
 import pathlib
 import urllib.parse
+import urllib.request
 
 from service import Service, demo_port
 from watched import WatchedPhone, open_at_login, sign_in
@@ -105,8 +107,8 @@ def play(tally, phone, search, service, app):
     look()
 
     phone.press("¿No tienes cuenta? Regístrate aquí")
-    for field, text in (("Nombre Completo", "Eva"), ("Correo Electrónico", NEW_EMAIL), ("Dirección de Domicilio", "Calle"),
-                        ("Ciudad", "Colon"), ("Contraseña", NEW)):
+    for field, text in (("Nombre Completo", "Eva"), ("Correo Electrónico", NEW_EMAIL),
+                        ("Dirección de Domicilio", "Calle"), ("Ciudad", "Colon"), ("Contraseña", NEW)):
         phone.type(field, text)
     look()
     phone.press("Registrarme")
@@ -142,12 +144,10 @@ def open_at_dashboard(phone, app):
 
 def register(folder, executable):
     """The customer of this story, whom the service knows already."""
-    import json
-    import urllib.request
     with Service(executable, demo_port(), folder / "demo.sqlite"):
         record = {"nombre": "Canario", "email": EMAIL, "password": RIGHT, "direccion": "d", "ciudad": "c"}
-        request = urllib.request.Request(f"http://127.0.0.1:{demo_port()}/api_registro.php", json.dumps(record).encode(),
-                                         {"Content-Type": "application/json"})
+        request = urllib.request.Request(f"http://127.0.0.1:{demo_port()}/api_registro.php",
+                                         json.dumps(record).encode(), {"Content-Type": "application/json"})
         with urllib.request.urlopen(request) as reply:
             assert json.load(reply)["status"] == "success"
 
@@ -157,7 +157,8 @@ def check(tally, folder, app, service_program):
     data.mkdir()
     register(data, service_program)
     search = Search(tally)
-    with Service(service_program, demo_port(), data / "demo.sqlite") as service, WatchedPhone(folder / "records") as phone:
+    service = Service(service_program, demo_port(), data / "demo.sqlite")
+    with service, WatchedPhone(folder / "records") as phone:
         play(tally, phone, search, service, app)
         search.buses(phone)
     search.files("the service's files", data)

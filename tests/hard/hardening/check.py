@@ -1,4 +1,4 @@
-"""The release as customers get it: hardened, silent about passwords, and deaf to what a hostile server or text asks of it.
+"""The release as customers get it: hardened, silent about passwords, deaf to what a hostile server asks of it.
 
 usage: check.py RELEASE_TREE SBOM quick|long      MAROVENDA_ONLY=PART runs one part
 """

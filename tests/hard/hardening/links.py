@@ -1,4 +1,4 @@
-"""What the server or the customer gives for a tracking number: only https addresses of the tracking site reach the system."""
+"""Whatever stands for a tracking number, only https addresses of the tracking site reach the system."""
 
 import contextlib
 import json
@@ -13,15 +13,19 @@ SITE, PATH = "www.aftership.com", "/track/"
 # What an address may consist of (RFC 3986); nothing else can mean anything to a shell, a browser or a log.
 ALLOWED = set(string.ascii_letters + string.digits + "-._~:/?#[]@!$&'()*+,;=%")
 NUMBERS = [
-    "javascript:alert(1)", "file:///etc/passwd", "http://evil.example/", "//evil.example/", "\\\\evil.example\\a", "@evil.example/",
-    ":pass@evil.example/", "mailto:a@evil.example", "data:text/html,<b>", "../../", "../../../../etc/passwd", "..\\..\\", "%2e%2e%2f",
-    "/..//..//evil.example", "?a=b&c=d#e", "#", "?", "%", "%00", "%0d%0aHost:%20evil.example", "%zz", "[::1]", "]:80/", "a b", "ñandú/😀",
-    "$(touch hit)", "`touch hit`", "; touch hit", "| touch hit", "&& touch hit", "' touch hit '", '" touch hit "', '"" --help', "--help",
-    "-n", "*", "~", "\\", "\\n", "<img src=x>", "{0}", "%1", "%s%n", "\u202egpj.exe", "\u2066a\u2069", "a\u200bb", "\uff0e\uff0e/",
-    "\u2024\u2024/", "a\u0301", "a" * 90,
+    "javascript:alert(1)", "file:///etc/passwd", "http://evil.example/", "//evil.example/", "\\\\evil.example\\a",
+    "@evil.example/", ":pass@evil.example/", "mailto:a@evil.example", "data:text/html,<b>", "../../",
+    "../../../../etc/passwd", "..\\..\\", "%2e%2e%2f", "/..//..//evil.example", "?a=b&c=d#e", "#", "?", "%", "%00",
+    "%0d%0aHost:%20evil.example", "%zz", "[::1]", "]:80/", "a b", "ñandú/😀", "$(touch hit)", "`touch hit`",
+    "; touch hit", "| touch hit", "&& touch hit", "' touch hit '", '" touch hit "', '"" --help', "--help", "-n", "*",
+    "~", "\\", "\\n", "<img src=x>", "{0}", "%1", "%s%n", "\u202egpj.exe", "\u2066a\u2069", "a\u200bb",
+    "\uff0e\uff0e/", "\u2024\u2024/", "a\u0301", "a" * 90,
 ]
 # A row of the service may hold what no key types.
-ONLY_SERVED = ["\ufeffa", "a\nb", "a\r\nHost: evil.example", "a\tb", "\u2028a\u2029b", "a\x00b", "\x1b]0;a\x07", "\x7f", "\x85x", "\uffff"]
+ONLY_SERVED = [
+    "\ufeffa", "a\nb", "a\r\nHost: evil.example", "a\tb", "\u2028a\u2029b", "a\x00b", "\x1b]0;a\x07", "\x7f", "\x85x",
+    "\uffff",
+]
 IGNORED = ["", "   ", "N/A", " N/A ", "\u00a0"]
 SHOWN = 3
 FIELD = "Número de tracking..."
@@ -56,7 +60,11 @@ def check_served(tally, phone, script):
         # The dashboard asks anew whenever it comes on screen.
         phone.press("Dev")
         phone.press("Volver al Panel")
-        phone.wait_for(lambda: len(rows(phone)) == len(shown) and f"turn {start}" in rows(phone)[0].name, f"the rows of {shown}")
+
+        def came():
+            found = rows(phone)
+            return len(found) == len(shown) and f"turn {start}" in found[0].name
+        phone.wait_for(came, f"the rows of {shown}")
         for text, row in zip(shown, rows(phone)):
             row.press()
             before = note_new(tally, "tracking number of the service", phone, before, text not in IGNORED, text)
@@ -104,6 +112,8 @@ def check(tally, folder, app, long):
         search_for(phone, "MRV-1")
         phone.wait_for(lambda: len(phone.calls()) > before, "the last page")
         wanted = len(NUMBERS) + len(ONLY_SERVED) + typed + 1
-        tally.note("nothing else opened", len(phone.calls()) == wanted and phone.calls()[-1] == [f"https://{SITE}{PATH}MRV-1"],
-                   f"{len(phone.calls())} instead of {wanted}: {phone.calls()[-3:]}")
-        tally.note("nothing run", not list(phone.home.rglob("hit")) and phone.standard_error() == "", phone.standard_error())
+        calls = phone.calls()
+        tally.note("nothing else opened", len(calls) == wanted and calls[-1] == [f"https://{SITE}{PATH}MRV-1"],
+                   f"{len(calls)} instead of {wanted}: {calls[-3:]}")
+        tally.note("nothing run", not list(phone.home.rglob("hit")), str(list(phone.home.rglob("hit"))))
+        tally.note("nothing said", phone.standard_error() == "", phone.standard_error())

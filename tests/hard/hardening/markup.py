@@ -1,4 +1,4 @@
-"""Markup in what the server says, wherever it is shown: it is read out and painted letter by letter, and fetches nothing."""
+"""Markup in what the server says is read out and painted letter by letter, wherever it is shown, and fetches nothing."""
 
 import contextlib
 import json
@@ -17,7 +17,8 @@ def hostile(name):
     """Markup of each kind in one text, beginning with a tag, as guesses at a text's kind want it."""
     picture = f"http://127.0.0.1:{demo_port()}/{name}.png"
     return (f'<font color="#ff00ff"><b>{BLOCK}</b> <img src="{picture}" width="20" height="20"> '
-            f'<a href="file:///{name}">{name}</a></font><style>a{{background:url({picture})}}</style><br>&lt;&amp; ![{name}]({picture}) [{name}](file:///{name})')
+            f'<a href="file:///{name}">{name}</a></font><style>a{{background:url({picture})}}</style><br>&lt;&amp; '
+            f'![{name}]({picture}) [{name}](file:///{name})')
 
 
 class Script:
@@ -61,7 +62,8 @@ class Reader:
         self.phone.wait_still()
         self.tally.note("markup not painted", not self.painted(), screen)
         box = element.box()
-        subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2)], check=True)
+        x, y = box.x + box.width // 2, box.y + box.height // 2
+        subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
         if element.role in ("alert", "label", "list item"):
             subprocess.run(["xdotool", "click", "1"], check=True)
 

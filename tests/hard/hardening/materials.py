@@ -30,8 +30,9 @@ def check_form(tally, bill, app):
     installed = subprocess.run(["dpkg-query", "--show"], capture_output=True, text=True, check=True).stdout
     versions = {tuple(re.split(r"(?::\w+)?\t", line)) for line in installed.splitlines()}
     for part in bill["components"]:
-        good = part["type"] == "library" and part["scope"] in ("required", "optional") and PURL.fullmatch(part["purl"])
-        tally.note("bill: component", good and (part["name"], part["version"]) in versions, str(part)[:300])
+        good = part["type"] == "library" and part["scope"] in ("required", "optional")
+        tally.note("bill: component", good and PURL.fullmatch(part["purl"])
+                   and (part["name"], part["version"]) in versions, str(part)[:300])
     references = [part["bom-ref"] for part in bill["components"]] + [itself["bom-ref"]]
     references += [file["bom-ref"] for part in bill["components"] for file in part.get("components", [])]
     tally.note("bill: references differ", len(references) == len(set(references)))
@@ -45,14 +46,14 @@ def check_links(tally, bill, app):
     direct = set(bill["dependencies"][0]["dependsOn"])
     for library in elf.Elf(app).needed():
         part, file = files.get(library, ({}, {}))
-        found = part.get("scope") == "required" and part["bom-ref"] in direct and len(file["hashes"][0]["content"]) == 64
-        tally.note("bill: library linked", found, library)
+        found = part.get("scope") == "required" and part["bom-ref"] in direct
+        tally.note("bill: library linked", found and len(file["hashes"][0]["content"]) == 64, library)
     for header in ("libboost", "libxxhash-dev"):
         tally.note("bill: library compiled in", any(p["name"].startswith(header) for p in bill["components"]), header)
 
 
 def check_run(tally, bill, app, folder):
-    """Whatever of Qt a running app has in memory. What the machine's graphics driver brings along is no part of a release."""
+    """Whatever of Qt a running app has in memory. What the machine's graphics driver brings is no part of a release."""
     with WatchedPhone(folder / "records") as phone:
         phone.open(app)
         maps = pathlib.Path(f"/proc/{phone.app.pid}/maps").read_text()

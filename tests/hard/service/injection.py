@@ -2,19 +2,27 @@
 
 from program import RECORDS, head
 
-SQL = ["'", "''", '"', "`", "'; DROP TABLE customers; --", "' OR '1'='1", '" OR ""="', "' OR 1=1 --", "'/*", "*/; --", "\\'", "%",
-       "_", "'); DELETE FROM quotations; --", "' UNION SELECT password_hash FROM customers --", "?1", ":a", "$b", "@c", "x'00'",
-       "\0", "a\0'; DROP TABLE packages; --", "'||(SELECT password_hash FROM customers)||'",
-       "; ATTACH DATABASE 'x.sqlite' AS x; --", "load_extension('x')", "ana@marovenda.example'--",
-       "ana@marovenda.example' OR '1'='1", "\ud7ff'", "\u02bc", "\uff07"]
-NUMBERS = ["1 OR 1=1", "1;DROP TABLE customers", "1--", "1/*", "'1'", "1'", "0x1", "1e0", "1,2", "(1)", "1)", "1 UNION SELECT 1",
-           "1\0", "\u0661", "\uff11", " 1", "1\n", "null", "true", "*", "user_id", "-0", "00", "+1", "1&user_id=2"]
-PATHS = ["..", "../", "../demo.sqlite", "../../../../../../etc/passwd", "..%2f..%2fetc%2fpasswd", "%2e%2e/%2e%2e/etc/passwd",
-         "%252e%252e%252fetc%252fpasswd", "..\\..\\etc\\passwd", "..%5c..%5cetc%5cpasswd", "%c0%ae%c0%ae/etc/passwd",
-         "/etc/passwd", "//etc/passwd", "etc/passwd", "demo.sqlite", "./demo.sqlite", "demo.sqlite-wal", "stderr",
-         "api_paquetes.php/../demo.sqlite", "api_paquetes.php/demo.sqlite", "api_paquetes.php%00.txt", "api_paquetes.php%2f",
-         "api_paquetes.php;a", "./api_paquetes.php", ".//api_paquetes.php", "api_paquetes%2ephp%2f..", "file:///etc/passwd",
-         "proc/self/environ", "%61pi_paquetes.phpx", "."]
+SQL = [
+    "'", "''", '"', "`", "'; DROP TABLE customers; --", "' OR '1'='1", '" OR ""="', "' OR 1=1 --", "'/*", "*/; --",
+    "\\'", "%", "_", "'); DELETE FROM quotations; --", "' UNION SELECT password_hash FROM customers --", "?1", ":a",
+    "$b", "@c", "x'00'", "\0", "a\0'; DROP TABLE packages; --", "'||(SELECT password_hash FROM customers)||'",
+    "; ATTACH DATABASE 'x.sqlite' AS x; --", "load_extension('x')", "ana@marovenda.example'--",
+    "ana@marovenda.example' OR '1'='1", "\ud7ff'", "\u02bc", "\uff07",
+]
+NUMBERS = [
+    "1 OR 1=1", "1;DROP TABLE customers", "1--", "1/*", "'1'", "1'", "0x1", "1e0", "1,2", "(1)", "1)",
+    "1 UNION SELECT 1", "1\0", "\u0661", "\uff11", " 1", "1\n", "null", "true", "*", "user_id", "-0", "00", "+1",
+    "1&user_id=2",
+]
+PATHS = [
+    "..", "../", "../demo.sqlite", "../../../../../../etc/passwd", "..%2f..%2fetc%2fpasswd",
+    "%2e%2e/%2e%2e/etc/passwd", "%252e%252e%252fetc%252fpasswd", "..\\..\\etc\\passwd", "..%5c..%5cetc%5cpasswd",
+    "%c0%ae%c0%ae/etc/passwd", "/etc/passwd", "//etc/passwd", "etc/passwd", "demo.sqlite", "./demo.sqlite",
+    "demo.sqlite-wal", "stderr", "api_paquetes.php/../demo.sqlite", "api_paquetes.php/demo.sqlite",
+    "api_paquetes.php%00.txt", "api_paquetes.php%2f", "api_paquetes.php;a", "./api_paquetes.php",
+    ".//api_paquetes.php", "api_paquetes%2ephp%2f..", "file:///etc/passwd", "proc/self/environ",
+    "%61pi_paquetes.phpx", ".",
+]
 SECRETS = (b"SQLite format 3", b"root:", b"$argon2id$", b"CREATE TABLE")
 
 
@@ -50,7 +58,8 @@ def check_people(tally, program):
     for number, text in enumerate(SQL):
         login = program.post("api_login.php", {"email": text, "password": text})
         as_ana = program.post("api_login.php", {"email": "ana@marovenda.example", "password": text})
-        tally.note("SQL as a password", all(r.sound() and not r.good() and silent(r) for r in (login, as_ana)), repr(text))
+        held = all(reply.sound() and not reply.good() and silent(reply) for reply in (login, as_ana))
+        tally.note("SQL as a password", held, repr(text))
         name = text + str(number)
         profile = program.post("api_perfil.php", {**RECORDS["api_perfil.php"], "user_id": 3, "nombre": name})
         mailbox = program.post("api_casillero.php", {"user_id": "3"}).json() or {}
@@ -76,13 +85,13 @@ def check_paths(tally, program):
         for verb in ("GET", "HEAD", "POST"):
             reply = program.exchange(head(verb, path) + b"Content-Length: 0\r\n\r\n")
             sound = verb == "HEAD" or not reply.received or reply.sound()
-            tally.note("path elsewhere", not reply.good() and sound and reply.status in (0, 400, 404) and silent(reply),
-                       f"{verb} {path}: {reply.received[:200]!r}")
+            held = not reply.good() and sound and reply.status in (0, 400, 404) and silent(reply)
+            tally.note("path elsewhere", held, f"{verb} {path}: {reply.received[:200]!r}")
     for text in ("1%0d%0aX-Injected:%20yes", "1\rX-Injected: yes", "1%0aX-Injected:%20yes%0a%0a<b>",
                  "1%00%0d%0aX-Injected:%20yes"):
         for path in (f"api_paquetes.php?user_id={text}", f"{text}", f"api_login.php?{text}"):
             reply = program.get(path)
-            tally.note("header in an address", b"x-injected" not in reply.received.lower(), f"{path!r}: {reply.received!r}")
+            tally.note("header in an address", b"x-injected" not in reply.received.lower(), f"{path!r}: {reply.received}")
 
 
 def check(tally, program, _random, _long):

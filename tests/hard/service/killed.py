@@ -65,7 +65,7 @@ def check_writing(tally, executable, folder, random, kills):
         with program:
             found = marks(program)
             lost = [mark for mark in acknowledged if not found[mark]]
-            tally.note("acknowledged writes after a kill", not lost, f"turn {turn}: lost {len(lost)}, such as {lost[:5]}",
+            tally.note("acknowledged writes after a kill", not lost, f"turn {turn}: lost {len(lost)}, as {lost[:5]}",
                        tries=len(writers.acknowledged))
             strange = [mark for mark in found if found[mark] > 1 or mark not in tried]
             answers = program.get("api_paquetes.php?user_id=1").good()

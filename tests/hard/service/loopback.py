@@ -10,7 +10,7 @@ TCP_LISTEN = "0A"
 
 
 def own_addresses():
-    """The machine's other addresses, with one made for this where that is granted, and one more of the loopback network."""
+    """The machine's other addresses, one made for this where that is granted, and one more of the loopback network."""
     subprocess.run(["ip", "address", "add", "192.0.2.1/32", "dev", "lo"], check=False, stderr=subprocess.DEVNULL)
     listed = json.loads(subprocess.run(["ip", "-json", "address"], check=True, capture_output=True).stdout)
     found = {info["local"] for link in listed for info in link["addr_info"] if info.get("scope") != "link"}

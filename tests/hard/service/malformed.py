@@ -1,4 +1,4 @@
-"""Requests that are not HTTP, not JSON, or not the protocol: each is refused in order or not answered, and none counts."""
+"""Requests that are not HTTP, not JSON, or not the protocol: each is refused or not answered, and none counts."""
 
 import concurrent.futures
 import json
@@ -23,7 +23,8 @@ CHUNK = b"%x\r\n%b\r\n0\r\n\r\n" % (len(QUOTATION), QUOTATION)
 CHUNKED = JSON + b"Transfer-Encoding: chunked\r\n"
 # None of these may end in a row.
 NOT_HTTP = [
-    b"", b"\r\n", b"\r\n\r\n", b"\0" * 64, b"\xff" * 4096, b"GET", b"GET\r\n\r\n", b"GET /\r\n\r\n", b" / HTTP/1.1\r\n\r\n",
+    b"", b"\r\n", b"\r\n\r\n", b"\0" * 64, b"\xff" * 4096,
+    b"GET", b"GET\r\n\r\n", b"GET /\r\n\r\n", b" / HTTP/1.1\r\n\r\n",
     b"\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03" + bytes(range(256)),  # a TLS client's first words
     b"PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n",
     b"POST /api_cotizar.php HTTP/0.9\r\n\r\n",
@@ -64,12 +65,12 @@ NOT_HTTP = [
 
 # None of these is a JSON text.
 NOT_JSON = [
-    b"", b" ", b"\0", b"nul", b"True", b"{", b"}", b"{]", b"[}", b"{}{}", b"{},", b'{"a"}', b'{"a":}', b'{"a":1,}', b'{,"a":1}',
-    b"{'a':1}", b'{a:1}', b'{"a":1}//', b'/**/{"a":1}', b'{"a":NaN}', b'{"a":Infinity}', b'{"a":-}', b'{"a":01}', b'{"a":+1}',
-    b'{"a":1.}', b'{"a":.1}', b'{"a":0x1}', b'{"a":1e}', b'{"a":1e999}', b'{"a":"\x01"}', b'{"a":"\n"}', b'{"a":"\\x"}',
-    b'{"a":"\\u12"}', b'{"a":"\\ud800"}', b'{"a":"\xff"}', b'{"a":"\xc0\x80"}', b'{"a":"\xed\xa0\x80"}',
-    b'{"a":"\xf4\x90\x80\x80"}', b'{"a":"\xc3', b"\xfe\xff\x00{\x00}", b"\xef\xbb\xbf\xef\xbb\xbf{}",
-    b"[" * 100_000, b'{"a":' * 100_000, b"[" * 100_000 + b"]" * 100_000,
+    b"", b" ", b"\0", b"nul", b"True", b"{", b"}", b"{]", b"[}", b"{}{}", b"{},", b'{"a"}', b'{"a":}', b'{"a":1,}',
+    b'{,"a":1}', b"{'a':1}", b'{a:1}', b'{"a":1}//', b'/**/{"a":1}', b'{"a":NaN}', b'{"a":Infinity}', b'{"a":-}',
+    b'{"a":01}', b'{"a":+1}', b'{"a":1.}', b'{"a":.1}', b'{"a":0x1}', b'{"a":1e}', b'{"a":1e999}', b'{"a":"\x01"}',
+    b'{"a":"\n"}', b'{"a":"\\x"}', b'{"a":"\\u12"}', b'{"a":"\\ud800"}', b'{"a":"\xff"}', b'{"a":"\xc0\x80"}',
+    b'{"a":"\xed\xa0\x80"}', b'{"a":"\xf4\x90\x80\x80"}', b'{"a":"\xc3', b"\xfe\xff\x00{\x00}",
+    b"\xef\xbb\xbf\xef\xbb\xbf{}", b"[" * 100_000, b'{"a":' * 100_000, b"[" * 100_000 + b"]" * 100_000,
 ]
 WRONG = {str: (1, 1.5, None, True, [], {}, ["a"]),
          int: ("1", 1.5, 1e300, 2**64, None, False, [], {}),

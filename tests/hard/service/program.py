@@ -84,8 +84,8 @@ class Program:
         self.end(kill=True)
 
     def exchange(self, data, whole=True):
-        """Sends the bytes and takes what comes until the service closes. What may not be a whole request is followed by the
-        word that there is no more, though not at once: the service does not answer who seems to have gone. Raises
+        """Sends the bytes and takes what comes until the service closes. What may not be a whole request is followed by
+        the word that there is no more, though not at once: the service does not answer who seems to have gone. Raises
         TimeoutError when nothing comes for long."""
         with socket.create_connection(("127.0.0.1", self.port), PATIENCE) as connection:
             received = b""
@@ -122,7 +122,8 @@ def head(verb, path):
 
 
 def post_bytes(path, body):
-    return head("POST", path) + f"Content-Type: application/json\r\nContent-Length: {len(body)}\r\n\r\n".encode() + body
+    headers = f"Content-Type: application/json\r\nContent-Length: {len(body)}\r\n\r\n"
+    return head("POST", path) + headers.encode() + body
 
 
 # A good record for each endpoint that takes one.
@@ -132,8 +133,8 @@ RECORDS = {
     "api_registro.php": {"nombre": "Eva", "email": "eva@x.example", "password": "E", "direccion": "d", "ciudad": "c"},
     "api_perfil.php": {"user_id": 2, "nombre": "Bruno", "email": "", "password": "", "avatar_base64": "AAEC"},
     "api_casillero.php": {"user_id": "2"},
-    "api_cotizar.php": {"user_id": 2, "tipo": "aereo", "origen": "Miami", "destino": "Panamá", "peso": 2.5, "valor": 40,
-                        "descripcion": "Silla"},
+    "api_cotizar.php": {"user_id": 2, "tipo": "aereo", "origen": "Miami", "destino": "Panamá", "peso": 2.5,
+                        "valor": 40, "descripcion": "Silla"},
     "api_auto.php": {"user_id": 2, "marca": "Toyota", "modelo": "Corolla", "anio": "2019", "ubicacion": "Miami"},
 }
 
