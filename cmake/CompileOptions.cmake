@@ -13,6 +13,19 @@ if(MAROVENDA_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(MAROVENDA_DEV)
+    add_compile_options(-O1)
+    # A layout is then read when the app starts, instead of being compiled to C++ before.
+    set(MAROVENDA_QML_OPTIONS NO_CACHEGEN)
+    find_program(MAROVENDA_MOLD mold)
+    find_program(MAROVENDA_LLD ld.lld)
+    if(MAROVENDA_MOLD)
+        add_link_options(-fuse-ld=mold)
+    elseif(MAROVENDA_LLD)
+        add_link_options(-fuse-ld=lld)
+    endif()
+endif()
+
 # The same sources make the same executable, wherever they are built; nothing in it tells where that was.
 if(NOT MSVC)
     add_compile_options(
