@@ -7,8 +7,10 @@
 #include <cstdint>
 #include <limits>
 
-/// What a JSON library that is not the product's makes of the same bytes. Where both libraries differ in what they
-/// hold for a document is stated here, and nowhere else.
+/// What a JSON library that is not the product's makes of the same bytes. Both take the last of repeated keys, skip
+/// one leading byte-order mark and refuse a number beyond a double. They differ in two things, which the product
+/// refuses wherever they stand, also under keys that no record lists: a whole number beyond 64 bits, and a value more
+/// than 1,024 levels deep.
 namespace SecondLibrary {
 
 using json = nlohmann::ordered_json;

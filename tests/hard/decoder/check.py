@@ -87,7 +87,7 @@ def main():
     seed = int(os.environ.get("MAROVENDA_SEED", random.SystemRandom().randrange(1, 10**9) if long else QUICK_SEED))
     print(f"seed {seed}", file=sys.stderr)
     tally = Tally()
-    count(tally, [check, "properties", str(seed), str(100_000 if long else 300)])
+    count(tally, [check, "properties", str(seed), str(20_000 if long else 300)])
     with tempfile.TemporaryDirectory(prefix="marovenda-decoder-") as name:
         found = pathlib.Path(os.environ.get("MAROVENDA_CORPUS", name))
         if clang:
