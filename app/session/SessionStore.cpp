@@ -17,11 +17,13 @@ namespace {
 constexpr int layoutVersion = 1;
 
 /// SQLite finds damage in its own structures but not in the bytes of a value; this check does, and it covers the key,
-/// so that one value cannot pass for another. XXH3, 64 bits: against accidents, not against a forger.
-qint64 checkOf(SessionStore::Key key, const QByteArray &value)
+/// so that one value cannot pass for another, and whether there is a value at all. XXH3, 64 bits: against accidents,
+/// not against a forger.
+qint64 checkOf(SessionStore::Key key, const std::optional<QByteArray> &value)
 {
-    const auto seed = static_cast<XXH64_hash_t>(key) + 1;
-    return static_cast<qint64>(XXH3_64bits_withSeed(value.constData(), static_cast<size_t>(value.size()), seed));
+    const auto bytes = value.value_or(QByteArray());
+    const auto seed = static_cast<XXH64_hash_t>(key) + 1 + (value ? 0 : SessionStore::keys.size());
+    return static_cast<qint64>(XXH3_64bits_withSeed(bytes.constData(), static_cast<size_t>(bytes.size()), seed));
 }
 
 int rowOf(SessionStore::Key key) { return static_cast<int>(key) + 1; }
@@ -142,11 +144,12 @@ SessionStore::Health SessionStore::prepareTables()
         for (const Key key : keys) {
             if (code != SQLITE_OK)
                 break;
-            const Statement insert = prepare("INSERT INTO session VALUES (?, ?, NULL, NULL)", code);
+            const Statement insert = prepare("INSERT INTO session VALUES (?, ?, NULL, ?)", code);
             if (!insert)
                 break;
             sqlite3_bind_int(insert.get(), 1, rowOf(key));
             sqlite3_bind_text(insert.get(), 2, name(key), -1, SQLITE_STATIC);
+            sqlite3_bind_int64(insert.get(), 3, checkOf(key, std::nullopt));
             code = sqlite3_step(insert.get()) == SQLITE_DONE ? SQLITE_OK : sqlite3_errcode(m_database.get());
         }
         if (code == SQLITE_OK)
@@ -273,11 +276,11 @@ SessionStore::Health SessionStore::find(Key key, std::optional<QByteArray> &valu
             code = SQLITE_CORRUPT;
     }
     if (code == SQLITE_ROW) {
-        if (sqlite3_column_type(statement.get(), 0) == SQLITE_NULL &&
-            sqlite3_column_type(statement.get(), 1) == SQLITE_NULL)
-            return Health::Good;
-        const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement.get(), 0));
-        const QByteArray found(bytes, sqlite3_column_bytes(statement.get(), 0));
+        std::optional<QByteArray> found;
+        if (sqlite3_column_type(statement.get(), 0) != SQLITE_NULL) {
+            const auto *bytes = static_cast<const char *>(sqlite3_column_blob(statement.get(), 0));
+            found.emplace(bytes, sqlite3_column_bytes(statement.get(), 0));
+        }
         if (sqlite3_column_type(statement.get(), 1) == SQLITE_INTEGER &&
             sqlite3_column_int64(statement.get(), 1) == checkOf(key, found)) {
             value = found;

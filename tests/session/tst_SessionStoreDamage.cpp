@@ -175,6 +175,7 @@ void SessionStoreDamageTest::damagedValueTakesTheWholeStore_data()
         row("value cut", "value = substr(value, 1, length(value) - 1)");
         row("value longer", "value = CAST(value || X'00' AS BLOB)");
         row("value gone", "value = NULL");
+        row("value and checksum gone", "value = NULL, checksum = NULL");
         row("value emptied", "value = X''");
         row("other checksum", "checksum = checksum + 1");
         row("checksum gone", "checksum = NULL");
