@@ -1,0 +1,103 @@
+"""Follows CONTRIBUTING.md's walk-through in a copy of the repository.
+
+usage: walk_through.py SOURCE_DIRECTORY BUILD_DIRECTORY MOC WORK_DIRECTORY      compiles what comes of it
+       walk_through.py --all SOURCE_DIRECTORY WORK_DIRECTORY                    runs its commands too, which takes minutes
+
+A block that is headed by a file's name is that new file, or with "diff" a change of it, which must fit exactly once.
+"""
+
+import json
+import pathlib
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+
+
+def copy(source, work):
+    shutil.rmtree(work, ignore_errors=True)
+    listed = subprocess.run(["git", "-C", source, "ls-files", "--cached", "--others", "--exclude-standard", "-z"],
+                            check=True, stdout=subprocess.PIPE, text=True).stdout
+    for name in filter(None, listed.split("\0")):
+        if (source / name).is_file():
+            (work / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(source / name, work / name)
+
+
+def blocks(page):
+    section = page.split("\n## A new screen")[1].split("\n## ")[0]
+    return re.findall(r"^```(\w+)(?: (\S+))?\n(.*?)^```$", section, re.MULTILINE | re.DOTALL)
+
+
+def change(file, lines):
+    before = "".join(f"{line[1:]}\n" for line in lines if line[0] in " -")
+    after = "".join(f"{line[1:]}\n" for line in lines if line[0] in " +")
+    text = file.read_text()
+    if text.count(before) != 1:
+        sys.exit(f"CONTRIBUTING.md: {file.name} has this {text.count(before)} times, not once:\n{before}")
+    file.write_text(text.replace(before, after))
+
+
+def apply(work):
+    """Makes the changes; returns the new files and the commands."""
+    new, commands = [], []
+    for kind, name, text in blocks((work / "CONTRIBUTING.md").read_text()):
+        if kind == "sh":
+            commands += text.splitlines()
+        elif kind == "diff":
+            change(work / name, [line or " " for line in text.splitlines()])
+        else:
+            if (work / name).exists():
+                sys.exit(f"CONTRIBUTING.md: {name} is there already")
+            (work / name).write_text(text)
+            new.append(name)
+    if len(new) < 4 or not commands:
+        sys.exit("CONTRIBUTING.md: the walk-through was not found")
+    return new, commands
+
+
+def compile_like(model, name, source, build, work, moc):
+    """With the options of a file that is built, whose include folders become those of the copy."""
+    for entry in json.loads((build / "compile_commands.json").read_text()):
+        if entry["file"] == str(source / model):
+            break
+    else:
+        sys.exit(f"{model} is not built")
+    words = shlex.split(entry["command"])
+    inside = lambda word: word.replace(str(source), str(work)) if str(build) not in word else word
+    options = [inside(w) for w in words if w.startswith(("-D", "-I", "-std", "-f", "-W"))]
+    systems = [word for at, word in enumerate(words) if word == "-isystem" or words[at - 1] == "-isystem"]
+    generated = work / "generated"
+    generated.mkdir(exist_ok=True)
+    stem = pathlib.Path(name).stem
+    if "#include \"" + stem + ".moc\"" in (work / name).read_text():
+        subprocess.run([moc, *(o for o in options if o.startswith(("-D", "-I"))), work / name, "-o", generated / f"{stem}.moc"],
+                       check=True)
+    compiler = next(w for w in words if w.endswith(("c++", "g++", "clang++")))
+    done = subprocess.run([compiler, *options, *systems, f"-I{generated}", "-fsyntax-only", "-Werror", work / name])
+    if done.returncode:
+        sys.exit(f"CONTRIBUTING.md: {name} does not compile")
+
+
+def main():
+    everything = sys.argv[1] == "--all"
+    source, *between, work = (pathlib.Path(a).absolute() for a in sys.argv[2 if everything else 1:])
+    copy(source, work)
+    new, commands = apply(work)
+    if everything:
+        for command in commands:
+            print(f"$ {command}", flush=True)
+            subprocess.run(command, shell=True, check=True, cwd=work)
+    else:
+        build, moc = between
+        models = {"screens/logistics/HorarioViewModel.cpp": "screens/logistics/CasilleroViewModel.cpp",
+                  "tests/screens/logistics/tst_HorarioView.cpp": "tests/screens/logistics/tst_CasilleroView.cpp"}
+        for name, model in models.items():
+            compile_like(model, name, source, build, work, moc)
+        compile_like("tests/api/tst_Records.cpp", "tests/api/tst_Records.cpp", source, build, work, moc)
+    print(f"{len(new)} new files; the walk-through holds")
+
+
+if __name__ == "__main__":
+    main()
