@@ -26,13 +26,10 @@ class Writers:
             mark = f"{self.turn}-{number}-{count}"
             count += 1
             self.tried.append(mark)
-            try:
-                if count % 2:
-                    reply = self.program.post("api_cotizar.php", {**RECORDS["api_cotizar.php"], "descripcion": mark})
-                else:
-                    reply = self.program.post("api_auto.php", {**RECORDS["api_auto.php"], "ubicacion": mark})
-            except OSError:
-                break
+            if count % 2:
+                reply = self.program.post("api_cotizar.php", {**RECORDS["api_cotizar.php"], "descripcion": mark})
+            else:
+                reply = self.program.post("api_auto.php", {**RECORDS["api_auto.php"], "ubicacion": mark})
             if not reply.good():
                 break
             self.acknowledged.append(mark)

@@ -115,19 +115,18 @@ def mutate(random, data, protect=0):
 
 
 def refused(reply):
-    return not reply.received or (400 <= reply.status < 500 and reply.sound() and reply.json()["status"] == "error")
+    return reply.closed() or (400 <= reply.status < 500 and reply.sound() and reply.json()["status"] == "error")
 
 
 def check_fixed(tally, program):
     before = rows(program)
     for data in NOT_HTTP:
         reply = program.exchange(data, whole=False)
-        tally.note("not HTTP", refused(reply), f"{data[:80]!r}: {reply.received[:200]!r}")
+        tally.note("not HTTP", refused(reply), f"{data[:80]!r}: {reply}")
     for path in RECORDS:
         for body in NOT_JSON:
             reply = program.exchange(post_bytes(path, body))
-            tally.note("not JSON", reply.status == 400 and reply.sound(),
-                       f"{path} {body[:60]!r}: {reply.received[:200]!r}")
+            tally.note("not JSON", reply.status == 400 and reply.sound(), f"{path} {body[:60]!r}: {reply}")
     tally.note("refused without a trace", rows(program) == before, f"{before} rows became {rows(program)}")
 
 
@@ -150,7 +149,7 @@ def check_records(tally, program):
         for body in wrong_records(path):
             reply = program.exchange(post_bytes(path, body))
             tally.note("not the endpoint's record", reply.status == 400 and reply.sound(),
-                       f"{path} {body!r}: {reply.received[:200]!r}")
+                       f"{path} {body!r}: {reply}")
     tally.note("refused without a trace", rows(program) == before, f"{before} rows became {rows(program)}")
 
 
@@ -162,12 +161,12 @@ def check_damage(tally, program, random, tries):
               for path in (quick * tries)[:tries]]
     with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
         for data, reply in zip(heads, pool.map(lambda data: program.exchange(data, whole=False), heads)):
-            tally.note("HTTP with damage", not reply.received or (reply.sound() and reply.status < 500),
-                       f"{data!r}: {reply.received[:300]!r}")
+            tally.note("HTTP with damage", reply.closed() or (reply.sound() and reply.status < 500),
+                       f"{data!r}: {reply}")
         for (path, body), reply in zip(bodies, pool.map(lambda pair: program.exchange(post_bytes(*pair)), bodies)):
             right = (200, 400) if is_json(body) else (400,)
             tally.note("JSON with damage", reply.status in right and reply.sound(),
-                       f"{path} {body!r}: {reply.received[:300]!r}")
+                       f"{path} {body!r}: {reply}")
 
 
 def check_stalled(tally, program, count):
@@ -176,7 +175,7 @@ def check_stalled(tally, program, count):
     for number, connection in enumerate(stalled):
         connection.sendall(GOOD[1][:number * 7 % (len(GOOD[1]) - 1)])
     reply = program.get("api_paquetes.php?user_id=2")
-    tally.note("behind stalled connections", reply.good(), repr(reply.received[:200]))
+    tally.note("behind stalled connections", reply.good(), repr(reply))
     for connection in stalled:
         connection.close()
 

@@ -15,11 +15,19 @@ PAUSE = 0.1
 class Reply:
     """What came until the service closed the connection."""
 
-    def __init__(self, received):
-        self.received = received
+    def __init__(self, received, failure=None):
+        """With a failure when nobody took the connection or nothing came for long."""
+        self.received, self.failure = received, failure
         self.head, _, self.body = received.partition(b"\r\n\r\n")
         match = re.match(rb"HTTP/1\.1 (\d{3}) ", self.head)
         self.status = int(match.group(1)) if match else 0
+
+    def __repr__(self):
+        return repr(self.failure or self.received[:300])
+
+    def closed(self):
+        """Whether the connection was closed without a word."""
+        return not self.received and not self.failure
 
     def json(self):
         """The record in the body, or nothing where the body is none."""
@@ -32,7 +40,7 @@ class Reply:
     def sound(self):
         """One whole reply with a record in it, as to everything that the service answers at all."""
         length = re.search(rb"\r\ncontent-length: (\d+)(\r\n|$)", self.head.lower())
-        return (self.status != 0 and length is not None and int(length.group(1)) == len(self.body)
+        return (not self.failure and length is not None and int(length.group(1)) == len(self.body)
                 and b"\r\ncontent-type: application/json" in self.head.lower() and self.json() is not None)
 
     def good(self):
@@ -85,16 +93,21 @@ class Program:
 
     def exchange(self, data, whole=True):
         """Sends the bytes and takes what comes until the service closes. What may not be a whole request is followed by
-        the word that there is no more, though not at once: the service does not answer who seems to have gone. Raises
-        TimeoutError when nothing comes for long."""
-        with socket.create_connection(("127.0.0.1", self.port), PATIENCE) as connection:
-            received = b""
+        the word that there is no more, though not at once: the service does not answer who seems to have gone."""
+        received = b""
+        try:
+            connection = socket.create_connection(("127.0.0.1", self.port), PATIENCE)
+        except OSError as failure:
+            return Reply(received, str(failure))
+        with connection:
             try:
                 connection.sendall(data)
                 if not whole and not select.select([connection], [], [], PAUSE)[0]:
                     connection.shutdown(socket.SHUT_WR)
                 while more := connection.recv(65536):
                     received += more
+            except TimeoutError as failure:
+                return Reply(received, str(failure))
             except ConnectionError:
                 pass  # it had said all that it wanted, and reads no more
             return Reply(received)
