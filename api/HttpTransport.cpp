@@ -51,7 +51,10 @@ public:
     {
         m_manager.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
         m_reply = send(request);
-        m_reply->setReadBufferSize(readBuffer);
+        // The platform hears of it only once the exchange has begun, which is a turn of the event loop later;
+        // unheard, a server that sends chunks faster than they are read fills the memory.
+        QMetaObject::invokeMethod(
+            m_reply, [this] { m_reply->setReadBufferSize(readBuffer); }, Qt::QueuedConnection);
         if (observer)
             observer(*m_reply);
 
@@ -67,12 +70,16 @@ public:
         connect(m_reply, &QNetworkReply::encrypted, this, moved);
         connect(m_reply, &QNetworkReply::readyRead, this, [this] { take(); });
         connect(m_reply, &QNetworkReply::finished, this, [this] { finish(); });
+        connect(m_reply, &QNetworkReply::errorOccurred, this, [this](QNetworkReply::NetworkError error) {
+            if (error == QNetworkReply::UnknownContentError)
+                stopUnpacking();
+        });
     }
 
 private:
     /// Room behind the body for readers that look a little beyond the end.
     static constexpr qint64 roomBehind = 64;
-    static constexpr qint64 readBuffer = qint64(1) * 1024 * 1024;
+    static constexpr qint64 readBuffer = qint64(256) * 1024;
 
     QNetworkReply *send(const HttpRequest &request)
     {
@@ -114,11 +121,24 @@ private:
         m_dropped = true;
         m_end = end;
         m_body = {};
-        m_reply->abort();
+        conclude();
     }
+
+    /// Behind bytes that it cannot unpack the platform hands out packed ones, or waits for ever.
+    void stopUnpacking()
+    {
+        m_dropped = true;
+        QMetaObject::invokeMethod(
+            this, [this] { conclude(); }, Qt::QueuedConnection);
+    }
+
+    /// Ends the exchange with what has come. The platform complains when one that has failed is aborted.
+    void conclude() { m_reply->error() == QNetworkReply::NoError ? m_reply->abort() : finish(); }
 
     void finish()
     {
+        if (std::exchange(m_finishing, true))
+            return;
         take();
         m_silence.stop();
         m_reply->disconnect(this);
@@ -139,6 +159,7 @@ private:
     QNetworkReply *m_reply = nullptr;
     QByteArray m_body;
     bool m_dropped = false;
+    bool m_finishing = false;
     HttpReply::End m_end = HttpReply::End::Platform;
 };
 

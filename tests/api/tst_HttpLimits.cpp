@@ -2,6 +2,8 @@
 #include "MarovendaTest.h"
 
 #include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QSemaphore>
 #include <QTest>
 #include <QTimer>
 
@@ -23,8 +25,10 @@ private Q_SLOTS:
     void replyUpToTheLimitIsTaken();
     void announcedSizeBeyondTheLimitEndsTheExchange();
     void endlessReplyEndsTheExchange();
+    void chunksFasterThanTheyAreReadAreHeldBack();
     void compressedReplyCountsUnpacked_data();
     void compressedReplyCountsUnpacked();
+    void largeReplyThatCannotBeUnpackedEndsTheExchange();
     void silenceEndsTheExchange_data();
     void silenceEndsTheExchange();
     void replyThatLacksItsLastLineEndCompletes();
@@ -104,6 +108,37 @@ void HttpLimitsTest::endlessReplyEndsTheExchange()
     QVERIFY(outcome->reply.body.isEmpty());
 }
 
+void HttpLimitsTest::chunksFasterThanTheyAreReadAreHeldBack()
+{
+    // A server on the test's own event loop would never be faster than its client.
+    QSemaphore ready;
+    quint16 port = 0;
+    qint64 sent = 0;
+    const std::unique_ptr<QThread> flood(QThread::create([&] {
+        QTcpServer listener;
+        listener.listen(QHostAddress::LocalHost);
+        port = listener.serverPort();
+        ready.release();
+        if (!listener.waitForNewConnection(20'000))
+            return;
+        const std::unique_ptr<QTcpSocket> socket(listener.nextPendingConnection());
+        socket->waitForReadyRead(20'000);
+        socket->write("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+        const QByteArray chunk = Exchanges::chunked(QByteArray(100'000, 'b'), 100'000).chopped(5);
+        while (sent < 1'000'000'000 && socket->write(chunk) > 0 && socket->waitForBytesWritten(20'000))
+            sent += chunk.size();
+    }));
+    flood->start();
+    ready.acquire();
+    const QUrl url(u"http://127.0.0.1:%1/a"_s.arg(port));
+    const auto outcome = send({HttpRequest::Method::Post, url, "{}", "application/json"}, sized(1'000'000));
+    QVERIFY(completed(outcome));
+    flood->wait();
+    QVERIFY(outcome->reply.body.isEmpty());
+    // What the system keeps between the two is some megabytes.
+    QVERIFY2(sent < 50'000'000, QByteArray::number(sent).constData());
+}
+
 void HttpLimitsTest::compressedReplyCountsUnpacked_data()
 {
     QTest::addColumn<int>("size");
@@ -125,6 +160,24 @@ void HttpLimitsTest::compressedReplyCountsUnpacked()
     const auto outcome = send(post(server, "{}"), sized(1'000'000));
     QVERIFY(completed(outcome));
     QVERIFY(outcome->reply.body == (taken ? body : QByteArray()));
+}
+
+void HttpLimitsTest::largeReplyThatCannotBeUnpackedEndsTheExchange()
+{
+    // More packed bytes than the platform takes at once, of no known kind from the first on.
+    QByteArray body(3'000'000, 'b');
+    QRandomGenerator(1).fillRange(reinterpret_cast<quint32 *>(body.data()), body.size() / 4);
+    QByteArray packed = Exchanges::gzip(body);
+    packed[10] = '\x07';
+    server.on("/a",
+              [&](const auto &, const auto &answer) { answer->send(packed, 200, "Content-Encoding: gzip\r\n"); });
+    for (const HttpRequest &request : {post(server, "{}"), get(server)}) {
+        const auto outcome = send(request);
+        QVERIFY(completed(outcome));
+        QVERIFY(outcome->reply.body.isEmpty());
+        QCOMPARE(outcome->reply.error, QNetworkReply::UnknownContentError);
+        QCOMPARE(outcome->reply.end, HttpReply::End::Platform);
+    }
 }
 
 void HttpLimitsTest::silenceEndsTheExchange_data()
