@@ -108,7 +108,7 @@ SessionStore::Health SessionStore::tryToOpen()
         sqlite3_open_v2(QFile::encodeName(m_path).constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
     m_database.reset(database);
     if (code != SQLITE_OK) {
-        m_obstacle = u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(database)));
+        m_obstacle = u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
         return healthOf(code);
     }
     sqlite3_busy_timeout(database, 5000);
@@ -160,7 +160,8 @@ SessionStore::Health SessionStore::prepareTables()
     if (code == SQLITE_OK)
         code = run("COMMIT");
     if (code != SQLITE_OK) {
-        m_obstacle = u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errmsg(m_database.get())));
+        // The message for this one failure would quote from the file.
+        m_obstacle = u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
         return healthOf(code);
     }
     if (version != layoutVersion) {

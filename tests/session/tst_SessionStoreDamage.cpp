@@ -150,6 +150,8 @@ void SessionStoreDamageTest::databaseChangedFromOutsideIsMovedAside_data()
     QTest::newRow("keys swapped") << "UPDATE session SET row = row + 10; UPDATE session SET row = 15 - row"_ba;
     QTest::newRow("value column gone") << "ALTER TABLE session DROP COLUMN value"_ba;
     QTest::newRow("checksum column gone") << "ALTER TABLE session DROP COLUMN checksum"_ba;
+    QTest::newRow("table without sense")
+        << "PRAGMA writable_schema = 1; UPDATE sqlite_master SET name = 'a' || char(10) || 'b', sql = 'nonsense'"_ba;
     QTest::newRow("other database") << "DROP TABLE session; CREATE TABLE bookmarks (url); PRAGMA user_version = 7"_ba;
 }
 
