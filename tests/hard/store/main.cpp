@@ -28,12 +28,14 @@ int main(int argc, char *argv[])
     std::fprintf(stderr, "store: MAROVENDA_HARD_SEED=%llu\n", static_cast<unsigned long long>(form.seed));
 
     Tally tally;
-    const std::array<std::pair<const char *, void (*)(Tally &, const Checks::Form &)>, 5> checks{{
+    const std::array<std::pair<const char *, void (*)(Tally &, const Checks::Form &)>, 7> checks{{
         {"kills", Checks::kills},
         {"powerloss", Checks::powerLoss},
         {"promise", Checks::promise},
         {"failures", Checks::failures},
         {"damage", Checks::damage},
+        {"together", Checks::together},
+        {"photo", Checks::largePhoto},
     }};
     for (const auto &[name, check] : checks) {
         if (arguments.isEmpty() || arguments.contains(QLatin1String(name)))
