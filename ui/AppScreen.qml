@@ -28,13 +28,7 @@ FocusScope {
         anchors.fill: parent
         color: Theme.screenBackground
     }
-    Item {
-        id: area
-        anchors.fill: parent
-        anchors.topMargin: screen.barHidden ? 0 : bar.height
-        clip: !screen.barHidden
-        enabled: !screen.covered
-    }
+    // Read and reached before the content, as it stands.
     NavigationBar {
         id: bar
         visible: !screen.barHidden
@@ -45,5 +39,13 @@ FocusScope {
         backShown: screen.canGoBack
         hairlineShown: screen.scrolled > 0.5
         onBack: screen.back()
+        z: 1
+    }
+    Item {
+        id: area
+        anchors.fill: parent
+        anchors.topMargin: screen.barHidden ? 0 : bar.height
+        clip: !screen.barHidden
+        enabled: !screen.covered
     }
 }

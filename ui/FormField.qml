@@ -63,6 +63,8 @@ T.TextField {
         wrapMode: Text.NoWrap
         elide: Text.ElideRight
         // At a large text size a hint is smaller rather than cut.
+        lineHeightMode: Text.ProportionalHeight
+        lineHeight: 1
         fontSizeMode: Text.HorizontalFit
         minimumPixelSize: Math.min(field.textStyle.size, 13)
         partOfControl: true

@@ -43,15 +43,9 @@ Item {
             }
         }
     }
-    AppText {
-        readonly property real side: bar.backShown ? backButton.x + backButton.width + Theme.spacing : Theme.padding
-
-        anchors.centerIn: parent
-        width: Math.min(implicitWidth, bar.width - 2 * side)
+    BarTitle {
+        beginning: bar.backShown ? backButton.x + backButton.width + Theme.spacing : Theme.padding
         text: bar.title
-        textStyle: Theme.headline
-        wrapMode: Text.NoWrap
-        elide: Text.ElideRight
         // The large title is heard while it shows.
         visible: opacity > 0
         opacity: bar.titleShown ? 1 : 0

@@ -77,13 +77,9 @@ FocusScope {
             KeyNavigation.tab: grid
             KeyNavigation.backtab: grid
         }
-        AppText {
-            anchors.centerIn: parent
-            width: Math.min(implicitWidth, parent.width - 2 * (cancel.x + cancel.width + Theme.spacing))
+        BarTitle {
+            beginning: cancel.x + cancel.width + Theme.spacing
             text: "Elegir foto"
-            textStyle: Theme.headline
-            wrapMode: Text.NoWrap
-            elide: Text.ElideRight
             Accessible.role: Accessible.Heading
         }
         Hairline {

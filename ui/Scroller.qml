@@ -20,7 +20,7 @@ Flickable {
     }
     readonly property real viewHeight: height - keyboardCover
     readonly property Item focused: Window.activeFocusItem
-    // What is to be brought into view once the layout has settled, before the focused item.
+    // What is brought into view whenever the layout settles, until the customer scrolls or goes elsewhere.
     property Item awaited: null
 
     function isInside(item: Item): bool {
@@ -60,7 +60,12 @@ Flickable {
     // A tap on a button while the area might scroll is passed on at once.
     pressDelay: 0
 
-    onFocusedChanged: reveal(focused)
+    onFocusedChanged: {
+        if (isInside(focused))
+            awaited = null
+        reveal(focused)
+    }
+    onMovementStarted: awaited = null
     onHeightChanged: later.restart()
     onKeyboardCoverChanged: later.restart()
     onContentHeightChanged: {
@@ -76,7 +81,6 @@ Flickable {
         onTriggered: {
             scroller.reveal(scroller.focused)
             scroller.reveal(scroller.awaited)
-            scroller.awaited = null
         }
     }
     LargeTitle {

@@ -4,7 +4,7 @@ import QtQuick.Templates as T
 import Marovenda.Ui
 
 // A choice of one among few, side by side. The choice belongs to the screen: bind `selection` and write it back in
-// `onChosen`. It is one stop of the Tab key; the arrow keys change the choice.
+// `onChosen`. The chosen segment is the one stop of the Tab key; the arrow keys change the choice.
 T.Control {
     id: picker
 
@@ -13,21 +13,27 @@ T.Control {
     required property string selection
     readonly property int current: picker.options.indexOf(picker.selection)
 
+    // The focus came by a finger, so that it need not be shown.
+    property bool touched: false
+
     signal chosen(option: string)
 
-    function move(step: int) {
-        const next = picker.current + step
-        if (next >= 0 && next < picker.options.length)
-            picker.chosen(picker.options[next])
+    // The focus goes first: a segment that has it cannot cease to be a stop.
+    function choose(index: int, byTouch: bool) {
+        if (index < 0 || index >= picker.options.length)
+            return
+        UnfinishedText.commit()
+        touched = byTouch
+        segments.itemAt(index).forceActiveFocus(Qt.OtherFocusReason)
+        picker.chosen(picker.options[index])
     }
 
     implicitHeight: Math.max(32, Theme.footnote.line + 14)
     implicitWidth: 200
-    focusPolicy: Qt.StrongFocus
-    Keys.onLeftPressed: picker.move(-1)
-    Keys.onUpPressed: picker.move(-1)
-    Keys.onRightPressed: picker.move(1)
-    Keys.onDownPressed: picker.move(1)
+    Keys.onLeftPressed: picker.choose(picker.current - 1, false)
+    Keys.onUpPressed: picker.choose(picker.current - 1, false)
+    Keys.onRightPressed: picker.choose(picker.current + 1, false)
+    Keys.onDownPressed: picker.choose(picker.current + 1, false)
 
     Accessible.role: Accessible.Grouping
     Accessible.name: picker.label
@@ -79,17 +85,17 @@ T.Control {
         Row {
             anchors.fill: parent
             Repeater {
+                id: segments
                 model: picker.options
                 Item {
                     id: segment
+                    required property int index
                     required property string modelData
                     readonly property bool selected: segment.modelData === picker.selection
 
-                    function choose() {
-                        UnfinishedText.commit()
-                        picker.chosen(segment.modelData)
-                    }
-
+                    activeFocusOnTab: segment.selected
+                    onActiveFocusChanged: if (!activeFocus) picker.touched = false
+                    containmentMask: TouchTarget { control: segment }
                     width: track.share
                     height: track.height
                     opacity: tap.pressed && !segment.selected ? Theme.pressedOpacity : 1
@@ -99,16 +105,12 @@ T.Control {
                     Accessible.checkable: true
                     Accessible.checked: segment.selected
                     Accessible.ignored: !segment.enabled
-                    Accessible.onPressAction: segment.choose()
-                    Accessible.onToggleAction: segment.choose()
+                    Accessible.onPressAction: picker.choose(segment.index, false)
+                    Accessible.onToggleAction: picker.choose(segment.index, false)
 
                     TapHandler {
                         id: tap
-                        margin: Math.max(0, (Theme.touchTarget - picker.height) / 2)
-                        onTapped: {
-                            picker.forceActiveFocus(Qt.MouseFocusReason)
-                            segment.choose()
-                        }
+                        onTapped: picker.choose(segment.index, true)
                     }
                     AppText {
                         anchors.fill: parent
@@ -126,7 +128,7 @@ T.Control {
         }
     }
     FocusRing {
-        shown: picker.visualFocus
+        shown: segments.itemAt(picker.current)?.activeFocus === true && !picker.touched
         radius: 9 + around
     }
 }

@@ -115,6 +115,8 @@ class Phone:
         gi.require_version("Atspi", "2.0")
         from gi.repository import Atspi, GLib
         self.atspi, self.glib = Atspi, GLib
+        # A busy machine answers late; what is missing is told by wait_for.
+        Atspi.set_timeout(int(DEADLINE * 1000), int(DEADLINE * 1000))
         self.wait_for(lambda: Atspi.get_desktop(0), "the accessibility service")
         self.listener = Atspi.EventListener.new(self._heard)
         for kind in ("object:state-changed:showing", "object:property-change:accessible-name", "object:announcement",

@@ -2,7 +2,6 @@
 #include "MarovendaTest.h"
 #include "TestScreen.h"
 
-#include <QPainter>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -16,9 +15,6 @@ private Q_SLOTS:
     void textStyles();
     void outlineHasTheDesignedCurve();
     void radiusIsLimitedByTheShorterSide();
-    void drawnShapeFollowsTheOutline_data();
-    void drawnShapeFollowsTheOutline();
-    void translucentShapeIsEvenAcrossItsPieces();
     void everySymbolIsDrawnInItsColour_data();
     void everySymbolIsDrawnInItsColour();
 };
@@ -115,67 +111,6 @@ void LookTest::radiusIsLimitedByTheShorterSide()
     QCOMPARE(ContinuousRectangle::limitedRadius({300, 54}, 16), 16);
     QVERIFY(qAbs(ContinuousRectangle::limitedRadius({300, 54}, 20) - 54 / 2 / 1.528665) < 1e-6);
     QCOMPARE(ContinuousRectangle::limitedRadius({0, 54}, 20), 0);
-}
-
-void LookTest::drawnShapeFollowsTheOutline_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<double>("radius");
-    QTest::addColumn<double>("border");
-    QTest::newRow("field") << QSize(326, 54) << 16.0 << 1.0;
-    QTest::newRow("button") << QSize(326, 54) << 20.0 << 0.0;
-    QTest::newRow("card") << QSize(342, 200) << 24.0 << 1.0;
-    QTest::newRow("tile") << QSize(56, 56) << 18.0 << 0.0;
-    QTest::newRow("small") << QSize(9, 9) << 18.0 << 0.0;
-    QTest::newRow("odd") << QSize(101, 53) << 14.0 << 1.0;
-    QTest::newRow("thick") << QSize(100, 60) << 14.0 << 3.0;
-}
-
-void LookTest::drawnShapeFollowsTheOutline()
-{
-    QFETCH(QSize, size);
-    QFETCH(double, radius);
-    QFETCH(double, border);
-    const QByteArray qml =
-        "Rectangle { color: 'white'; ContinuousRectangle { x: 10; y: 10; width: " + QByteArray::number(size.width()) +
-        "; height: " + QByteArray::number(size.height()) + "; radius: " + QByteArray::number(radius) +
-        "; color: '#007AFF'; borderColor: '#000000'; borderWidth: " + QByteArray::number(border) + " } }";
-    TestScreen screen(qml, {size.width() + 20, size.height() + 20});
-    const QImage drawn = screen.picture().convertToFormat(QImage::Format_RGB32);
-
-    QImage wanted(drawn.size(), QImage::Format_RGB32);
-    wanted.fill(Qt::white);
-    QPainter painter(&wanted);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QPainterPath path = ContinuousRectangle::outline(QRectF(QPointF(10, 10), QSizeF(size)), radius);
-    painter.fillPath(path, QColor(0x00, 0x7A, 0xFF));
-    if (border > 0)
-        painter.strokePath(path, QPen(Qt::black, border, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
-    painter.end();
-
-    int worst = 0;
-    for (int y = 0; y < wanted.height(); ++y) {
-        for (int x = 0; x < wanted.width(); ++x) {
-            const QColor a = drawn.pixelColor(x, y);
-            const QColor b = wanted.pixelColor(x, y);
-            worst =
-                std::max({worst, qAbs(a.red() - b.red()), qAbs(a.green() - b.green()), qAbs(a.blue() - b.blue())});
-        }
-    }
-    QVERIFY2(worst <= 8, qPrintable(u"differs by %1 levels"_s.arg(worst)));
-}
-
-void LookTest::translucentShapeIsEvenAcrossItsPieces()
-{
-    TestScreen screen(
-        "Rectangle { color: 'white'; ContinuousRectangle { x: 10; y: 10; width: 180; height: 80; radius: 16;"
-        " color: '#80000000' } }",
-        {200, 100});
-    const QImage drawn = screen.picture();
-    for (int y = 40; y < 60; ++y) {
-        for (int x = 12; x < 188; ++x)
-            QVERIFY(qAbs(drawn.pixelColor(x, y).red() - 127) <= 1);
-    }
 }
 
 void LookTest::everySymbolIsDrawnInItsColour_data()

@@ -110,6 +110,7 @@ void ScrollerTest::shrinkingContentReturnsToTheTop()
 
 void ScrollerTest::newMessageIsBroughtIntoView()
 {
+    // What comes in only now, and what stands below it, is laid out later than the text changes.
     TestScreen screen(R"qml(Scroller {
         id: scroller
         property string message: ""
@@ -117,6 +118,7 @@ void ScrollerTest::newMessageIsBroughtIntoView()
             width: parent.width
             Item { width: 10; height: 460 }
             MessageLine { objectName: "msg"; width: parent.width; area: scroller; text: scroller.message }
+            Item { width: 10; height: 30 }
         }
     })qml",
                       {320, 480});

@@ -265,8 +265,9 @@ void CotizarViewTest::arrowKeysChangeTheMode()
     TestScreen screen(form());
     QQuickItem *const picker = screen.find(u"tipo"_s);
     screen.key(Qt::Key_Tab);
-    QVERIFY(picker->hasActiveFocus());
+    QVERIFY(screen.named(u"Aéreo"_s)->hasActiveFocus());
     screen.key(Qt::Key_Right);
+    QVERIFY(screen.named(u"Marítimo"_s)->hasActiveFocus());
     QCOMPARE(picker->property("selection").toString(), u"Marítimo"_s);
     screen.key(Qt::Key_Right);
     QCOMPARE(picker->property("selection").toString(), u"Marítimo"_s);
