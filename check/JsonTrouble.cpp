@@ -93,7 +93,7 @@ QString Check::JsonTrouble::place(QByteArrayView bytes) const
 
 std::optional<JsonTrouble> Check::findJsonTrouble(QByteArrayView bytes)
 {
-    if (const auto foreign = foreignEncoding(bytes))
+    if (auto foreign = foreignEncoding(bytes))
         return foreign;
     const qsizetype mark = bytes.startsWith(byteOrderMark) ? byteOrderMark.size() : 0;
     if (mark && bytes.sliced(mark).startsWith(byteOrderMark))

@@ -15,7 +15,7 @@ using Check::Place;
 using Check::quoted;
 using Check::Severity;
 
-constexpr qsizetype largeAvatar = 64 * 1024;
+constexpr qsizetype largeAvatar = qsizetype(64) * 1024;
 
 const QString success = u"success"_s;
 

@@ -15,7 +15,7 @@ using Check::quoted;
 using Check::Severity;
 
 constexpr qint64 slow = 5000;
-constexpr qsizetype worthPacking = 256 * 1024;
+constexpr qsizetype worthPacking = qsizetype(256) * 1024;
 constexpr qint64 expiresSoon = 30;
 
 QString status(const Exchange &exchange) { return u"HTTP %1"_s.arg(exchange.reply.status); }

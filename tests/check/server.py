@@ -7,7 +7,8 @@ import threading
 
 LOGIN = {"status": "success", "message": "Bienvenida", "id": "42", "nombre": "Ana Ríos"}
 PAQUETES = [
-    {"tracking": f"MRV-{i}", "descripcion": f"Caja {i}", "estado": "recibido", "fecha_recibido": "ayer"} for i in range(20)
+    {"tracking": f"MRV-{i}", "descripcion": f"Caja {i}", "estado": "recibido", "fecha_recibido": "ayer"}
+    for i in range(20)
 ]
 COTIZACIONES = [{"origen": "Miami, USA", "descripcion": f"Silla {i}", "estado": "enviada"} for i in range(4)]
 LISTING = {"status": "success", "avatar": None, "paquetes": PAQUETES, "cotizaciones": COTIZACIONES}

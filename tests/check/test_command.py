@@ -1,6 +1,7 @@
-"""The command itself: its password, its options, its terminal, and the demo service as the server that has nothing wrong."""
+"""The command itself: its password, its options, its terminal, and the demo service, which has nothing wrong."""
 
 import copy
+import fcntl
 import json
 import os
 import pathlib
@@ -24,7 +25,8 @@ class DemoTest(ProgramTest):
 
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory(prefix="marovenda-check-")
-        command = [os.environ["MAROVENDA_DEMO_SERVICE"], "--port", "0", "--database", f"{self.folder.name}/demo.sqlite"]
+        database = f"{self.folder.name}/demo.sqlite"
+        command = [os.environ["MAROVENDA_DEMO_SERVICE"], "--port", "0", "--database", database]
         self.service = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
         self.base = re.match(r"Listening on (\S+)", self.service.stdout.readline()).group(1)
 
@@ -137,6 +139,12 @@ class WriteTest(ProgramTest):
             server.replies["api_cotizar.php"] = described(lambda text: text)
             self.assertNotIn("after api_cotizar.php", self.check(server, "--write", status=0))
 
+    def test_second_look_at_the_listing_counts_no_row_twice(self):
+        with Server({"api_paquetes.php": {**LISTING, "paquetes": [{"tracking": "A", "peso": 1}]}}) as server:
+            report = self.check(server, "--write", status=0)
+            self.assertEqual([path for _, path, _ in server.requests].count("/api_paquetes.php?user_id=42"), 2)
+        self.assertIn("api_paquetes.php: paquetes[0].peso: ignored by the app", lines(report, "NOTES"))
+
     def test_profile_without_a_name_is_left_alone(self):
         with Server({"api_login.php": {**LOGIN, "nombre": None}}) as server:
             report = self.json(server, "--write", status=0)
@@ -202,8 +210,10 @@ class OptionsTest(ProgramTest):
             server.requests.clear()
             self.check(server, status=0, MAROVENDA_CHECK_PASSWORD="de fuera")
             self.assertEqual(sent(), "de fuera")
-            for content, says in {b"": "holds no password", b"\n": "holds no password", b"a\nb\n": "in its one line",
-                                  b"a\0": "in its one line", b"\xff": "not in UTF-8", b"a" * 5000: "more than 4096"}.items():
+            for content, says in {
+                b"": "holds no password", b"\n": "holds no password", b"a\nb\n": "in its one line",
+                b"a\0": "in its one line", b"\xff": "not in UTF-8", b"a" * 5000: "more than 4096",
+            }.items():
                 path.write_bytes(content)
                 self.refused("--base", server.base, "--password-file", str(path), CUSTOMER, says=says)
             self.refused("--password-file", name, CUSTOMER, says="cannot be read")
@@ -263,7 +273,7 @@ class DocumentTest(ProgramTest):
             report = re.sub(changing, fixed, report)
         document = (ROOT / "docs/checking-a-server.md").read_text()
         if os.environ.get("MAROVENDA_RENEW"):
-            document = re.sub("(?s)(## A report.*?```\n).*?(```)", lambda found: found[1] + report + found[2], document)
+            document = re.sub("(?s)(## A report.*?```\n).*?(```)", lambda old: old[1] + report + old[2], document)
             (ROOT / "docs/checking-a-server.md").write_text(document)
         self.assertIn(f"```\n{report}```", document)
 
@@ -313,8 +323,8 @@ class TerminalTest(ProgramTest):
         master, slave = pty.openpty()
         # The session's first process must stay, or the terminal is gone with it.
         script = 'trap : INT; "$@"; echo ended with $?'
-        child = subprocess.Popen(["sh", "-c", script, "sh", PROGRAM, CUSTOMER], stdin=slave, stdout=slave, stderr=slave,
-                                 env=environment(MAROVENDA_CHECK_PASSWORD=None),
+        child = subprocess.Popen(["sh", "-c", script, "sh", PROGRAM, CUSTOMER], stdin=slave, stdout=slave,
+                                 stderr=slave, env=environment(MAROVENDA_CHECK_PASSWORD=None),
                                  preexec_fn=lambda: take_terminal(slave))
         self.read(master, b": ")
         self.assertFalse(termios.tcgetattr(slave)[3] & termios.ECHO)
@@ -337,7 +347,6 @@ class TerminalTest(ProgramTest):
 def take_terminal(slave):
     """A session of its own with this terminal. The shell must survive the interruption of what it runs."""
     os.setsid()
-    import fcntl
     fcntl.ioctl(slave, termios.TIOCSCTTY, 0)
     signal.signal(signal.SIGINT, signal.SIG_DFL)
 
