@@ -38,6 +38,15 @@ void describe(const QSslCertificate &certificate, Check::Tls &to)
 
 Check::Tls &tlsOf(Check::Exchange &exchange) { return exchange.tls ? *exchange.tls : exchange.tls.emplace(); }
 
+/// The platform's words, which may end in a colon with nothing behind it.
+QString errorOf(const QNetworkReply &reply)
+{
+    QString text = reply.errorString().trimmed();
+    while (text.endsWith(u':'))
+        text.chop(1);
+    return text;
+}
+
 /// Notes what the platform tells of the connection while the exchange runs.
 void watch(const QNetworkReply &reply, Check::Exchange &to)
 {
@@ -56,7 +65,10 @@ void watch(const QNetworkReply &reply, Check::Exchange &to)
         }
         describe(errors.constFirst().certificate(), tlsOf(to));
     });
-    QObject::connect(&reply, &QNetworkReply::finished, [&to, &reply] { to.error = reply.errorString(); });
+    // The transport may be done with a reply that failed before the platform is.
+    const auto noteError = [&to, &reply] { to.error = errorOf(reply); };
+    QObject::connect(&reply, &QNetworkReply::errorOccurred, noteError);
+    QObject::connect(&reply, &QNetworkReply::finished, noteError);
 }
 
 } // namespace
