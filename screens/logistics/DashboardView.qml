@@ -125,6 +125,15 @@ AppScreen {
 
             Flickable {
                 objectName: "tiles"
+                readonly property Item focused: Window.activeFocusItem
+
+                // A tile that gets the focus is brought into view.
+                onFocusedChanged: {
+                    for (let each = focused; each; each = each.parent) {
+                        if (each.parent === tiles)
+                            contentX = Math.max(0, each.x + each.width - width, Math.min(contentX, each.x))
+                    }
+                }
                 width: column.inner
                 height: tiles.height
                 contentWidth: tiles.width

@@ -12,6 +12,8 @@ import subprocess
 import tempfile
 import time
 
+from display import start_display
+
 DEADLINE = float(os.environ.get("MAROVENDA_E2E_DEADLINE", "60"))
 
 
@@ -81,16 +83,9 @@ class Phone:
         return child
 
     def _start_display(self):
-        read, write = os.pipe()
-        width, height = self.size
-        self._spawn("Xvfb", "-displayfd", str(write), "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp",
-                    "-noreset", pass_fds=[write], stderr=subprocess.DEVNULL)
-        os.close(write)
-        with os.fdopen(read) as display:
-            number = display.readline().strip()
-        if not number:
-            raise Gone("Xvfb did not start")
-        os.environ.update(DISPLAY=f":{number}", XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+        server, display = start_display(*self.size)
+        self.children.append(server)
+        os.environ.update(DISPLAY=display, XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                           XDG_DATA_HOME=str(self.home / "data"), XDG_CONFIG_HOME=str(self.home / "config"),
                           XDG_CACHE_HOME=str(self.home / "cache"), LC_ALL="C.UTF-8", NO_AT_BRIDGE="0",
                           QT_QPA_PLATFORM="xcb")

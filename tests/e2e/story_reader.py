@@ -20,6 +20,8 @@ class Walk:
         self.phone, self.server = phone, server
 
     def tap(self, name):
+        # What has the focus has been brought into view.
+        self.phone.find(name).focus()
         box = self.phone.find(name).box()
         subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", "1"],
                        check=True)
@@ -135,9 +137,9 @@ def reader_at_home(stage):
         row = "Tracking: T1, Libros, RECIBIDO"
         customer.read("dashboard", ["Cerrar sesión", "1 Paquetes", "1 Cotizaciones", "Casillero", "Cotizar", "Autos",
                                     "Perfil", "Dev", "Ver todos", row, "Ver todas", "Buscar"])
-        customer.opens(row, "https://www.aftership.com/track/T1")
+        customer.opens(row, "https://track.example/T1")
         phone.type("Número de tracking...", "T2")
-        customer.opens("Buscar", "https://www.aftership.com/track/T2")
+        customer.opens("Buscar", "https://track.example/T2")
         for name, inside, back in (("Casillero", "Mi Casillero", "Volver al Panel"), ("Dev", "Corvandel", "Volver al Panel"),
                                    ("Cotizar", "Cotizar Importación", "Atrás"), ("Autos", "Importar Vehículo", "Atrás"),
                                    ("Perfil", "Mi Perfil", "Atrás"), ("1 Paquetes", "Mis Paquetes", "Atrás"),

@@ -4,20 +4,19 @@ usage: on_display.py software|opengl RATIO TEST [ARGUMENT...]
 """
 
 import os
+import pathlib
 import subprocess
 import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "e2e"))
+from display import start_display
 
 
 def main():
     backend, ratio, *command = sys.argv[1:]
-    read, write = os.pipe()
-    display = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1500x1500x24", "-nolisten", "tcp",
-                                "-noreset"], pass_fds=[write], stderr=subprocess.DEVNULL)
-    os.close(write)
+    display, name = start_display(1500, 1500)
     try:
-        with os.fdopen(read) as number:
-            name = number.readline().strip()
-        environment = {**os.environ, "DISPLAY": f":{name}", "QT_QPA_PLATFORM": "xcb", "QT_SCALE_FACTOR": ratio,
+        environment = {**os.environ, "DISPLAY": name, "QT_QPA_PLATFORM": "xcb", "QT_SCALE_FACTOR": ratio,
                        "QT_QUICK_BACKEND": "software" if backend == "software" else "", "QSG_RHI_BACKEND": "opengl",
                        "LIBGL_ALWAYS_SOFTWARE": "1", "MAROVENDA_BACKEND": backend, "MAROVENDA_RATIO": ratio}
         sys.exit(subprocess.run(command, env=environment).returncode)

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void signOutWritesTheNumberOnly();
     void lateReplyAfterSignOutHurtsNothing();
     void layoutHasTheDesignedMeasures();
+    void focusedTileIsBroughtIntoView();
     void everythingIsReadInOrder();
     void markupFromTheServiceIsShownAsItStands();
     void nothingIsCut_data();
@@ -438,6 +439,21 @@ void DashboardViewTest::layoutHasTheDesignedMeasures()
     const auto *const search = screen.find(u"buscar"_s);
     QCOMPARE(search->height(), 22 + 24);
     QCOMPARE(search->property("background").value<QQuickItem *>()->property("radius").toReal(), 10);
+}
+
+void DashboardViewTest::focusedTileIsBroughtIntoView()
+{
+    TestScreen screen("NavigationContainer { root: Component { DashboardView {} } }");
+    const auto inView = [&](const QString &tile) {
+        const QRectF box = TestScreen::box(screen.named(tile));
+        return box.left() >= 24 - 0.5 && box.right() <= 366 + 0.5;
+    };
+    QVERIFY(!inView(u"Dev"_s));
+    screen.named(u"Dev"_s)->forceActiveFocus(Qt::TabFocusReason);
+    QVERIFY(inView(u"Dev"_s));
+    QVERIFY(!inView(u"Casillero"_s));
+    screen.named(u"Casillero"_s)->forceActiveFocus(Qt::TabFocusReason);
+    QVERIFY(inView(u"Casillero"_s));
 }
 
 void DashboardViewTest::everythingIsReadInOrder()
