@@ -56,7 +56,23 @@ SessionStore::SessionStore(const QString &directory, Report report)
 
 SessionStore::~SessionStore() = default;
 
-void SessionStore::open() { settle(confirmed(tryToOpen())); }
+void SessionStore::open()
+{
+    m_obstacle = StoreFile::makeFolder(m_directory);
+    if (!m_obstacle.isEmpty())
+        return settle(Health::Unusable);
+    const StoreFile::Turn turn(m_directory);
+    settle(confirmed(tryToOpen()));
+}
+
+void SessionStore::follow()
+{
+    int moved = 0;
+    if (sqlite3_file_control(m_database.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved) {
+        m_database.reset();
+        open();
+    }
+}
 
 void SessionStore::settle(Health health)
 {
@@ -95,7 +111,7 @@ SessionStore::Health SessionStore::replace()
 
 SessionStore::Health SessionStore::tryToOpen()
 {
-    m_obstacle = StoreFile::makeReady(m_directory, m_path);
+    m_obstacle = StoreFile::makeFile(m_path);
     if (!m_obstacle.isEmpty())
         return Health::Unusable;
     if (StoreFile::isStump(m_path)) {
@@ -250,11 +266,14 @@ int SessionStore::run(const char *sql) const
 
 std::optional<QByteArray> SessionStore::read(Key key)
 {
+    if (m_database)
+        follow();
     if (!m_database)
         return std::nullopt;
     std::optional<QByteArray> value;
     Health health = find(key, value);
     if (health == Health::Damaged) {
+        const StoreFile::Turn turn(m_directory);
         health = confirmed(health);
         if (health == Health::Good)
             health = find(key, value);
@@ -296,6 +315,8 @@ SessionStore::Health SessionStore::find(Key key, std::optional<QByteArray> &valu
 
 bool SessionStore::write(Key key, const QByteArray &value)
 {
+    if (m_database)
+        follow();
     if (!m_database)
         return false;
     int code = SQLITE_OK;

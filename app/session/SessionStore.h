@@ -54,6 +54,8 @@ private:
     enum class Health { Good, Damaged, Unusable };
 
     void open();
+    /// Opens what is now in the file's place, if another process has put it aside or it was deleted.
+    void follow();
     /// Acts on what was found: says what is in the way, puts a damaged file aside, does without one that is unusable.
     void settle(Health health);
     /// The verdict after a second look where the first found damage.

@@ -1,11 +1,15 @@
 #include "StoreFile.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
 
 #include <array>
+#include <cerrno>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -14,6 +18,11 @@ namespace {
 
 constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 constexpr auto ownerOnlyDirectory = ownerOnly | QFileDevice::ExeOwner;
+
+int openedFolder(const QString &path)
+{
+    return ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
 
 bool isReadableOrMissing(const QString &path)
 {
@@ -32,12 +41,19 @@ bool isReadableOrMissing(const QString &path)
 
 } // namespace
 
-QString StoreFile::makeReady(const QString &directory, const QString &path)
+QString StoreFile::makeFolder(const QString &directory)
 {
     const QDir parent(QFileInfo(directory).path());
-    if (!QFileInfo::exists(directory) && (!parent.mkpath(u"."_s) || !parent.mkdir(directory, ownerOnlyDirectory)))
+    // Another process may make it in the same moment.
+    const auto isThere = [&] { return QFileInfo::exists(directory); };
+    if (!isThere() && (!parent.mkpath(u"."_s) || !parent.mkdir(directory, ownerOnlyDirectory)) && !isThere())
         return u"the directory %1 cannot be created"_s.arg(directory);
     QFile::setPermissions(directory, ownerOnlyDirectory);
+    return {};
+}
+
+QString StoreFile::makeFile(const QString &path)
+{
     // SQLite would create the file with the process's umask; its companions take over the file's permissions.
     if (!QFileInfo::exists(path)) {
         QFile file(path);
@@ -46,6 +62,21 @@ QString StoreFile::makeReady(const QString &directory, const QString &path)
     }
     QFile::setPermissions(path, ownerOnly);
     return {};
+}
+
+StoreFile::Turn::Turn(const QString &directory) : m_folder(openedFolder(directory))
+{
+    for (QDeadlineTimer wait(5000); m_folder >= 0 && ::flock(m_folder, LOCK_EX | LOCK_NB) != 0;) {
+        if (errno != EWOULDBLOCK || wait.hasExpired())
+            break;
+        QThread::msleep(2);
+    }
+}
+
+StoreFile::Turn::~Turn()
+{
+    if (m_folder >= 0)
+        ::close(m_folder);
 }
 
 bool StoreFile::isStump(const QString &path)
@@ -67,7 +98,7 @@ void StoreFile::synchroniseFoldersOf(const QString &directory)
 {
     QDir folder(directory);
     do {
-        const int open = ::open(QFile::encodeName(folder.path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int open = openedFolder(folder.path());
         if (open >= 0) {
             ::fsync(open);
             ::close(open);

@@ -6,9 +6,24 @@
 /// open in SQLite: closing a file lets go of all locks that the process has on it.
 namespace StoreFile {
 
-/// Makes the folder and an empty file where they are missing, for the user alone, and closes them to others where
-/// they are open. Returns what is in the way, or an empty text.
-QString makeReady(const QString &directory, const QString &path);
+/// Makes the folder for the user alone where it is missing, and closes it to others where it is open. Returns what is
+/// in the way, or an empty text; so does makeFile, which makes an empty file.
+QString makeFolder(const QString &directory);
+QString makeFile(const QString &path);
+
+/// As long as it lives, other processes wait before they make, open or replace the store in `directory`: SQLite's own
+/// locks go with the file, and so do not hold where the file itself is replaced. Waits for five seconds at most, and
+/// goes on without where the folder cannot be locked.
+class Turn {
+public:
+    explicit Turn(const QString &directory);
+    ~Turn();
+    Turn(const Turn &) = delete;
+    Turn &operator=(const Turn &) = delete;
+
+private:
+    int m_folder;
+};
 
 /// True for a file that has lost its content, which SQLite would silently take for a new one.
 bool isStump(const QString &path);

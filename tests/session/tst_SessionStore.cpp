@@ -23,6 +23,8 @@ private Q_SLOTS:
     void valuesDoNotTouchEachOther();
     void emptyIsNotNeverWritten();
     void writtenValueIsSeenByAnotherConnectionAtOnce();
+    void writingFollowsAStoreThatWasReplaced();
+    void writingMakesADeletedStoreAnew();
     void readableByTheUserAlone_data();
     void readableByTheUserAlone();
     void openToOthersIsClosedAgain();
@@ -120,6 +122,33 @@ void SessionStoreTest::writtenValueIsSeenByAnotherConnectionAtOnce()
     QCOMPARE(other.store->read(Key::UserId), "7"_ba);
     QVERIFY(other.store->write(Key::UserId, "8"));
     QCOMPARE(store.store->read(Key::UserId), "8"_ba);
+}
+
+void SessionStoreTest::writingFollowsAStoreThatWasReplaced()
+{
+    const Folder folder;
+    folder.fill();
+    const Watched store(folder.path());
+    // What another process does that finds the file damaged.
+    QVERIFY(QFile::rename(folder.file(), folder.file(u".damaged-1"_s)));
+    for (const auto &companion : {u"-wal"_s, u"-shm"_s})
+        QVERIFY(QFile::rename(folder.file(companion), folder.file(u".damaged-1"_s + companion)));
+    const Watched other(folder.path());
+    QVERIFY(other.store->write(Key::UserId, "7"));
+    QVERIFY(store.store->write(Key::UserNombre, "Eva"));
+    QCOMPARE(store.store->read(Key::UserId), "7"_ba);
+    QCOMPARE(other.store->read(Key::UserNombre), "Eva"_ba);
+    QCOMPARE(store.reports + other.reports, QStringList());
+}
+
+void SessionStoreTest::writingMakesADeletedStoreAnew()
+{
+    const Folder folder;
+    folder.fill();
+    const Watched store(folder.path());
+    folder.clear();
+    QVERIFY(store.store->write(Key::UserNombre, "Eva"));
+    QCOMPARE(Watched(folder.path()).store->read(Key::UserNombre), "Eva"_ba);
 }
 
 void SessionStoreTest::readableByTheUserAlone_data()
