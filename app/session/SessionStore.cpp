@@ -329,6 +329,8 @@ bool SessionStore::write(Key key, const QByteArray &value)
             sqlite3_bind_int64(statement.get(), 2, checkOf(key, value));
             sqlite3_bind_int(statement.get(), 3, rowOf(key));
             code = sqlite3_step(statement.get());
+            if (code == SQLITE_DONE && sqlite3_changes(m_database.get()) != 1)
+                code = SQLITE_CORRUPT;
         }
     }
     if (code == SQLITE_DONE) {

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void damagedValueTakesTheWholeStore_data();
     void damagedValueTakesTheWholeStore();
     void swappedValuesAreDamage();
+    void lostRowIsNotWritten();
     void wasReplacedSaysItOnce();
     void filesAsideAreAllKept();
     void companionsGoAsideToo();
@@ -206,6 +207,17 @@ void SessionStoreDamageTest::swappedValuesAreDamage()
                        "other.row = 3) WHERE row = 2");
     Watched store(folder.path());
     expectReplaced(folder, store, {});
+}
+
+void SessionStoreDamageTest::lostRowIsNotWritten()
+{
+    const Folder folder;
+    folder.fill();
+    const Watched store(folder.path());
+    run(folder.file(), "DELETE FROM session WHERE key = 'user_id'");
+    QVERIFY(!store.store->write(Key::UserId, "7"));
+    QCOMPARE(store.reports.size(), 1);
+    QVERIFY(store.store->write(Key::UserNombre, "Eva"));
 }
 
 void SessionStoreDamageTest::wasReplacedSaysItOnce()
