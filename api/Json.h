@@ -244,8 +244,9 @@ using detail::readField;
 using detail::readValue;
 
 /// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record, which holds copies. Fails on anything that
-/// is not JSON, nests deeper than 1,024 or holds a number beyond a double or a whole number beyond 64 bits, on a top
-/// level that is not an object, and on any listed key with the wrong type; then there is no record at all.
+/// is not JSON, has a value deeper than 1,024 levels (the top is the first), a number beyond a double or a whole
+/// number beyond 64 bits, on a top level that is not an object, and on any listed key with the wrong type; then there
+/// is no record at all.
 template <Record R>
 ReadResult<R> read(QByteArrayView bytes)
 {

@@ -188,19 +188,23 @@ void JsonDocumentsTest::malformedValueOfAnUnlistedKeyIsRefused()
 void JsonDocumentsTest::nestingUpToALimitIsTaken_data()
 {
     QTest::addColumn<int>("depth");
+    QTest::addColumn<QByteArray>("innermost");
     QTest::addColumn<bool>("taken");
-    QTest::newRow("1000") << 1000 << true;
-    QTest::newRow("as deep as allowed") << 1023 << true;
-    QTest::newRow("deeper") << 1025 << false;
-    QTest::newRow("much deeper") << 1'000'000 << false;
+    QTest::newRow("1000") << 1000 << ""_ba << true;
+    QTest::newRow("as deep as allowed") << 1024 << ""_ba << true;
+    QTest::newRow("value as deep as allowed") << 1023 << "1"_ba << true;
+    QTest::newRow("value deeper") << 1024 << "1"_ba << false;
+    QTest::newRow("deeper") << 1025 << ""_ba << false;
+    QTest::newRow("much deeper") << 1'000'000 << ""_ba << false;
 }
 
 void JsonDocumentsTest::nestingUpToALimitIsTaken()
 {
     QFETCH(const int, depth);
+    QFETCH(const QByteArray, innermost);
     QFETCH(const bool, taken);
     // The object itself is the first level.
-    const QByteArray inner = QByteArray(depth - 1, '[') + QByteArray(depth - 1, ']');
+    const QByteArray inner = QByteArray(depth - 1, '[') + innermost + QByteArray(depth - 1, ']');
     const auto result = Json::read<LoginResponse>("{\"otro\":" + inner + R"(,"status":"success"})");
     QCOMPARE(bool(result), taken);
     QCOMPARE(result.error.isEmpty(), taken);
