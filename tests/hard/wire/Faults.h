@@ -11,12 +11,18 @@
 namespace Faults {
 
 /// What the completion gets: the record that the bytes of the reply's body make, or nothing.
-enum class Gets { Record, Absent };
+enum class Gets {
+    Record,
+    Absent,
+    /// One of the two: the platform decides, and its versions differ.
+    Either,
+};
 
 /// How many POSTs of one call the server sees.
 enum class Posts {
     One,
-    /// None where nobody listens or reads.
+    AtMostOne,
+    /// Nobody listens or reads.
     None,
 };
 
@@ -31,6 +37,12 @@ struct Fault {
     bool refused = false;
     /// Bytes of text in the request; a server reads a large one in pieces.
     int requestSize = 0;
+    /// Where many stand together in the table; the name where empty.
+    QByteArray row = {};
+    /// The good reply's body, where it is not another one for each try.
+    QByteArray body = {};
+
+    bool isLarge() const { return requestSize > 0; }
 };
 
 /// A head with its last empty line, from a status ("200 OK") and further lines.
@@ -50,7 +62,13 @@ QList<Fault> heads();
 QList<Fault> statuses();
 QList<Fault> redirects(int port, int elsewhere);
 
+/// A good reply that ends after each number of its bytes from `first` on, every `step` bytes.
+QList<Fault> endings(const QByteArray &body, int first, int step);
+
 /// Servers that fall silent at some point: only the limit on silence ends these.
 QList<Fault> silences();
+
+/// Bytes without end that are no body and no progress, which the limit on silence ends too.
+QList<Fault> endlessHeads();
 
 } // namespace Faults

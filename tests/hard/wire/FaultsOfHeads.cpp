@@ -11,14 +11,18 @@ Fault sending(const QByteArray &name, Gets gets, const std::function<QByteArray(
 
 Fault answering(const QByteArray &status, const QByteArrayList &lines, Gets gets)
 {
-    return {status + " with a body",
-            [=](const QByteArray &body) { return Steps().send(whole(body, status, lines)).close(); }, gets};
+    Fault fault{status + " with a body",
+                [=](const QByteArray &body) { return Steps().send(whole(body, status, lines)).close(); }, gets};
+    fault.row = status.first(1) + "xx with a body";
+    return fault;
 }
 
 Fault empty(const QByteArray &status, const QByteArrayList &lines = {})
 {
-    return {status + " without a body",
-            [=](const QByteArray &) { return Steps().send(whole({}, status, lines)).close(); }};
+    Fault fault{status + " without a body",
+                [=](const QByteArray &) { return Steps().send(whole({}, status, lines)).close(); }};
+    fault.row = status.first(1) + "xx without a body";
+    return fault;
 }
 
 } // namespace
@@ -32,9 +36,6 @@ QList<Fault> heads()
         return [line](const QByteArray &body) { return whole(body, "200 OK", {line}); };
     };
     const auto only = [](const QByteArray &bytes) { return [bytes](const QByteArray &) { return bytes; }; };
-    const auto flooding = [](const QByteArray &start, const QByteArray &piece) {
-        return [=](const QByteArray &) { return Steps().send(start).flood(piece).close(); };
-    };
     return {
         sending("garbage", Gets::Absent, only("\x16\x03\x01 what is this\r\n\r\nnot HTTP\r\n")),
         sending("garbage without a line end", Gets::Absent, only("garbage")),
@@ -42,10 +43,10 @@ QList<Fault> heads()
         sending("empty lines", Gets::Absent, only("\r\n\r\n\r\n")),
         sending("zero bytes", Gets::Absent, only(QByteArray(5000, '\0'))),
         sending("a body without a head", Gets::Absent, [](const QByteArray &body) { return body; }),
-        sending("HTTP/9.9", Gets::Absent,
+        sending("HTTP/9.9", Gets::Either,
                 [](const QByteArray &body) { return QByteArray(whole(body)).replace("HTTP/1.1", "HTTP/9.9"); }),
-        sending("a header of a megabyte", Gets::Record, with("X-Long: " + QByteArray(1 << 20, 'x'))),
-        sending("ten thousand headers", Gets::Record, with(QByteArray("X-More: x\r\n").repeated(10000).chopped(2))),
+        sending("a header of 100 kB", Gets::Record, with("X-Long: " + QByteArray(100000, 'x'))),
+        sending("a thousand headers", Gets::Record, with(QByteArray("X-More: x\r\n").repeated(1000).chopped(2))),
         sending("a header without a colon", Gets::Record, with("no colon here")),
         sending("a header with a zero byte", Gets::Record, with(QByteArray("X-Zero: a\0b", 11))),
         sending("a folded header", Gets::Record, with("X-Folded: a\r\n b")),
@@ -53,19 +54,11 @@ QList<Fault> heads()
                 with("Upgrade: h2c\r\nConnection: Upgrade\r\nAlt-Svc: h2=\":1\"")),
         sending("a header that refreshes", Gets::Record, with("Refresh: 0; url=/api_login.php")),
         sending("100 Continue before the reply", Gets::Record, before(head("100 Continue"))),
-        sending("102 Processing before the reply", Gets::Record, before(head("102 Processing"))),
-        sending("103 Early Hints before the reply", Gets::Record, before(head("103 Early Hints", {"Link: </a>"}))),
+        sending("102 Processing before the reply", Gets::Either, before(head("102 Processing"))),
+        sending("103 Early Hints before the reply", Gets::Either, before(head("103 Early Hints", {"Link: </a>"}))),
         sending("many 100 Continue before the reply", Gets::Record, before(head("100 Continue").repeated(50))),
         sending("100 Continue and no reply", Gets::Absent, only(head("100 Continue"))),
         sending("101 Switching Protocols", Gets::Absent, only(head("101 Switching Protocols", {"Upgrade: h2c"}))),
-        {"endless status line", flooding("HTTP/1.1 200 ", "OK OK OK ")},
-        {"endless header", flooding("HTTP/1.1 200 OK\r\nX-Long: ", "xxxxxxxx")},
-        {"endless headers", flooding("HTTP/1.1 200 OK\r\n", "X-More: xxxxxxxxxxxxxxxxxxxxx\r\n")},
-        {"endless empty lines", flooding("", "\r\n")},
-        {"endless 100 Continue", flooding("", head("100 Continue"))},
-        {"endless chunk size", flooding(head("200 OK", {"Transfer-Encoding: chunked"}), "00000000")},
-        {"endless chunk extension", flooding(head("200 OK", {"Transfer-Encoding: chunked"}) + "5;x=", "xxxxxxxx")},
-        {"endless trailer", flooding(head("200 OK", {"Transfer-Encoding: chunked"}) + "0\r\n", "X-More: x\r\n")},
     };
 }
 
@@ -148,37 +141,13 @@ QList<Fault> redirects(int port, int elsewhere)
             const QByteArrayList lines = target.isEmpty() ? QByteArrayList{} : QByteArrayList{"Location: " + target};
             for (Fault fault : {answering(status + QByteArray(" Moved"), lines, Gets::Record),
                                 empty(status + QByteArray(" Moved"), lines)}) {
-                fault.name = fault.name.first(3) + " redirect " + where + fault.name.sliced(9);
+                fault.row = "3xx " + where + fault.name.sliced(9);
+                fault.name.insert(3, " " + where);
                 all += fault;
             }
         }
     }
     return all;
-}
-
-QList<Fault> silences()
-{
-    const auto after = [](const QByteArray &name, const QByteArray &bytes) {
-        return Fault{"silent " + name, [bytes](const QByteArray &) { return Steps().send(bytes).silent(); }};
-    };
-    const auto silent = [](const QByteArray &) { return Steps().silent(); };
-    return {
-        {"silent from the start, reading nothing", silent, Gets::Absent, When::Door, Posts::None},
-        {"silent after the request's head", silent, Gets::Absent, When::Head},
-        {"silent in the middle of an upload", [](const QByteArray &) { return Steps().take(1 << 20).silent(); },
-         Gets::Absent, When::Head, Posts::One, false, 20 << 20},
-        after("without an answer", {}),
-        after("in the status line", "HTTP/1.1 2"),
-        after("in the head", "HTTP/1.1 200 OK\r\nContent-Le"),
-        after("after the head", head("200 OK", {"Content-Length: 100"})),
-        after("in the body", head("200 OK", {"Content-Length: 100"}) + R"({"status":)"),
-        after("in a chunk", head("200 OK", {"Transfer-Encoding: chunked"}) + "5\r\n{}"),
-        after("before the last chunk", head("200 OK", {"Transfer-Encoding: chunked"}) + "2\r\n{}\r\n"),
-        after("after a whole record that lacks a byte of its length", head("200 OK", {"Content-Length: 3"}) + "{}"),
-        after("after a record without a length", head("200 OK") + "{}"),
-        after("in packed bytes", head("200 OK", {"Content-Encoding: gzip"}) + "\x1F\x8B"),
-        after("after 100 Continue", head("100 Continue")),
-    };
 }
 
 } // namespace Faults

@@ -10,8 +10,8 @@ public:
     Trial(Tally &tally, Wire &wire) : m_tally(tally), m_wire(wire) {}
 
     /// Before it a call to another endpoint is made and held by the server; it is answered afterwards, and one more
-    /// call is made then. Notes one try of the fault under `row`, its name where none is given.
-    void run(const Faults::Fault &fault, std::size_t call, const QByteArray &row = {});
+    /// call is made then. Notes one try of the fault.
+    void run(const Faults::Fault &fault, std::size_t call);
 
     /// Notes, at the very end, that no call was completed a second time.
     void finish();
