@@ -79,6 +79,7 @@ public:
 private:
     /// Room behind the body for readers that look a little beyond the end.
     static constexpr qint64 roomBehind = 64;
+    static constexpr qint64 piece = qint64(16) * 1024;
     static constexpr qint64 readBuffer = qint64(256) * 1024;
 
     QNetworkReply *send(const HttpRequest &request)
@@ -106,13 +107,26 @@ private:
         if (m_dropped)
             return;
         const qint64 announced = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
-        if (announced > m_limits.bodySize || m_body.size() + m_reply->bytesAvailable() > m_limits.bodySize) {
-            giveUp(HttpReply::End::TooLarge);
-            return;
+        if (announced > m_limits.bodySize)
+            return giveUp(HttpReply::End::TooLarge);
+        makeRoom(announced);
+        // Piece by piece: all at once, little that is packed may be very much.
+        for (qint64 count = 1; count > 0;) {
+            const qsizetype size = m_body.size();
+            makeRoom(size + piece);
+            m_body.resize(size + piece);
+            count = m_reply->read(m_body.data() + size, piece);
+            m_body.resize(size + std::max<qint64>(count, 0));
+            if (m_body.size() > m_limits.bodySize)
+                return giveUp(HttpReply::End::TooLarge);
         }
-        if (announced > m_body.capacity())
-            m_body.reserve(announced + roomBehind);
-        m_body += m_reply->readAll();
+    }
+
+    /// A body that grows by appending is copied now and then, and in memory twice while it is.
+    void makeRoom(qint64 size)
+    {
+        if (size + roomBehind > m_body.capacity())
+            m_body.reserve(std::max(size, std::min(m_limits.bodySize + piece, 2 * m_body.size())) + roomBehind);
     }
 
     /// Ends the exchange as one without a reply.
