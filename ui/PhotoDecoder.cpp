@@ -1,21 +1,19 @@
 #include "PhotoDecoder.h"
 
+#include "PngDecoder.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QLoggingCategory>
 #include <QPainter>
-#include <QScopeGuard>
 #include <QtEndian>
-
-#include <png.h>
 
 #include <algorithm>
 
 namespace {
 
-constexpr int longestSide = 16384;
 constexpr qint64 mebibyte = qint64(1024) * 1024;
 constexpr qint64 largestFile = 64 * mebibyte;
 /// What a photo may take: its bytes, their base64 text while it is a picked one, and all that decoding needs.
@@ -23,98 +21,65 @@ constexpr qint64 mostMemory = 250 * mebibyte;
 /// A scan of a JPEG may cost a few bytes of the file and the time for all of the picture's pixels.
 constexpr qint64 mostScannedPixels = qint64(1) << 30;
 
-/// Chosen by the bytes and not by trying: every plugin of the platform would have a go otherwise.
-QByteArray formatOf(const QByteArray &bytes)
-{
-    if (bytes.startsWith("\xFF\xD8\xFF"))
-        return "jpeg";
-    if (bytes.startsWith("\x89PNG\r\n\x1A\n"))
-        return "png";
-    if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP")
-        return "webp";
-    if (bytes.startsWith("GIF87a") || bytes.startsWith("GIF89a"))
-        return "gif";
-    if (bytes.startsWith("BM"))
-        return "bmp";
-    return {};
-}
-
-bool inBounds(QSize size) { return !size.isEmpty() && std::max(size.width(), size.height()) <= longestSide; }
-
 qint64 pixels(QSize size) { return qint64(size.width()) * size.height(); }
 
 /// Bytes of a file with parts left out.
 class Excerpt {
 public:
-    explicit Excerpt(const QByteArray &whole) : m_whole(whole) {}
+    explicit Excerpt(const QByteArray &whole) : m_whole(whole), m_size(whole.size()) {}
 
     void leaveOut(qsizetype from, qsizetype to)
     {
-        m_kept.reserve(m_whole.size());
-        m_kept.append(m_whole.constData() + m_from, from - m_from);
-        m_from = to;
-        m_leftOut += to - from;
+        m_size -= to - from;
         ++m_parts;
+        if (!m_gaps.isEmpty() && m_gaps.last().second == from)
+            m_gaps.last().second = to;
+        else if (m_gaps.size() <= mostGaps)
+            m_gaps.append({from, to});
     }
-    /// Whether it would make no difference to read the parts too.
-    bool hardlyDiffers() const { return m_parts < 500 && m_leftOut < mebibyte; }
-    QByteArray upTo(qsizetype end) &&
+    /// Empty when it is too torn, or would take more than this many bytes of memory.
+    QByteArray bytes(qint64 memory) const
     {
-        m_kept.append(m_whole.constData() + m_from, end - m_from);
-        return std::move(m_kept);
+        // It makes no difference to read a few parts too.
+        if (m_parts < 500 && m_whole.size() - m_size < mebibyte)
+            return m_whole;
+        if (m_size > memory || m_gaps.size() > mostGaps)
+            return {};
+        QByteArray kept;
+        kept.reserve(m_size);
+        qsizetype at = 0;
+        for (const auto &[from, to] : m_gaps) {
+            kept.append(m_whole.constData() + at, from - at);
+            at = to;
+        }
+        return kept.append(m_whole.constData() + at, m_whole.size() - at);
     }
 
 private:
+    static constexpr qsizetype mostGaps = 1000;
+
     QByteArray m_whole;
-    QByteArray m_kept;
-    qsizetype m_from = 0;
-    qsizetype m_leftOut = 0;
+    qsizetype m_size;
     qsizetype m_parts = 0;
+    QList<std::pair<qsizetype, qsizetype>> m_gaps;
 };
 
-/// A PNG without its ancillary chunks (https://www.w3.org/TR/png/#5Chunk-layout). Compressed text in them can take
-/// gigabytes to read, and none of it shows. Empty when the chunks do not add up.
-QByteArray withoutAncillaryChunks(const QByteArray &png)
-{
-    constexpr qsizetype signature = 8;
-    constexpr qsizetype overhead = 12; // length, type and checksum
-    Excerpt excerpt(png);
-    for (qsizetype at = signature; at + overhead <= png.size();) {
-        const qsizetype length = qFromBigEndian<quint32>(png.constData() + at);
-        if (length > png.size() - at - overhead)
-            return {};
-        const QByteArrayView type = QByteArrayView(png).sliced(at + 4, 4);
-        const bool critical = type[0] >= 'A' && type[0] <= 'Z';
-        if (!critical && type != "tRNS")
-            excerpt.leaveOut(at, at + overhead + length);
-        at += overhead + length;
-        if (type == "IEND")
-            return std::move(excerpt).upTo(at);
+/// Reads one format and tries no other.
+class FormatReader : public QImageReader {
+public:
+    FormatReader(const QByteArray &bytes, const char *format)
+    {
+        m_buffer.setData(bytes);
+        m_buffer.open(QIODevice::ReadOnly);
+        setDevice(&m_buffer);
+        setFormat(format);
+        setAutoDetectImageFormat(false);
+        setAutoTransform(true);
     }
-    return {};
-}
 
-/// Not through Qt, whose reader lets libpng print its errors on stderr and reads on after the last row to the end of
-/// the data, however much they are.
-QImage readPng(const QByteArray &bytes, qint64 memory)
-{
-    const QByteArray source = withoutAncillaryChunks(bytes);
-    png_image header{};
-    header.version = PNG_IMAGE_VERSION;
-    const auto done = qScopeGuard([&header] { png_image_free(&header); });
-    if (source.isEmpty() || !png_image_begin_read_from_memory(&header, source.constData(), source.size()))
-        return {};
-    const QSize size(static_cast<int>(header.width), static_cast<int>(header.height));
-    header.format = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? PNG_FORMAT_BGRA : PNG_FORMAT_ARGB;
-    header.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;
-    if (!inBounds(size) || 4 * pixels(size) > memory - source.size())
-        return {};
-    QImage image(size, QImage::Format_ARGB32);
-    const auto stride = static_cast<png_int_32>(image.bytesPerLine());
-    if (image.isNull() || !png_image_finish_read(&header, nullptr, image.bits(), stride, nullptr))
-        return {};
-    return image;
-}
+private:
+    QBuffer m_buffer;
+};
 
 /// What of a JPEG is decoded, and what that takes besides the picture.
 struct JpegOutline {
@@ -142,7 +107,7 @@ qint64 samplesOf(QByteArrayView frame)
 
 /// Leaves out comments, profiles and notes other than the first that may tell the orientation: the time to read them
 /// grows with the square of their number.
-JpegOutline outlineOf(const QByteArray &jpeg)
+JpegOutline outlineOf(const QByteArray &jpeg, qint64 memory)
 {
     Excerpt excerpt(jpeg);
     JpegOutline outline;
@@ -177,25 +142,32 @@ JpegOutline outlineOf(const QByteArray &jpeg)
         at = end;
     }
     outline.coefficients = inParts ? 2 * samples : 0;
-    outline.bytes = excerpt.hardlyDiffers() ? jpeg : std::move(excerpt).upTo(jpeg.size());
+    outline.bytes = excerpt.bytes(memory);
     return outline;
 }
 
-/// How many bytes a pixel of a WebP takes while it is decoded.
-int webpBytesPerPixel(QByteArrayView webp)
+/// What a WebP takes while it is decoded, in bytes.
+struct WebpCost {
+    qint64 parts = 0;
+    int pixel = 4;
+};
+
+WebpCost costOf(QByteArrayView webp)
 {
     constexpr qsizetype overhead = 8; // type and length
-    int most = 4;
+    // All of it is read, and a profile once more.
+    WebpCost cost{2 * webp.size()};
     for (qsizetype at = 12; at + overhead <= webp.size();) {
         const QByteArrayView type = webp.sliced(at, 4);
+        cost.parts += 100;
         if (type == "VP8L" || type == "ALPH")
-            most = std::max(most, 10);
+            cost.pixel = std::max(cost.pixel, 10);
         if (type == "ANMF")
-            return 16;
+            cost.pixel = 12;
         const qint64 length = qFromLittleEndian<quint32>(webp.constData() + at + 4);
         at += overhead + length + length % 2;
     }
-    return most;
+    return cost;
 }
 
 /// A picture that moves is shown on its canvas, which may be larger than its first frame.
@@ -206,28 +178,15 @@ QSize canvasOf(const QByteArray &gif)
     return {qFromLittleEndian<quint16>(gif.constData() + 6), qFromLittleEndian<quint16>(gif.constData() + 8)};
 }
 
-/// What decoding a picture takes at most, in bytes.
-qint64 memoryFor(const QImageReader &reader, const QByteArray &bytes, QSize size)
-{
-    if (reader.format() == "webp")
-        return webpBytesPerPixel(bytes) * pixels(size) + 2 * bytes.size();
-    if (reader.format() == "gif")
-        return 12 * pixels(size.expandedTo(canvasOf(bytes)));
-    const int depth = QImage::toPixelFormat(reader.imageFormat()).bitsPerPixel();
-    return pixels(size) * (depth == 32 ? 4 : 4 + depth / 8 + 1);
-}
-
 /// Scaled already where that saves time and memory.
 QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
 {
-    JpegOutline outline = outlineOf(bytes);
+    const JpegOutline outline = outlineOf(bytes, memory);
     if (!outline.bytes.isSharedWith(bytes))
         memory -= outline.bytes.size();
-    QBuffer buffer(&outline.bytes);
-    QImageReader reader(&buffer, "jpeg");
-    reader.setAutoTransform(true);
+    FormatReader reader(outline.bytes, "jpeg");
     const QSize size = reader.size();
-    if (!inBounds(size) || outline.scans * pixels(size) > mostScannedPixels)
+    if (!isPhotoSize(size) || outline.scans * pixels(size) > mostScannedPixels)
         return {};
     QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1});
     if (scaled.width() < size.width())
@@ -240,26 +199,47 @@ QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
     return reader.read();
 }
 
-QImage readOther(QByteArray bytes, const QByteArray &format, qint64 memory)
+QImage readWebp(const QByteArray &bytes, qint64 memory)
 {
-    QBuffer buffer(&bytes);
-    QImageReader reader(&buffer, format);
-    reader.setAutoDetectImageFormat(false);
-    reader.setAutoTransform(true);
+    const WebpCost cost = costOf(bytes);
+    if (cost.parts > memory)
+        return {};
+    FormatReader reader(bytes, "webp");
     const QSize size = reader.size();
-    return inBounds(size) && memoryFor(reader, bytes, size) <= memory ? reader.read() : QImage();
+    return isPhotoSize(size) && cost.parts + cost.pixel * pixels(size) <= memory ? reader.read() : QImage();
 }
 
+QImage readGif(const QByteArray &bytes, qint64 memory)
+{
+    FormatReader reader(bytes, "gif");
+    const QSize size = reader.size().expandedTo(canvasOf(bytes));
+    return isPhotoSize(size) && 12 * pixels(size) <= memory ? reader.read() : QImage();
+}
+
+QImage readBmp(const QByteArray &bytes, qint64 memory)
+{
+    FormatReader reader(bytes, "bmp");
+    const QSize size = reader.size();
+    // With a palette it is made once more without.
+    return isPhotoSize(size) && 5 * pixels(size) <= memory ? reader.read() : QImage();
+}
+
+/// Chosen by the bytes and not by trying: every plugin of the platform would have a go otherwise.
 QImage read(const QByteArray &bytes, int diameter)
 {
     // In base64 a byte takes 8/3, since texts have two bytes a character.
     const qint64 memory = mostMemory - bytes.size() - bytes.size() * 8 / 3;
-    const QByteArray format = formatOf(bytes);
-    if (format.isEmpty() || memory <= 0)
+    if (memory <= 0)
         return {};
-    if (format == "png")
-        return readPng(bytes, memory);
-    return format == "jpeg" ? readJpeg(bytes, diameter, memory) : readOther(bytes, format, memory);
+    if (bytes.startsWith("\xFF\xD8\xFF"))
+        return readJpeg(bytes, diameter, memory);
+    if (bytes.startsWith("\x89PNG\r\n\x1A\n"))
+        return decodePng(bytes, memory);
+    if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP")
+        return readWebp(bytes, memory);
+    if (bytes.startsWith("GIF87a") || bytes.startsWith("GIF89a"))
+        return readGif(bytes, memory);
+    return bytes.startsWith("BM") ? readBmp(bytes, memory) : QImage();
 }
 
 /// Qt tells of each damaged picture; the app logs nothing.

@@ -1,0 +1,210 @@
+#include "MarovendaTest.h"
+#include "PhotoDecoder.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImageWriter>
+#include <QTemporaryFile>
+#include <QtEndian>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+/// Bounds and silence of the decoder; what it draws is tested with the avatar.
+class PhotoDecoderTest : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void stripsAreCroppedBeforeTheyAreScaled_data();
+    void stripsAreCroppedBeforeTheyAreScaled();
+    void manyCommentsAreNotRead();
+    void jpegInPartsIsBoundedByItsMemory();
+    void jpegInPartsIsBoundedByItsScans();
+    void exifTurnsThePicture();
+    void damagedPicturesAreSilent_data();
+    void damagedPicturesAreSilent();
+    void pngOfEveryDepthIsRead_data();
+    void pngOfEveryDepthIsRead();
+
+private:
+    static QByteArray encoded(const QImage &image, const char *format, bool progressive = false)
+    {
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        QImageWriter writer(&buffer, format);
+        writer.setProgressiveScanWrite(progressive);
+        if (!writer.write(image))
+            qFatal("cannot write %s", format);
+        return bytes;
+    }
+    /// Left half red, right half blue.
+    static QImage halves(int width, int height)
+    {
+        QImage image(width, height, QImage::Format_RGB32);
+        image.fill(Qt::blue);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width / 2; ++x)
+                image.setPixelColor(x, y, Qt::red);
+        }
+        return image;
+    }
+    /// With another size in its frame's header.
+    static QByteArray resized(QByteArray jpeg, quint16 width, quint16 height)
+    {
+        const qsizetype frame = jpeg.indexOf("\xFF\xC2");
+        qToBigEndian(height, jpeg.data() + frame + 5);
+        qToBigEndian(width, jpeg.data() + frame + 7);
+        return jpeg;
+    }
+    static qint64 peakInMiB()
+    {
+        QFile file(u"/proc/self/status"_s);
+        if (!file.open(QFile::ReadOnly))
+            qFatal("no status");
+        const QByteArray status = file.readAll();
+        return status.mid(status.indexOf("VmHWM:") + 6).trimmed().split(' ').first().toLongLong() / 1024;
+    }
+};
+
+void PhotoDecoderTest::stripsAreCroppedBeforeTheyAreScaled_data()
+{
+    QTest::addColumn<QByteArray>("format");
+    QTest::addColumn<QSize>("size");
+    for (const char *format : {"png", "jpeg", "webp", "bmp"}) {
+        QTest::addRow("%s wide", format) << QByteArray(format) << QSize(16383, 1);
+        QTest::addRow("%s tall", format) << QByteArray(format) << QSize(1, 16383);
+    }
+}
+
+void PhotoDecoderTest::stripsAreCroppedBeforeTheyAreScaled()
+{
+    QFETCH(QByteArray, format);
+    QFETCH(QSize, size);
+    QImage strip(size, QImage::Format_RGB32);
+    strip.fill(Qt::red);
+    const QByteArray bytes = encoded(strip, format.constData());
+    const qint64 before = peakInMiB();
+    const QImage shown = decodePhoto(bytes, 100, PhotoShape::Square);
+    QVERIFY(shown.pixelColor(50, 50).red() > 200);
+    QVERIFY2(peakInMiB() - before < 256, "the whole strip was enlarged");
+}
+
+void PhotoDecoderTest::manyCommentsAreNotRead()
+{
+    QByteArray jpeg = encoded(halves(40, 40), "jpeg");
+    jpeg.insert(2, QByteArray("\xFF\xFE\x00\x02", 4).repeated(300'000));
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!decodePhoto(jpeg, 20).isNull());
+    QVERIFY2(clock.elapsed() < 10'000, "the comments were read");
+}
+
+void PhotoDecoderTest::jpegInPartsIsBoundedByItsMemory()
+{
+    const QByteArray jpeg = encoded(halves(64, 64), "jpeg", true);
+    QVERIFY(!decodePhoto(jpeg, 20).isNull());
+    QVERIFY(!decodePhoto(resized(jpeg, 4000, 3000), 20).isNull());
+    QVERIFY(decodePhoto(resized(jpeg, 16384, 16384), 20).isNull());
+}
+
+void PhotoDecoderTest::jpegInPartsIsBoundedByItsScans()
+{
+    const QByteArray jpeg = resized(encoded(halves(64, 64), "jpeg", true), 4000, 3000);
+    const qsizetype last = jpeg.lastIndexOf("\xFF\xDA");
+    QByteArray bomb = jpeg.first(last);
+    for (int i = 0; i < 3000; ++i)
+        bomb += jpeg.sliced(last, jpeg.size() - last - 2);
+    QVERIFY(!decodePhoto(jpeg, 20).isNull());
+    QVERIFY(decodePhoto(bomb + "\xFF\xD9", 20).isNull());
+}
+
+void PhotoDecoderTest::exifTurnsThePicture()
+{
+    QByteArray jpeg = encoded(halves(64, 40), "jpeg");
+    // A quarter turn to the right: what was left is on top.
+    const QByteArray exif("Exif\0\0MM\0\x2A\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0", 32);
+    jpeg.insert(2, QByteArray("\xFF\xE1\x00\x22", 4) + exif);
+    for (const QByteArray &notes : {QByteArray(), QByteArray("\xFF\xE1\x00\x05xmp", 7).repeated(1000)}) {
+        QByteArray noted = jpeg;
+        const QImage shown = decodePhoto(noted.insert(2, notes), 20, PhotoShape::Square);
+        QVERIFY(shown.pixelColor(10, 3).red() > 200);
+        QVERIFY(shown.pixelColor(10, 16).blue() > 200);
+    }
+}
+
+void PhotoDecoderTest::damagedPicturesAreSilent_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    const QByteArray png = encoded(halves(50, 50), "png");
+    const QByteArray jpeg = encoded(halves(50, 50), "jpeg");
+    QByteArray bad = png;
+    bad[20] = static_cast<char>(~bad[20]);
+    QTest::newRow("png, checksum of the header") << bad;
+    bad = png;
+    bad[bad.size() - 20] = static_cast<char>(~bad[bad.size() - 20]);
+    QTest::newRow("png, data") << bad;
+    QTest::newRow("png, no data") << png.first(33) + png.last(12);
+    QTest::newRow("png, cut off") << png.first(png.size() - 30);
+    QTest::newRow("jpeg, cut off") << jpeg.first(jpeg.size() / 2);
+    QTest::newRow("jpeg, more before its end") << jpeg.first(jpeg.size() - 2) + "more\xFF\xD9";
+    QTest::newRow("jpeg, nothing in it") << jpeg.first(40) + "\xFF\xD9";
+    QImage profiled = halves(20, 20);
+    profiled.setColorSpace(QColorSpace::DisplayP3);
+    QByteArray webp = encoded(profiled, "webp");
+    webp[webp.indexOf("ICCP") + 140] = '\x7F';
+    QTest::newRow("webp, profile") << webp;
+    QImage large(12'000, 5'000, QImage::Format_Mono);
+    large.fill(0);
+    QTest::newRow("bmp, large") << encoded(large, "bmp");
+}
+
+void PhotoDecoderTest::damagedPicturesAreSilent()
+{
+    QFETCH(QByteArray, bytes);
+    // What libraries write themselves, and what goes through Qt.
+    QTemporaryFile caught;
+    QVERIFY(caught.open());
+    static QByteArray messages;
+    messages.clear();
+    const int stderrBefore = dup(STDERR_FILENO);
+    dup2(caught.handle(), STDERR_FILENO);
+    const QtMessageHandler handlerBefore = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext &, const QString &text) { messages += text.toUtf8() + '\n'; });
+    const QImage shown = decodePhoto(bytes, 20);
+    qInstallMessageHandler(handlerBefore);
+    dup2(stderrBefore, STDERR_FILENO);
+    close(stderrBefore);
+    caught.seek(0);
+    QCOMPARE(caught.readAll(), QByteArray());
+    QCOMPARE(messages, QByteArray());
+}
+
+void PhotoDecoderTest::pngOfEveryDepthIsRead_data()
+{
+    QTest::addColumn<int>("depth");
+    for (const auto depth : {QImage::Format_Mono, QImage::Format_Indexed8, QImage::Format_RGB32,
+                             QImage::Format_ARGB32, QImage::Format_RGBA64, QImage::Format_RGBX64})
+        QTest::addRow("%d", int(depth)) << int(depth);
+}
+
+void PhotoDecoderTest::pngOfEveryDepthIsRead()
+{
+    QFETCH(int, depth);
+    const QImage image = halves(40, 40).convertToFormat(QImage::Format(depth), {qRgb(255, 0, 0), qRgb(0, 0, 255)});
+    const QImage shown = decodePhoto(encoded(image, "png"), 40, PhotoShape::Square);
+    QCOMPARE(shown.pixelColor(5, 5), QColor(Qt::red));
+    QCOMPARE(shown.pixelColor(35, 35), QColor(Qt::blue));
+    // Half as opaque where there is opacity.
+    if (image.hasAlphaChannel()) {
+        QImage clear(40, 40, QImage::Format_ARGB32);
+        clear.fill(QColor(255, 0, 0, 128));
+        const QByteArray bytes = encoded(clear.convertToFormat(QImage::Format(depth)), "png");
+        QCOMPARE(decodePhoto(bytes, 40, PhotoShape::Square).pixelColor(20, 20), QColor(255, 0, 0, 128));
+    }
+}
+
+MAROVENDA_TEST_MAIN(PhotoDecoderTest)
+#include "tst_PhotoDecoder.moc"
