@@ -18,6 +18,11 @@ QThreadPool &decoderThread()
     static auto *const pool = [] {
         auto *made = new QThreadPool(qApp);
         made->setMaxThreadCount(1);
+        // Decoding needs the application to the end.
+        qAddPostRoutine([] {
+            decoderThread().clear();
+            decoderThread().waitForDone();
+        });
         return made;
     }();
     return *pool;

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <optional>
 
 namespace {
@@ -17,9 +18,27 @@ QThreadPool &loaderThread()
     static auto *const pool = [] {
         auto *made = new QThreadPool(qApp);
         made->setMaxThreadCount(1);
+        // What is loaded is handed to the application.
+        qAddPostRoutine([] {
+            loaderThread().clear();
+            loaderThread().waitForDone();
+        });
         return made;
     }();
     return *pool;
+}
+
+/// In steps, since the text itself takes 171 MiB for the largest file.
+QString base64Of(const QByteArray &bytes)
+{
+    constexpr qsizetype step = 3 * 65536; // a multiple of 3, so that no step ends with padding but the last
+    QString text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (qsizetype at = 0; at < bytes.size(); at += step) {
+        const qsizetype length = std::min(step, bytes.size() - at);
+        text += QLatin1String(QByteArray::fromRawData(bytes.constData() + at, length).toBase64());
+    }
+    return text;
 }
 
 std::optional<LoadedPhoto> load(const QUrl &item)
@@ -35,7 +54,7 @@ std::optional<LoadedPhoto> load(const QUrl &item)
     LoadedPhoto photo{file.read(largestFile + 1), {}};
     if (photo.bytes.isEmpty() || photo.bytes.size() > largestFile || file.error() != QFile::NoError)
         return std::nullopt;
-    photo.base64 = QString::fromLatin1(photo.bytes.toBase64());
+    photo.base64 = base64Of(photo.bytes);
     return photo;
 }
 
