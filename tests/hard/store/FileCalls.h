@@ -43,13 +43,10 @@ struct Plan {
 
 /// From now on, until `rest`, calls below `folder` are watched.
 void watch(const QByteArray &folder, const Plan &plan = {});
-/// Ends the plan's failures; noting and counting go on.
-void heal();
 void mark(qint64 number);
 void rest();
 
-/// Of the last watch: how many calls were counted, and the function of the first that was refused, if any.
-qint64 count();
+/// Of the last watch: the function of the first call that was refused, if any.
 const QByteArray &firstRefused();
 const QList<Call> &calls();
 
