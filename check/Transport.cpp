@@ -38,7 +38,7 @@ void judgeSilence(const Exchange &exchange, Findings &to)
 void judgeSize(Findings &to)
 {
     to.add(Severity::Fault, u"size"_s,
-           u"more than %1 MiB of body, which the app drops"_s.arg(HttpLimits().bodySize / (1024 * 1024)),
+           u"more than %1 MiB of body, which the app drops"_s.arg(HttpLimits().bodySize / 1024 / 1024),
            u"Send fewer or smaller rows."_s);
 }
 
@@ -64,13 +64,11 @@ void judgeNothing(const Exchange &exchange, Findings &to)
         judgeSize(to);
     } else if (reply.error == Error::SslHandshakeFailedError) {
         judgeCertificate(exchange, to);
-    } else if (redirects(exchange)) {
-        // Said with the redirect.
+    } else if (redirects(exchange) || reply.status >= 400) {
+        // Said with the status.
     } else if (reply.status != 0 && reply.error == Error::NoError) {
         to.add(Severity::Fault, status(exchange), u"an empty body"_s,
                u"Answer every request with a JSON object; look into the server's error log."_s);
-    } else if (reply.status >= 400) {
-        // Said with the status.
     } else if (reply.status != 0) {
         to.add(Severity::Fault, u"connection"_s, u"the reply is lost: "_s + Check::harmless(exchange.error),
                u"Is the body compressed as Content-Encoding says, and as long as Content-Length says?"_s);

@@ -7,8 +7,8 @@ using namespace Qt::StringLiterals;
 
 namespace Check {
 
-Visit::Visit(const Order &order, std::function<void(const QString &)> progress)
-    : m_order(order), m_asker(m_order, m_diagnosis, std::move(progress)),
+Visit::Visit(Order order, std::function<void(const QString &)> progress)
+    : m_order(std::move(order)), m_asker(m_order, m_diagnosis, std::move(progress)),
       m_mark(u"marovenda-check "_s + QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd-HHmmss"_s))
 {
 }

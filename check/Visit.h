@@ -9,7 +9,7 @@ namespace Check {
 class Visit {
 public:
     /// `progress` is told each endpoint before it is asked.
-    Visit(const Order &order, std::function<void(const QString &)> progress);
+    Visit(Order order, std::function<void(const QString &)> progress);
 
     Diagnosis run();
 
