@@ -59,7 +59,8 @@ public:
             observer(*m_reply);
 
         m_silence.setSingleShot(true);
-        m_silence.setTimerType(Qt::CoarseTimer);
+        // The platform's other timers may be early.
+        m_silence.setTimerType(Qt::PreciseTimer);
         m_silence.callOnTimeout(this, [this] { giveUp(HttpReply::End::Silent); });
         m_silence.start(m_limits.silence);
 
