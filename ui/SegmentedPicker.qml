@@ -89,6 +89,7 @@ T.Control {
                 model: picker.options
                 Item {
                     id: segment
+                    objectName: segment.modelData
                     required property int index
                     required property string modelData
                     readonly property bool selected: segment.modelData === picker.selection

@@ -13,16 +13,22 @@ namespace {
 
 const QStringList schemes{u"https"_s, u"http"_s, u"mailto"_s};
 
-/// The transport's exchanges are children of the application, without a class name of their own.
-qsizetype exchangesInFlight()
+} // namespace
+
+void ServiceTest::ignoreOpened()
 {
+    for (const QString &scheme : schemes)
+        QDesktopServices::unsetUrlHandler(scheme);
+}
+
+qsizetype ServiceTest::exchangesInFlight()
+{
+    // They are children of the application, without a class name of their own.
     const auto all = QCoreApplication::instance()->children();
     return std::count_if(all.begin(), all.end(), [](const QObject *each) {
         return qstrcmp(each->metaObject()->className(), "QObject") == 0;
     });
 }
-
-} // namespace
 
 ServiceTest::ServiceTest() { TestDeployment::values().baseUrl = server.baseUrl(); }
 
@@ -41,8 +47,7 @@ void ServiceTest::init()
 
 void ServiceTest::cleanup()
 {
-    for (const QString &scheme : schemes)
-        QDesktopServices::unsetUrlHandler(scheme);
+    ignoreOpened();
     // No exchange of this test may reach the server during the next.
     server.clear();
     QTRY_COMPARE(exchangesInFlight(), 0);

@@ -20,6 +20,10 @@ protected Q_SLOTS:
     void cleanup();
 
 protected:
+    /// Addresses are no longer noted.
+    static void ignoreOpened();
+    /// How many exchanges of the client have not ended yet.
+    static qsizetype exchangesInFlight();
     /// The bodies, as JSON objects, of the requests to an endpoint ("/api_login.php").
     QList<QJsonObject> sent(const QByteArray &path) const;
     /// Waits until this many requests have come.

@@ -6,7 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
-int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int argc, char *argv[])
+int runMarovendaCheck(const std::function<int()> &check, int argc, char *argv[])
 {
     const QTemporaryDir home;
     for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
@@ -19,7 +19,12 @@ int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int 
         qunsetenv(name);
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"marovenda-test"_s);
-    const int code = QTest::qExec(make().get(), argc, argv);
+    const int code = check();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return code;
+}
+
+int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int argc, char *argv[])
+{
+    return runMarovendaCheck([&] { return QTest::qExec(make().get(), argc, argv); }, argc, argv);
 }

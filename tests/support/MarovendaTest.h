@@ -9,6 +9,9 @@
 /// process, without a display, a session bus or a proxy. Returns the process's exit status.
 int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int argc, char *argv[]);
 
+/// The same for a check that is no Qt Test: runs `check` there and returns what it returns.
+int runMarovendaCheck(const std::function<int()> &check, int argc, char *argv[]);
+
 /// The main function of a test.
 #define MAROVENDA_TEST_MAIN(Test)                                                                                    \
     int main(int argc, char *argv[])                                                                                 \

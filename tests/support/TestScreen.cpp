@@ -55,7 +55,8 @@ TestScreen::TestScreen(const QByteArray &qml, QSize size) : m_view(std::make_uni
 {
     addModules(*m_view->engine());
     auto *const component = new QQmlComponent(m_view->engine(), m_view.get());
-    component->setData("import QtQuick\nimport Marovenda.Ui\nimport Marovenda.Account\nimport Marovenda.App\nimport Marovenda.Logistics\n" +
+    component->setData("import QtQuick\nimport Marovenda.Ui\nimport Marovenda.Account\nimport Marovenda.App\nimport "
+                       "Marovenda.Logistics\n" +
                            qml,
                        QUrl(u"qrc:/test/Screen.qml"_s));
     QObject *const made = component->create();
@@ -132,6 +133,12 @@ QRectF TestScreen::box(const QQuickItem *item)
 void TestScreen::scrollTo(const QQuickItem *item) const
 {
     settle();
+    bringIntoView(item);
+    settle();
+}
+
+void TestScreen::bringIntoView(const QQuickItem *item)
+{
     for (QQuickItem *area = item->parentItem(); area; area = area->parentItem()) {
         if (!area->inherits("QQuickFlickable") || !area->property("interactive").toBool())
             continue;
@@ -143,7 +150,6 @@ void TestScreen::scrollTo(const QQuickItem *item) const
         scroll("contentY", at.top(), at.bottom(), area->height());
         scroll("contentX", at.left(), at.right(), area->width());
     }
-    settle();
 }
 
 void TestScreen::tap(const QQuickItem *item) const

@@ -31,6 +31,8 @@ public:
 
     /// Scrolls until an item is in view.
     void scrollTo(const QQuickItem *item) const;
+    /// Moves the scroll areas around an item, whatever window it is in, so that it is in view.
+    static void bringIntoView(const QQuickItem *item);
     /// A tap in the middle of an item, which is brought into view first.
     void tap(const QQuickItem *item) const;
     /// A tap and typing.

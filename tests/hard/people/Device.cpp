@@ -1,0 +1,247 @@
+#include "Device.h"
+
+#include "Modules.h"
+#include "Session.h"
+#include "TestScreen.h"
+
+#include <private/qabstractanimation_p.h>
+#include <QElapsedTimer>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int patience = 20000;
+constexpr double fast = 1.0 / 50;
+
+QQuickItem *search(QQuickItem *from, const std::function<bool(const QQuickItem *)> &wanted)
+{
+    if (!from->isVisible())
+        return nullptr;
+    if (wanted(from))
+        return from;
+    const auto children = from->childItems();
+    for (QQuickItem *child : children) {
+        if (QQuickItem *const found = search(child, wanted))
+            return found;
+    }
+    return nullptr;
+}
+
+QString differs(const QString &what, const QString &found, const QString &wanted)
+{
+    return found == wanted ? QString() : u"%1 is \"%2\", not \"%3\""_s.arg(what, found, wanted);
+}
+
+} // namespace
+
+Device::Device()
+{
+    init();
+    addModules(m_engine);
+    m_engine.load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
+    m_window = qobject_cast<QQuickWindow *>(m_engine.rootObjects().value(0));
+    if (!m_window || !wait([this] { return container() != nullptr; }))
+        qFatal("The app did not start");
+    m_window->requestActivate();
+    if (!QTest::qWaitForWindowActive(m_window))
+        qFatal("The window did not come up");
+    QUnifiedTimer::instance()->setSlowModeEnabled(true);
+    QUnifiedTimer::instance()->setSlowdownFactor(fast);
+}
+
+Device::~Device()
+{
+    server.clear();
+    wait([] { return exchangesInFlight() == 0; });
+    ignoreOpened();
+}
+
+bool Device::wait(const std::function<bool()> &come)
+{
+    QElapsedTimer since;
+    since.start();
+    while (!come()) {
+        if (since.elapsed() > patience)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 2);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return true;
+}
+
+void Device::begin()
+{
+    server.clear();
+    if (!wait([] { return exchangesInFlight() == 0; }))
+        qFatal("Exchanges do not end");
+    Session &session = Session::instance();
+    // Whoever it was, the root changes twice.
+    session.setUserId(7);
+    session.setUserId(0);
+    session.setUserNombre({});
+    session.setUserEmail({});
+    if (!wait([this] { return exchangesInFlight() == 0 && page() && find(u"iniciarSesion"_s); }))
+        qFatal("There is no sign-in");
+    server.clear();
+    for (const char *path : {"login", "recuperar", "registro", "perfil", "casillero", "cotizar", "auto", "paquetes"})
+        server.hold("/api_" + QByteArray(path) + ".php");
+}
+
+QQuickItem *Device::container() const
+{
+    return search(m_window->contentItem(), [](const QQuickItem *item) {
+        return QByteArray(item->metaObject()->className()).startsWith("NavigationContainer_QMLTYPE");
+    });
+}
+
+QQuickItem *Device::page() const
+{
+    const QQuickItem *const navigation = container();
+    return navigation ? navigation->property("current").value<QQuickItem *>() : nullptr;
+}
+
+QQuickItem *Device::find(const QString &objectName) const
+{
+    QQuickItem *const on = page();
+    return on ? search(on, [&](const QQuickItem *item) { return item->objectName() == objectName; }) : nullptr;
+}
+
+QString Device::textOf(const QString &objectName) const
+{
+    const QQuickItem *const item = find(objectName);
+    return item ? item->property("text").toString() : QString();
+}
+
+void Device::tap(const QString &objectName)
+{
+    QQuickItem *const item = find(objectName);
+    if (!item)
+        return;
+    TestScreen::bringIntoView(item);
+    QTest::mouseClick(m_window, Qt::LeftButton, {}, TestScreen::box(item).center().toPoint());
+}
+
+void Device::type(const QString &objectName, const QString &text)
+{
+    tap(objectName);
+    QTest::keySequence(m_window, QKeySequence::SelectAll);
+    if (text.isEmpty())
+        key(Qt::Key_Delete);
+    for (const QChar each : text)
+        QTest::sendKeyEvent(QTest::Click, m_window, Qt::Key_unknown, QString(each), Qt::NoModifier);
+}
+
+void Device::key(Qt::Key key, Qt::KeyboardModifiers modifiers) { QTest::keyClick(m_window, key, modifiers); }
+
+void Device::swipeBack()
+{
+    QTest::mousePress(m_window, Qt::LeftButton, {}, QPoint(5, 500));
+    for (int x = 20; x <= 340; x += 40)
+        QTest::mouseMove(m_window, QPoint(x, 500));
+    QTest::mouseRelease(m_window, Qt::LeftButton, {}, QPoint(340, 500));
+}
+
+void Device::scroll()
+{
+    QTest::mousePress(m_window, Qt::LeftButton, {}, QPoint(382, 700));
+    for (int y = 690; y >= 300; y -= 60)
+        QTest::mouseMove(m_window, QPoint(382, y));
+    QTest::mouseRelease(m_window, Qt::LeftButton, {}, QPoint(382, 300));
+}
+
+void Device::answer(qsizetype index, const Reply &reply)
+{
+    const auto held = server.held.takeAt(index);
+    if (reply.lost)
+        held->close();
+    else
+        held->send(reply.bytes());
+}
+
+QString Device::settle(const Model &model)
+{
+    const bool come = wait([&] {
+        return server.requests().size() >= model.requests && exchangesInFlight() == model.pending.size() &&
+               container() && !container()->property("moving").toBool();
+    });
+    // Two turns: a completion may put its assignment off to the next one.
+    for (int turn = 0; turn < 3; ++turn) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+    if (!come)
+        return u"%1 requests of %2 came, %3 of %4 are under way"_s.arg(server.requests().size())
+            .arg(model.requests)
+            .arg(exchangesInFlight())
+            .arg(model.pending.size());
+    if (server.requests().size() != model.requests)
+        return u"%1 requests came, not %2"_s.arg(server.requests().size()).arg(model.requests);
+    return {};
+}
+
+QString Device::fieldDifference(const Model::Screen &screen) const
+{
+    QString all;
+    for (auto field = screen.fields.begin(); field != screen.fields.end(); ++field) {
+        if (field.key() != u"recuperarEmail"_s)
+            all += differs(field.key(), textOf(field.key()), field.value());
+    }
+    const QQuickItem *const line = find(u"msg"_s);
+    all += differs(u"message"_s, line ? line->property("text").toString() : QString(), screen.msg);
+    return all;
+}
+
+QString Device::listDifference(const Model::Screen &screen) const
+{
+    const auto count = [this](const QString &name, const char *property) {
+        const QQuickItem *const item = find(name);
+        return item ? item->property(property).toString() : u"nowhere"_s;
+    };
+    switch (screen.kind) {
+    case Model::Kind::Dashboard:
+        return differs(u"count of packages"_s, count(u"paqueteCount"_s, "count"), QString::number(screen.paquetes)) +
+               differs(u"count of quotations"_s, count(u"cotizacionCount"_s, "count"),
+                       QString::number(screen.cotizaciones));
+    case Model::Kind::Paquetes:
+        return differs(u"rows"_s, count(u"rows"_s, "count"), QString::number(screen.paquetes));
+    case Model::Kind::Cotizaciones:
+        return differs(u"rows"_s, count(u"rows"_s, "count"), QString::number(screen.cotizaciones));
+    default:
+        return {};
+    }
+}
+
+QString Device::difference(const Model &model) const
+{
+    static const QHash<Model::Kind, QString> marks{
+        {Model::Kind::Login, u"iniciarSesion"_s}, {Model::Kind::Registro, u"registrar"_s},
+        {Model::Kind::Dashboard, u"greeting"_s},  {Model::Kind::Casillero, u"info"_s},
+        {Model::Kind::Cotizar, u"peso"_s},        {Model::Kind::Autos, u"marca"_s},
+        {Model::Kind::Perfil, u"guardar"_s},      {Model::Kind::Dev, u"sitio"_s},
+        {Model::Kind::Paquetes, u"rows"_s},       {Model::Kind::Cotizaciones, u"rows"_s},
+    };
+    const Model::Screen &screen = model.top();
+    if (!find(marks[screen.kind]))
+        return u"the screen with %1 is not on show"_s.arg(marks[screen.kind]);
+    const Session &session = Session::instance();
+    QString all =
+        differs(u"depth"_s, container()->property("depth").toString(), QString::number(model.stack.size())) +
+        differs(u"user_id"_s, QString::number(session.userId()), QString::number(model.user)) +
+        differs(u"user_nombre"_s, session.userNombre(), model.nombre) +
+        differs(u"user_email"_s, session.userEmail(), model.email) + fieldDifference(screen) + listDifference(screen);
+    if (screen.kind == Model::Kind::Dashboard)
+        all += differs(u"greeting"_s, textOf(u"greeting"_s), u"Hola, "_s + model.nombre);
+    if (screen.kind == Model::Kind::Casillero)
+        all += differs(u"info"_s, textOf(u"info"_s), screen.info);
+    if (screen.kind == Model::Kind::Perfil)
+        all += differs(u"nombre"_s, textOf(u"nombre"_s), model.nombre);
+    if (screen.kind == Model::Kind::Cotizar)
+        all += differs(u"tipo"_s, find(u"tipo"_s)->property("selection").toString(), screen.tipo);
+    if (screen.kind == Model::Kind::Login) {
+        const bool alert = find(u"recuperarDialog"_s) && find(u"recuperarDialog"_s)->property("shown").toBool();
+        all += differs(u"alert"_s, alert ? u"open"_s : u"closed"_s, screen.alert ? u"open"_s : u"closed"_s);
+    }
+    return all;
+}

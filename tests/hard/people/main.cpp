@@ -1,0 +1,105 @@
+#include "Actions.h"
+#include "MarovendaTest.h"
+#include "Tally.h"
+
+#include <QRandomGenerator>
+
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What is drawn at random for each step: which action, and which text or reply.
+using Steps = QList<std::pair<quint32, quint32>>;
+
+Steps stepsOf(quint32 seed)
+{
+    QRandomGenerator random(seed);
+    Steps steps(random.bounded(4, 21));
+    for (auto &[action, choice] : steps) {
+        action = random.generate();
+        choice = random.generate() >> 4;
+    }
+    return steps;
+}
+
+/// Plays a sequence. Empty when all went as predicted, or else what did not; what was done is added to `told`.
+QString play(Device &device, const Steps &steps, QStringList *told = nullptr)
+{
+    device.begin();
+    Model model;
+    for (const auto &[action, choice] : steps) {
+        const QList<Action> all = actions(model, choice);
+        const Action &next = all[action % all.size()];
+        if (told)
+            told->append(next.what);
+        next.act(device);
+        next.predict(model);
+        if (const QString late = device.settle(model); !late.isEmpty())
+            return late;
+        if (const QString wrong = device.difference(model); !wrong.isEmpty())
+            return wrong;
+    }
+    return {};
+}
+
+/// The shortest sequence that still fails and is this one with steps left out.
+Steps shrunk(Device &device, Steps steps)
+{
+    for (qsizetype i = 0; i < steps.size();) {
+        Steps shorter = steps;
+        shorter.removeAt(i);
+        if (play(device, shorter).isEmpty())
+            ++i;
+        else
+            steps = shorter;
+    }
+    return steps;
+}
+
+void explain(Device &device, quint32 seed)
+{
+    QStringList told;
+    const QString wrong = play(device, shrunk(device, stepsOf(seed)), &told);
+    std::fprintf(stderr, "MAROVENDA_SEED=%u: %s\n  %s\n", seed, qUtf8Printable(wrong),
+                 qUtf8Printable(told.join(u"\n  "_s)));
+}
+
+} // namespace
+
+/// usage: people-check quick|long; MAROVENDA_SEED repeats one sequence.
+class PeopleCheck : public QObject {
+    Q_OBJECT
+public:
+    explicit PeopleCheck(bool isLong) : m_long(isLong) {}
+
+    int run() const
+    {
+        Device device;
+        Tally tally;
+        const bool one = qEnvironmentVariableIsSet("MAROVENDA_SEED");
+        const quint32 first = one      ? qEnvironmentVariable("MAROVENDA_SEED").toUInt()
+                              : m_long ? QRandomGenerator::system()->generate() >> 1
+                                       : 1;
+        const int count = one ? 1 : m_long ? 10000 : 100;
+        std::fprintf(stderr, "seeds %u to %u\n", first, first + quint32(count) - 1);
+        for (int i = 0; i < count; ++i) {
+            const quint32 seed = first + quint32(i);
+            const QString wrong = play(device, stepsOf(seed));
+            if (!tally.note("random sequences of a customer and the service", wrong.isEmpty(), wrong.toUtf8()))
+                explain(device, seed);
+        }
+        return tally.finish();
+    }
+
+private:
+    bool m_long;
+};
+
+int main(int argc, char *argv[])
+{
+    const bool isLong = argc > 1 && std::strcmp(argv[1], "long") == 0;
+    return runMarovendaCheck([=] { return PeopleCheck(isLong).run(); }, argc, argv);
+}
+#include "main.moc"
