@@ -17,6 +17,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import threading
 
 sys.path[:0] = [str(pathlib.Path(__file__).resolve().parent.parent)]
 
@@ -42,6 +43,7 @@ class Check:
         self.watched, self.plain, self.starter = watched, plain, starter
         self.long = form == "long"
         self.tally = Tally()
+        self.lock = threading.Lock()
         self.pool = concurrent.futures.ThreadPoolExecutor(2)
         self.numbers = itertools.count()
         self.good = self.file(png.png(8, 8))
@@ -93,7 +95,7 @@ class Check:
             shown, wrong = self.show(program, how, path)
             if not wrong:
                 wrong = self.wrong_look(bomb, shown.decoded)
-            self.tally.note(f"{kind}, {how}", not wrong, f"{bomb.name}: {wrong}")
+            self.note(f"{kind}, {how}", not wrong, f"{bomb.name}: {wrong}")
             if os.environ.get("PICTURES_VERBOSE"):
                 print(f"{bomb.name} {how} {shown}", file=sys.stderr, flush=True)
         path.unlink()
@@ -108,6 +110,10 @@ class Check:
         path = self.folder / "lossy"
         self.run(self.plain, "make", "webp", width, height, 10, path)
         return path.read_bytes()
+
+    def note(self, *row):
+        with self.lock:
+            self.tally.note(*row)
 
     def together(self, work):
         """As many at a time as the pool has hands; what one raises, is raised."""
@@ -128,7 +134,7 @@ class Check:
         lines, wrong = self.run(*command)
         if not wrong and command[0] == self.plain and float(lines[-1].split()[1]) > MOST_MEMORY:
             wrong = lines[-1]
-        self.tally.note(fault, not wrong, f"{' '.join(map(str, command[1:]))}: {wrong}", tries)
+        self.note(fault, not wrong, f"{' '.join(map(str, command[1:]))}: {wrong}", tries)
 
     def damages(self):
         first = int(os.environ.get("PICTURES_SEED") or (random.randrange(1 << 30) if self.long else 1))
@@ -143,6 +149,14 @@ class Check:
             (self.damage, f"{kind} mutated", count, program, "mutate", kind, first + (2 * part + i) * count, count)
             for kind in KINDS for part in range(parts) for i, program in enumerate((self.watched, self.plain)))
 
+    def leaving(self):
+        """The app ends at many moments while a photo is being decoded or scaled."""
+        strip, large = self.file(png.png(16384, 7)), self.file(png.png(4000, 3000, png.GREY, 1))
+        moments = [(strip, after) for after in range(10)] + [(large, after) for after in range(0, 200, 20)]
+        for path, after in moments * (10 if self.long else 1):
+            _, wrong = self.run(self.plain, "leave", path, after)
+            self.note("left while decoding", not wrong, f"after {after} ms: {wrong}")
+
     def strange_items(self):
         """What is picked or listed and is no file that ends."""
         for how in ("picked", "listed"):
@@ -151,7 +165,7 @@ class Check:
                     shown, wrong = self.show(self.plain, how, path)
                 if not wrong and not may_load and (shown.loaded >= 0 or shown.decoded):
                     wrong = f"gave {shown.loaded:.0f} bytes"
-                self.tally.note("strange item, " + how, not wrong, f"{name}: {wrong}")
+                self.note("strange item, " + how, not wrong, f"{name}: {wrong}")
 
     def starts(self):
         """Bombs as the stored photo: the app starts with it, and once more."""
@@ -168,7 +182,7 @@ class Check:
                 lines, wrong = self.run(self.starter, "start", XDG_DATA_HOME=str(home))
             if not wrong:
                 wrong = self.wrong_look(bomb, float(lines[-1]))
-            self.tally.note("bomb as the stored photo, " + which, not wrong, f"{bomb.name}: {wrong}")
+            self.note("bomb as the stored photo, " + which, not wrong, f"{bomb.name}: {wrong}")
         path.unlink()
         shutil.rmtree(home)
 
@@ -179,6 +193,7 @@ def main():
         check = Check(pathlib.Path(folder), *programs, form)
         check.bombs()
         check.damages()
+        check.leaving()
         check.strange_items()
         check.starts()
     check.tally.finish()

@@ -13,6 +13,8 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <functional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +28,22 @@ QByteArray contents(const QString &path)
     return file.readAll();
 }
 
+/// Tells when it has asked for its picture to be decoded.
+class ObservedView : public PhotoView {
+public:
+    using PhotoView::PhotoView;
+
+    std::function<void()> asked;
+
+protected:
+    void updatePolish() override
+    {
+        PhotoView::updatePolish();
+        if (asked)
+            QMetaObject::invokeMethod(this, std::exchange(asked, {}), Qt::QueuedConnection);
+    }
+};
+
 /// A window with the picture in question, and one beside it that is good: everything is decoded in the order of its
 /// coming, so once the good one shows, the other has been dealt with.
 class Stage {
@@ -37,35 +55,36 @@ public:
         m_window.show();
     }
 
-    /// Shows a file as `how` says: as a stored photo's bytes, as a file of the picker's, or as the picked file. False
-    /// when that does not end.
-    bool show(const QString &how, const QString &path, const QByteArray &stored = {})
+    /// Reads a file, to show it as a stored photo.
+    void read(const QString &path) { m_stored = contents(path); }
+
+    /// Shows a file as `how` says: as the stored photo that was read, as a file of the picker's, or as the picked
+    /// file; `good` after it. False when that does not end.
+    bool show(const QString &how, const QString &path, const QString &good)
     {
         bool ended = true;
         PhotoView marker(m_window.contentItem());
         marker.setSize({100, 100});
         QObject::connect(&marker, &PhotoView::decodedChanged, [] { QGuiApplication::exit(); });
         const auto mark = [&marker] { marker.setPhoto(picture("png", {8, 8})); };
-        if (how == u"stored"_s) {
-            m_view.setPhoto(stored);
-            mark();
-        } else if (how == u"listed"_s) {
-            m_view.setFile(QUrl::fromLocalFile(path));
-            mark();
-        } else {
-            loadPhoto(QUrl::fromLocalFile(path), &m_window, [this](const LoadedPhoto &photo) {
-                m_loaded = photo;
-                m_view.setPhoto(photo.bytes);
-            });
-            loadPhoto(QUrl::fromLocalFile(QCoreApplication::arguments().constLast()), &m_window,
-                      [mark](auto) { mark(); });
-        }
-        QTimer::singleShot(120'000, &m_window, [&ended] {
+        QTimer::singleShot(120'000, &marker, [&ended] {
             ended = false;
             QGuiApplication::exit();
         });
+        if (how == u"picked"_s)
+            pick(path, good, mark);
+        else
+            start(path, mark);
         QGuiApplication::exec();
         return ended;
+    }
+
+    /// Goes so many milliseconds after the stored photo began to be decoded.
+    void leave(const QString &path, int after)
+    {
+        read(path);
+        start(path, [after] { QTimer::singleShot(after, qApp, [] { QGuiApplication::exit(); }); });
+        QGuiApplication::exec();
     }
 
     bool decoded() const { return m_view.decoded(); }
@@ -73,26 +92,58 @@ public:
     qsizetype loaded() const { return m_loaded.bytes.isNull() ? -1 : m_loaded.bytes.size(); }
 
 private:
+    /// The bytes read before, or else the file.
+    void start(const QString &path, const std::function<void()> &asked)
+    {
+        m_view.asked = asked;
+        if (m_stored.isNull())
+            m_view.setFile(QUrl::fromLocalFile(path));
+        else
+            m_view.setPhoto(m_stored);
+    }
+
+    void pick(const QString &path, const QString &good, const std::function<void()> &mark)
+    {
+        loadPhoto(QUrl::fromLocalFile(path), &m_window, [this, mark](const LoadedPhoto &photo) {
+            m_loaded = photo;
+            m_view.asked = mark;
+            m_view.setPhoto(photo.bytes);
+        });
+        // Handed over after it, or alone.
+        loadPhoto(QUrl::fromLocalFile(good), &m_window, [this, mark](auto) {
+            if (m_loaded.bytes.isNull())
+                mark();
+        });
+    }
+
     QQuickWindow m_window;
-    PhotoView m_view{m_window.contentItem()};
+    ObservedView m_view{m_window.contentItem()};
+    QByteArray m_stored;
     LoadedPhoto m_loaded;
 };
+
+/// A window in which a first picture has been shown, whatever that costs.
+void warmUp(const QString &good)
+{
+    Stage stage;
+    if (!stage.show(u"picked"_s, good, good) || !stage.decoded())
+        qFatal("A good picture does not show");
+}
 
 /// show HOW FILE GOOD: prints whether it ended, whether there is a picture, the bytes that were picked, the longest
 /// gap and run of the window's thread in milliseconds, the seconds and the memory that it took in MiB.
 int show(const QStringList &arguments)
 {
+    warmUp(arguments[2]);
     Stage stage;
-    // Whatever the first picture of all costs.
-    if (!stage.show(u"picked"_s, arguments[2]))
-        qFatal("A good picture does not show");
     Watch::forgetPeak();
     const double before = Watch::memory();
-    const QByteArray stored = arguments[0] == u"stored"_s ? contents(arguments[1]) : QByteArray();
+    if (arguments[0] == u"stored"_s)
+        stage.read(arguments[1]);
     const Watch watch;
     QElapsedTimer clock;
     clock.start();
-    const bool ended = stage.show(arguments[0], arguments[1], stored);
+    const bool ended = stage.show(arguments[0], arguments[1], arguments[2]);
     std::printf("%d %d %lld %.0f %.0f %.1f %.0f\n", ended, stage.decoded(), static_cast<long long>(stage.loaded()),
                 watch.longestGap(), watch.longestRun(), static_cast<double>(clock.elapsed()) / 1000,
                 Watch::peakMemory() - before);
@@ -100,6 +151,14 @@ int show(const QStringList &arguments)
     // A file that does not end would keep the process.
     if (!ended)
         std::_Exit(1);
+    return 0;
+}
+
+/// leave FILE MILLISECONDS: ends while the stored photo is being decoded.
+int leave(const QStringList &arguments)
+{
+    Stage stage;
+    stage.leave(arguments[0], arguments[1].toInt());
     return 0;
 }
 
@@ -139,6 +198,8 @@ int main(int argc, char *argv[])
     const QString what = arguments.value(0);
     if (what == u"show"_s && arguments.size() == 4)
         return show(arguments.sliced(1));
+    if (what == u"leave"_s && arguments.size() == 3)
+        return leave(arguments.sliced(1));
     if (what == u"make"_s && arguments.size() == 6)
         return make(arguments.sliced(1));
     if (what == u"mutate"_s && arguments.size() == 4)

@@ -108,7 +108,7 @@ def bombs():
     yield Bomb("png of 200,000 frames", True, moving, 200000)
     yield Bomb("png of 1,000,000 empty chunks", None, with_chunks, b"IDAT", 1000000)
     yield Bomb("png of 500,000 unknown chunks", True, with_chunks, b"teSt", 500000)
-    yield Bomb("png torn in 20 pieces", True, torn, 0, quick=True)
+    yield Bomb("png torn in 20 pieces", None, torn, 0, quick=True)
     yield Bomb("png torn in 2,000,000 pieces", None, torn, 2000000)
     yield Bomb("png with 1 GB after its last row", None, png, 40, 40, extra=1 << 30)
     yield Bomb("png with 16 GB after its last row", None, png, 40, 40, extra=1 << 34)
