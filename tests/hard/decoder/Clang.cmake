@@ -1,4 +1,4 @@
-# Programs compiled by Clang in a tree that another compiler builds: only Clang has a fuzzer that is guided by coverage.
+# Programs compiled by Clang in a tree that another compiler builds: only Clang has a fuzzer guided by coverage.
 
 # Sets `found` to whether there is a Clang with the tool that reads its coverage.
 function(marovenda_find_clang found)
@@ -13,8 +13,8 @@ function(marovenda_find_clang found)
     endif()
 endfunction()
 
-# marovenda_add_clang_program(NAME LIKE target SOURCES source... OPTIONS option...): compiles sources as they are compiled
-# for the target, and links Qt Core and simdjson.
+# marovenda_add_clang_program(NAME LIKE target SOURCES source... OPTIONS option...): compiles sources as they are
+# compiled for the target, and links Qt Core and simdjson.
 function(marovenda_add_clang_program name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "LIKE" "SOURCES;OPTIONS")
     # The compiler looks there by itself, and has to in its own order.
@@ -36,8 +36,8 @@ function(marovenda_add_clang_program name)
     endforeach()
     set(program ${CMAKE_BINARY_DIR}/bin/tests/${name})
     add_custom_command(OUTPUT ${program}
-        COMMAND ${MAROVENDA_CLANG} ${arg_OPTIONS} ${objects} $<TARGET_FILE:Qt6::Core> $<TARGET_FILE:simdjson::simdjson>
-            -o ${program}
+        COMMAND ${MAROVENDA_CLANG} ${arg_OPTIONS} ${objects}
+            $<TARGET_FILE:Qt6::Core> $<TARGET_FILE:simdjson::simdjson> -o ${program}
         DEPENDS ${objects}
         VERBATIM)
     add_custom_target(${name} ALL DEPENDS ${program})

@@ -1,8 +1,8 @@
 """Arbitrary bytes and random records through the reader and the writer of JSON.
 
 usage: check.py CHECK [FUZZER COVERAGE LLVM-COV LLVM-PROFDATA] quick|long
-MAROVENDA_SEED=N repeats a run; MAROVENDA_CORPUS=FOLDER keeps what the fuzzer finds. To renew the documents that are kept
-here: FUZZER -merge=1 -use_counters=0 -max_len=1024 corpus FOLDER.
+MAROVENDA_SEED=N repeats a run; MAROVENDA_CORPUS=FOLDER keeps what the fuzzer finds. To renew the documents that are
+kept here: FUZZER -merge=1 -use_counters=0 -max_len=1024 corpus FOLDER.
 """
 
 import base64
