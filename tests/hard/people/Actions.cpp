@@ -61,8 +61,10 @@ void addTyping(QList<Action> &all, const QStringList &fields, quint32 choice)
 
 void addPress(QList<Action> &all, const QString &button)
 {
-    all.append(
-        {u"press "_s + button, [=](Device &device) { device.tap(button); }, [](Model &model) { model.press(); }});
+    // As likely as the typing, or few forms would ever be sent.
+    const Action press{u"press "_s + button, [=](Device &device) { device.tap(button); },
+                       [](Model &model) { model.press(); }};
+    all += {press, press, press};
 }
 
 void addWaysBack(QList<Action> &all, const Model &model, quint32 choice)
@@ -94,7 +96,6 @@ void addAlert(QList<Action> &all, quint32 choice)
 void addSignIn(QList<Action> &all, quint32 choice)
 {
     addTyping(all, {u"email"_s, u"pass"_s}, choice);
-    addPress(all, u"iniciarSesion"_s);
     addPress(all, u"iniciarSesion"_s);
     all.append({u"open the recovery"_s, [](Device &device) { device.tap(u"recuperar"_s); },
                 [](Model &model) {

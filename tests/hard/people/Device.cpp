@@ -71,22 +71,26 @@ bool Device::wait(const std::function<bool()> &come)
     return true;
 }
 
-void Device::begin()
+void Device::begin(qint64 user)
 {
     server.clear();
     if (!wait([] { return exchangesInFlight() == 0; }))
         qFatal("Exchanges do not end");
     Session &session = Session::instance();
-    // Whoever it was, the root changes twice.
+    // Whoever it was, the first screen is a new one.
     session.setUserId(7);
     session.setUserId(0);
+    if (user == 0)
+        session.setUserId(7);
     session.setUserNombre({});
     session.setUserEmail({});
-    if (!wait([this] { return exchangesInFlight() == 0 && page() && find(u"iniciarSesion"_s); }))
-        qFatal("There is no sign-in");
+    if (!wait([this, user] { return exchangesInFlight() == 0 && find(user == 0 ? u"greeting"_s : u"registro"_s); }))
+        qFatal("The first screen of %lld does not come: %lld exchanges under way, %s on show", user,
+               exchangesInFlight(), page() ? page()->metaObject()->className() : "nothing");
     server.clear();
     for (const char *path : {"login", "recuperar", "registro", "perfil", "casillero", "cotizar", "auto", "paquetes"})
         server.hold("/api_" + QByteArray(path) + ".php");
+    session.setUserId(user);
 }
 
 QQuickItem *Device::container() const

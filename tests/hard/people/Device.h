@@ -15,8 +15,8 @@ public:
     Device();
     ~Device() override;
 
-    /// A customer whom nobody knows, at the sign-in, with no request under way.
-    void begin();
+    /// At the first screen of a customer, or of nobody (0), with no request under way but that screen's own.
+    void begin(qint64 user);
 
     void tap(const QString &objectName);
     void type(const QString &objectName, const QString &text);

@@ -55,7 +55,8 @@ public:
     QList<Pending> pending;
     qsizetype requests = 0;
 
-    Model() { showRoot(); }
+    /// Just started, with this customer signed in; 0 for nobody.
+    explicit Model(qint64 signedIn) : user(signedIn) { showRoot(); }
 
     Screen &top() const { return *stack.last(); }
     void push(Kind kind);

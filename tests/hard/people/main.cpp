@@ -16,7 +16,7 @@ using Steps = QList<std::pair<quint32, quint32>>;
 Steps stepsOf(quint32 seed)
 {
     QRandomGenerator random(seed);
-    Steps steps(random.bounded(4, 21));
+    Steps steps(random.bounded(10, 41));
     for (auto &[action, choice] : steps) {
         action = random.generate();
         choice = random.generate() >> 4;
@@ -27,8 +27,12 @@ Steps stepsOf(quint32 seed)
 /// Plays a sequence. Empty when all went as predicted, or else what did not; what was done is added to `told`.
 QString play(Device &device, const Steps &steps, QStringList *told = nullptr)
 {
-    device.begin();
-    Model model;
+    // Half of them are signed in already.
+    const qint64 user = !steps.isEmpty() && steps.first().second % 2 ? 42 : 0;
+    device.begin(user);
+    Model model(user);
+    if (const QString late = device.settle(model); !late.isEmpty())
+        return late;
     for (const auto &[action, choice] : steps) {
         const QList<Action> all = actions(model, choice);
         const Action &next = all[action % all.size()];
