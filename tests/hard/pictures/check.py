@@ -150,12 +150,15 @@ class Check:
             for kind in KINDS for part in range(parts) for i, program in enumerate((self.watched, self.plain)))
 
     def leaving(self):
-        """The app ends at many moments while a photo is being decoded or scaled."""
+        """The app ends at many moments while a photo is being decoded, scaled or loaded."""
         strip, large = self.file(png.png(16384, 7)), self.file(png.png(4000, 3000, png.GREY, 1))
-        moments = [(strip, after) for after in range(10)] + [(large, after) for after in range(0, 200, 20)]
-        for path, after in moments * (10 if self.long else 1):
-            _, wrong = self.run(self.plain, "leave", path, after)
-            self.note("left while decoding", not wrong, f"after {after} ms: {wrong}")
+        heavy = self.file(bytes(20 << 20))
+        moments = [("stored", strip, after) for after in range(10)]
+        moments += [("stored", large, after) for after in range(0, 200, 20)]
+        moments += [("picked", heavy, after) for after in range(0, 200, 20)]
+        for how, path, after in moments * (10 if self.long else 1):
+            _, wrong = self.run(self.plain, "leave", how, path, after)
+            self.note(f"left with a {how} photo", not wrong, f"after {after} ms: {wrong}")
 
     def strange_items(self):
         """What is picked or listed and is no file that ends."""

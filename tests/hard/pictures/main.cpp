@@ -14,6 +14,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -79,11 +80,19 @@ public:
         return ended;
     }
 
-    /// Goes so many milliseconds after the stored photo began to be decoded.
-    void leave(const QString &path, int after)
+    /// Goes so many milliseconds after the stored photo began to be decoded, or the picked one to be loaded.
+    void leave(const QString &how, const QString &path, int after)
     {
-        read(path);
-        start(path, [after] { QTimer::singleShot(after, qApp, [] { QGuiApplication::exit(); }); });
+        const auto go = [after] { QTimer::singleShot(after, qApp, [] { QGuiApplication::exit(); }); };
+        if (how == u"picked"_s) {
+            // As a screen's model, which goes with its last completion.
+            const std::shared_ptr<QObject> alive(new QObject, [](QObject *gone) { gone->deleteLater(); });
+            loadPhoto(QUrl::fromLocalFile(path), qApp, [alive](auto) {});
+            go();
+        } else {
+            read(path);
+            start(path, go);
+        }
         QGuiApplication::exec();
     }
 
@@ -154,11 +163,11 @@ int show(const QStringList &arguments)
     return 0;
 }
 
-/// leave FILE MILLISECONDS: ends while the stored photo is being decoded.
+/// leave HOW FILE MILLISECONDS: ends while a stored photo is being decoded or a picked one loaded.
 int leave(const QStringList &arguments)
 {
     Stage stage;
-    stage.leave(arguments[0], arguments[1].toInt());
+    stage.leave(arguments[0], arguments[1], arguments[2].toInt());
     return 0;
 }
 
@@ -198,7 +207,7 @@ int main(int argc, char *argv[])
     const QString what = arguments.value(0);
     if (what == u"show"_s && arguments.size() == 4)
         return show(arguments.sliced(1));
-    if (what == u"leave"_s && arguments.size() == 3)
+    if (what == u"leave"_s && arguments.size() == 4)
         return leave(arguments.sliced(1));
     if (what == u"make"_s && arguments.size() == 6)
         return make(arguments.sliced(1));

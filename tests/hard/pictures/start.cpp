@@ -93,6 +93,8 @@ int main(int argc, char *argv[])
     QGuiApplication::setApplicationName(u"marovenda-test"_s);
     const QStringList arguments = QGuiApplication::arguments().sliced(1);
     const int code = arguments.value(0) == u"store"_s ? store(arguments.value(1)) : start();
+    // What the dashboard has put off to the next turn of the loop.
+    QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return code;
 }
