@@ -68,7 +68,9 @@ QList<Fault> endings(const QByteArray &body, int first, int step);
 /// Servers that fall silent at some point: only the limit on silence ends these.
 QList<Fault> silences();
 
-/// Bytes without end that are no body and no progress, which the limit on silence ends too.
-QList<Fault> endlessHeads();
+/// Bytes that are no body and no progress, which the limit on silence ends too: so many, then silence, or without end
+/// where the number is negative. As long as they come the platform cannot let go of the connection, and its thread
+/// reads on.
+QList<Fault> endlessHeads(int bytes);
 
 } // namespace Faults

@@ -64,14 +64,16 @@ QList<Fault> silences()
         after("after 100 Continue", head("100 Continue")),
         // The platform does not notice such an end.
         {"closed in a chunk's size",
-         [chunked](const QByteArray &body) { return Steps().send(chunked + body).close(); }},
+         [chunked](const QByteArray &body) { return Steps().send(chunked + body).close(); }, Gets::Either},
     };
 }
 
-QList<Fault> endlessHeads()
+QList<Fault> endlessHeads(int bytes)
 {
-    const auto flooding = [](const QByteArray &start, const QByteArray &piece) {
-        return [=](const QByteArray &) { return Steps().send(start).flood(piece).close(); };
+    const auto flooding = [bytes](const QByteArray &start, const QByteArray &piece) {
+        return [=](const QByteArray &) {
+            return Steps().send(start).flood(piece, bytes / int(piece.size()) - (bytes < 0)).silent();
+        };
     };
     const QByteArray chunked = head("200 OK", {"Transfer-Encoding: chunked"});
     return {

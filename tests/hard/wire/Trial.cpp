@@ -9,8 +9,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 memoryLimit = 200;
-
 QByteArray told(const std::optional<QByteArray> &record) { return record ? record->left(60) : "nothing"; }
 
 } // namespace

@@ -31,6 +31,8 @@ private:
     int m_number = 0;
 };
 
+/// What the client may use, in MB.
+constexpr qint64 memoryLimit = 200;
 /// The most memory that this process has held since `forgetPeak`, in MB.
 qint64 peakMemory();
 void forgetPeak();

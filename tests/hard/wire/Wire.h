@@ -16,6 +16,7 @@ public:
     Steps &send(const QByteArray &bytes) { return step("send", {text(bytes)}); }
     Steps &trickle(const QByteArray &bytes) { return step("trickle", {text(bytes)}); }
     Steps &pace(const QByteArray &bytes, double seconds) { return step("pace", {text(bytes), seconds}); }
+    /// Without end where `times` is negative.
     Steps &flood(const QByteArray &block, int times = -1) { return step("flood", {text(block), times}); }
     Steps &bomb(const QByteArray &start, int megabytes) { return step("bomb", {text(start), megabytes}); }
     Steps &take(int bytes) { return step("take", {bytes}); }

@@ -1,6 +1,7 @@
 // Every fault of a connection, on every exchange of the client: wire-check [FAULT] quick|long
 // With a part of a fault's name only the faults of that name are tried, one call after the other.
 
+#include "Silences.h"
 #include "TestDeployment.h"
 #include "Trial.h"
 
@@ -70,6 +71,10 @@ int main(int argc, char *argv[])
     Tally tally;
     Wire wire;
     TestDeployment::values().baseUrl = QStringLiteral("http://127.0.0.1:%1/").arg(wire.port());
+    if (arguments.first() == u"alone") {
+        Silences::alone(tally, wire, arguments.value(1));
+        return tally.finish();
+    }
     Trial trial(tally, wire);
     tryAll(trial,
            chosen(Faults::connections() + Faults::lengths() + Faults::chunks() + Faults::packings() +
@@ -78,6 +83,9 @@ int main(int argc, char *argv[])
                   name),
            isLong);
     tryEndings(trial, name, isLong);
+
     trial.finish();
+    if (name.isEmpty())
+        isLong ? Silences::real(tally) : Silences::shortened(tally, wire);
     return tally.finish();
 }
