@@ -39,6 +39,11 @@ struct Write {
 /// The values after the write `number`, on top of `values`.
 Stores::Values after(Stores::Values values, qint64 number);
 
+inline bool areAbsent(const Stores::Values &values)
+{
+    return std::ranges::none_of(values, [](const auto &value) { return value.has_value(); });
+}
+
 /// A name for what a store holds, short enough to be told.
 QByteArray tell(const Stores::Values &values);
 

@@ -13,7 +13,7 @@
 /// does not write to is left alone; in what order the disk writes is its own business.
 class Disk {
 public:
-    explicit Disk(const QByteArray &folder) : m_folder(folder) {}
+    explicit Disk(QByteArray folder) : m_folder(std::move(folder)) {}
 
     void take(const FileCalls::Call &call);
 

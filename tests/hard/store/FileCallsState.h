@@ -4,8 +4,6 @@
 
 #include <QHash>
 
-#include <source_location>
-
 /// What the functions in LibraryCalls.cpp ask before a call and tell after it.
 namespace FileCalls {
 
@@ -31,8 +29,8 @@ bool concerns(int fd);
 bool diesNow(Death death);
 
 /// Counts the call that is about to happen. True when it is refused; errno is then set.
-bool refuses(const char *function = std::source_location::current().function_name());
-bool refusesChange(const char *function = std::source_location::current().function_name());
+bool refuses(const char *function = __builtin_FUNCTION());
+bool refusesChange(const char *function = __builtin_FUNCTION());
 void noteRefusal(const char *function, int error);
 
 /// Keeps a call that succeeded.

@@ -66,7 +66,7 @@ QByteArray faultOf(const Folder &folder, const Subject &whole, const QByteArray 
         Watched store(folder.path());
         const Values found = store.values();
         if (store.replaced) {
-            if (found != Values() || store.reports.size() != 1 || store.reports.first().contains(u'\n'))
+            if (!areAbsent(found) || store.reports.size() != 1 || store.reports.first().contains(u'\n'))
                 return "put aside, but not with one line: " + store.reports.join(u"; "_s).toUtf8();
             if (folder.bytes(u".damaged-1"_s).size() < file.size())
                 return "put aside, but not kept";
@@ -224,7 +224,7 @@ void damageAndFailure(Tally &tally, const Subject &closed)
         bool found = false;
         {
             Watched store(folder.path());
-            found = store.values() != Values();
+            found = !areAbsent(store.values());
             store.store->write(SessionStore::Key::UserNombre, "after");
             reports = store.reports;
         }

@@ -78,7 +78,7 @@ QByteArray faultOf(const Folder &folder, const Life &life, const Values &before)
 bool noteLife(Tally &tally, const QByteArray &fault, const Plan &plan, const Values &before)
 {
     const Folder folder;
-    if (before != Values())
+    if (!areAbsent(before))
         folder.fill(before);
     const Life life = live(folder, plan);
     const QByteArray wrong = faultOf(folder, life, before);

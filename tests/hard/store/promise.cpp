@@ -213,7 +213,7 @@ void promise(Tally &tally, const Form &form)
     writeSome(folder.path() + below, count, FileCalls::mark);
     FileCalls::rest();
     Judge judge(tally, "calls");
-    const QList<Call> calls = FileCalls::calls();
+    const QList<Call> &calls = FileCalls::calls();
     for (const Call &call : calls) {
         // What is above the watched folder is another's.
         if (call.path != QFile::encodeName(folder.path()) || call.kind == Kind::Sync)
