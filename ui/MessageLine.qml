@@ -7,8 +7,6 @@ AppText {
     id: line
 
     property bool keepsPlace: false
-    // The area that brings a new message into view.
-    property Scroller area: null
     property bool renewing: false
     // An empty line is nothing to a screen reader.
     property bool heard: false
@@ -20,8 +18,6 @@ AppText {
         renewing = true
         heard = text !== ""
         renewing = false
-        if (text !== "" && area)
-            area.revealLater(line)
     }
 
     Accessible.role: Accessible.AlertMessage

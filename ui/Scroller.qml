@@ -20,8 +20,6 @@ Flickable {
     }
     readonly property real viewHeight: height - keyboardCover
     readonly property Item focused: Window.activeFocusItem
-    // What is brought into view whenever the layout settles, until the customer scrolls or goes elsewhere.
-    property Item awaited: null
 
     function isInside(item: Item): bool {
         for (let each = item; each; each = each.parent) {
@@ -29,11 +27,6 @@ Flickable {
                 return true
         }
         return false
-    }
-
-    function revealLater(item: Item) {
-        awaited = item
-        later.restart()
     }
 
     function reveal(item: Item) {
@@ -60,12 +53,7 @@ Flickable {
     // A tap on a button while the area might scroll is passed on at once.
     pressDelay: 0
 
-    onFocusedChanged: {
-        if (isInside(focused))
-            awaited = null
-        reveal(focused)
-    }
-    onMovementStarted: awaited = null
+    onFocusedChanged: reveal(focused)
     onHeightChanged: later.restart()
     onKeyboardCoverChanged: later.restart()
     onContentHeightChanged: {
@@ -78,10 +66,7 @@ Flickable {
     Timer {
         id: later
         interval: 0
-        onTriggered: {
-            scroller.reveal(scroller.focused)
-            scroller.reveal(scroller.awaited)
-        }
+        onTriggered: scroller.reveal(scroller.focused)
     }
     LargeTitle {
         id: title

@@ -12,7 +12,6 @@ AppScreen {
     }
 
     Scroller {
-        id: scroller
         anchors.fill: parent
         centred: true
         enabled: !viewModel.showRecuperarDialog
@@ -80,7 +79,6 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
-                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 textStyle: Theme.caption

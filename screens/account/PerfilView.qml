@@ -77,7 +77,6 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
-                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 color: Theme.blue

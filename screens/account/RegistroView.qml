@@ -8,7 +8,6 @@ AppScreen {
     RegistroViewModel { id: viewModel }
 
     Scroller {
-        id: scroller
         anchors.fill: parent
 
         Column {
@@ -79,7 +78,6 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
-                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 textStyle: Theme.caption

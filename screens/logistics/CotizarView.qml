@@ -8,7 +8,6 @@ AppScreen {
     CotizarViewModel { id: viewModel }
 
     Scroller {
-        id: scroller
         anchors.fill: parent
 
         Column {
@@ -72,7 +71,6 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
-                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 color: Theme.blue

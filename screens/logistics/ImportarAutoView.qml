@@ -8,7 +8,6 @@ AppScreen {
     ImportarAutoViewModel { id: viewModel }
 
     Scroller {
-        id: scroller
         anchors.fill: parent
 
         Column {
@@ -67,7 +66,6 @@ AppScreen {
             }
             MessageLine {
                 objectName: "msg"
-                area: scroller
                 width: column.inner
                 text: viewModel.msg
                 color: Theme.blue

@@ -15,7 +15,6 @@ private Q_SLOTS:
     void shortContentIsCentredWhereAsked();
     void columnIsAtMostSixHundredWideAndCentred();
     void shrinkingContentReturnsToTheTop();
-    void newMessageIsBroughtIntoView();
 
 private:
     static QByteArray column(int rows, const QByteArray &more = {})
@@ -106,25 +105,6 @@ void ScrollerTest::shrinkingContentReturnsToTheTop()
     screen.root()->setProperty("contentY", 500);
     screen.root()->setProperty("rows", 3);
     QTRY_COMPARE(screen.root()->property("contentY").toReal(), 0);
-}
-
-void ScrollerTest::newMessageIsBroughtIntoView()
-{
-    // What comes in only now, and what stands below it, is laid out later than the text changes.
-    TestScreen screen(R"qml(Scroller {
-        id: scroller
-        property string message: ""
-        Column {
-            width: parent.width
-            Item { width: 10; height: 460 }
-            MessageLine { objectName: "msg"; width: parent.width; area: scroller; text: scroller.message }
-            Item { width: 10; height: 30 }
-        }
-    })qml",
-                      {320, 480});
-    screen.root()->setProperty("message", u"Por favor completa todos los campos, uno por uno y sin prisa"_s);
-    const QQuickItem *const line = screen.find(u"msg"_s);
-    QTRY_VERIFY(line->isVisible() && TestScreen::box(line).bottom() <= 480);
 }
 
 MAROVENDA_TEST_MAIN(ScrollerTest)
