@@ -120,14 +120,13 @@ class Check:
         for done in [self.pool.submit(*each) for each in work]:
             done.result()
 
-    def chosen(self, names=()):
+    def all_bombs(self):
         only = os.environ.get("PICTURES_ONLY", "")
-        for bomb in itertools.chain(png.bombs(), jpeg.bombs(), webp.bombs(self.lossy), others.bombs()):
-            if only in bomb.name and (self.long or bomb.name in names or bomb.quick and not names):
-                yield bomb
+        bombs = itertools.chain(png.bombs(), jpeg.bombs(), webp.bombs(self.lossy), others.bombs())
+        return (bomb for bomb in bombs if only in bomb.name)
 
     def bombs(self):
-        self.together((self.bomb, bomb) for bomb in self.chosen())
+        self.together((self.bomb, bomb) for bomb in self.all_bombs() if self.long or bomb.quick)
 
     def damage(self, fault, tries, *command):
         """Decodes damaged pictures; the memory counts in the program without sanitizers alone."""
@@ -156,9 +155,11 @@ class Check:
         moments = [("stored", strip, after) for after in range(10)]
         moments += [("stored", large, after) for after in range(0, 200, 20)]
         moments += [("picked", heavy, after) for after in range(0, 200, 20)]
-        for how, path, after in moments * (10 if self.long else 1):
-            _, wrong = self.run(self.plain, "leave", how, path, after)
-            self.note(f"left with a {how} photo", not wrong, f"after {after} ms: {wrong}")
+        self.together((self.leave, *each) for each in moments * (10 if self.long else 1))
+
+    def leave(self, how, path, after):
+        _, wrong = self.run(self.plain, "leave", how, path, after)
+        self.note(f"left with a {how} photo", not wrong, f"after {after} ms: {wrong}")
 
     def strange_items(self):
         """What is picked or listed and is no file that ends."""
@@ -173,7 +174,7 @@ class Check:
     def starts(self):
         """Bombs as the stored photo: the app starts with it, and once more."""
         few = ("png of compressed texts", "jpeg 16,384 x 16,384, progressive", "svg")
-        self.together((self.start, bomb) for bomb in self.chosen(few))
+        self.together((self.start, bomb) for bomb in self.all_bombs() if bomb.name in few or self.long and bomb.quick)
 
     def start(self, bomb):
         home = self.folder / f"home{next(self.numbers)}"
