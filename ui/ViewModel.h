@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
+#include <QQmlEngine>
 #include <QQmlParserStatus>
 
 #include <memory>
@@ -23,5 +25,9 @@ protected:
     std::shared_ptr<ViewModel> hold() const { return m_self; }
 
 private:
+    void end();
+
     std::shared_ptr<ViewModel> m_self;
+    QPointer<QQmlEngine> m_engine;
+    bool m_pageIsGoing = false;
 };
