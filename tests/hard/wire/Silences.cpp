@@ -93,7 +93,7 @@ void shortenedTogether(Tally &tally, Wire &wire, const QList<Fault> &faults)
         const QByteArray wrong = judge(*one, lines);
         tally.note(one->fault.name, wrong.isEmpty(), one->firstLine() + ": " + wrong);
     }
-    tally.note("memory while servers are silent or without end", memory > 0 && memory < memoryLimit,
+    tally.note("memory while servers are silent or without end", memory < memoryLimit,
                QByteArray::number(memory) + " MB");
     wire.forget();
 }

@@ -71,6 +71,7 @@ void silence(Tally &tally, Wire &wire, const Fault &fault, const QList<std::size
             wire.doors(fault.steps("{}"));
         all.append({number, nullptr});
     }
+    forgetPeak();
     for (auto &[number, delivery] : all)
         delivery = calls[number].start(QByteArray(fault.requestSize, 'p'));
     until([&] { return std::ranges::all_of(all, [](const auto &one) { return one.second->completions > 0; }); }, 150);

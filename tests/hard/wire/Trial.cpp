@@ -13,23 +13,34 @@ QByteArray told(const std::optional<QByteArray> &record) { return record ? recor
 
 } // namespace
 
-qint64 peakMemory()
+namespace {
+
+qint64 memoryAtStart = 0;
+
+/// A line of the system's account of this process, in MB.
+qint64 memory(const QByteArray &name)
 {
-    QFile status(QStringLiteral("/proc/self/status"));
+    QFile status(u"/proc/self/status"_s);
     if (!status.open(QIODevice::ReadOnly))
-        return -1;
+        qFatal("The system keeps no account of memory.");
     for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong() / 1024;
+        if (line.startsWith(name))
+            return line.sliced(name.size()).trimmed().split(' ').first().toLongLong() / 1024;
     }
-    return -1;
+    qFatal("The system keeps no account of memory.");
 }
+
+} // namespace
+
+qint64 peakMemory() { return memory("VmHWM:") - memoryAtStart; }
 
 void forgetPeak()
 {
-    QFile file(QStringLiteral("/proc/self/clear_refs"));
-    if (file.open(QIODevice::WriteOnly))
-        file.write("5");
+    QFile file(u"/proc/self/clear_refs"_s);
+    if (!file.open(QIODevice::WriteOnly) || file.write("5") != 1)
+        qFatal("The system does not forget the peak of memory.");
+    file.close();
+    memoryAtStart = memory("VmRSS:");
 }
 
 void Trial::run(const Faults::Fault &fault, std::size_t call)
@@ -37,7 +48,7 @@ void Trial::run(const Faults::Fault &fault, std::size_t call)
     const auto &calls = Calls::all();
     const QByteArray wrong =
         attempt(fault, calls[call], calls[(call + 3) % calls.size()], calls[(call + 5) % calls.size()]);
-    m_tally.note(fault.row.isEmpty() ? fault.name : fault.row, wrong.isEmpty(),
+    m_tally.note(m_row + (fault.row.isEmpty() ? fault.name : fault.row), wrong.isEmpty(),
                  calls[call].name + ", " + fault.name + ": " + wrong);
 }
 
@@ -62,7 +73,7 @@ QByteArray Trial::attempt(const Faults::Fault &fault, const Calls::Call &call, c
     forgetPeak();
     const auto delivery = start(call, text + QByteArray(fault.requestSize, 'p'));
     const bool ended = until([&] { return delivery->completions > 0; });
-    const qint64 memory = peakMemory();
+    const qint64 taken = peakMemory();
     if (fault.refused)
         m_wire.listen(true);
     m_wire.openDoors();
@@ -78,8 +89,8 @@ QByteArray Trial::attempt(const Faults::Fault &fault, const Calls::Call &call, c
         return "another call has not ended";
     if (waiting->record != held.reply(text) || last->record != next.reply(text))
         return "another call got " + told(waiting->record) + ", the next " + told(last->record);
-    if (memory < 0 || memory > memoryLimit)
-        return QByteArray::number(memory) + " MB of memory";
+    if (taken > memoryLimit)
+        return QByteArray::number(taken) + " MB of memory";
     return judge(fault, call, reply, *delivery);
 }
 
@@ -126,5 +137,6 @@ void Trial::finish()
     int twice = 0;
     for (const auto &delivery : m_all)
         twice += delivery->completions != 1 || delivery->misplaced;
-    m_tally.note("one completion of every call, to the end", twice == 0, QByteArray::number(twice) + " calls");
+    m_tally.note(m_row + "one completion of every call, to the end", twice == 0,
+                 QByteArray::number(twice) + " calls");
 }

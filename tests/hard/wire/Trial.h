@@ -7,7 +7,8 @@
 /// Puts one call through one fault, among others that have to come through.
 class Trial {
 public:
-    Trial(Tally &tally, Wire &wire) : m_tally(tally), m_wire(wire) {}
+    /// The rows of the table begin with `row`.
+    Trial(Tally &tally, Wire &wire, QByteArray row = {}) : m_tally(tally), m_wire(wire), m_row(std::move(row)) {}
 
     /// Before it a call to another endpoint is made and held by the server; it is answered afterwards, and one more
     /// call is made then. Notes one try of the fault.
@@ -27,12 +28,14 @@ private:
 
     Tally &m_tally;
     Wire &m_wire;
+    QByteArray m_row;
     QList<Calls::DeliveryPtr> m_all;
     int m_number = 0;
 };
 
-/// What the client may use, in MB.
-constexpr qint64 memoryLimit = 200;
-/// The most memory that this process has held since `forgetPeak`, in MB.
+/// How much memory an exchange may take, in MB: with what else the client needs that is less than 200.
+constexpr qint64 memoryLimit = 150;
+/// The most memory that this process has held since `forgetPeak` beyond what it held then, in MB. What a sanitizer
+/// keeps of exchanges of before does not count.
 qint64 peakMemory();
 void forgetPeak();

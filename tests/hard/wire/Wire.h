@@ -19,6 +19,7 @@ public:
     /// Without end where `times` is negative.
     Steps &flood(const QByteArray &block, int times = -1) { return step("flood", {text(block), times}); }
     Steps &bomb(const QByteArray &start, int megabytes) { return step("bomb", {text(start), megabytes}); }
+    Steps &flight(int bytes, int spoilt = -1) { return step("flight", {bytes, spoilt}); }
     Steps &take(int bytes) { return step("take", {bytes}); }
     Steps &sip(int bytesASecond) { return step("sip", {bytesASecond}); }
     Steps &narrow() { return step("narrow"); }

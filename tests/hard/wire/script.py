@@ -18,7 +18,9 @@ class Connection:
         # None where nothing is encrypted, else whether both sides have agreed.
         self.handshake = None
         self.path = None
-        self.ended = False
+        # Bytes of the client's hello and of the answer to it, in a handshake that is broken off.
+        self.hello = self.flight_size = 0
+        self.ended = self.done = False
 
     def first_lines(self):
         """The requests that came, "POST /path", over one connection; a body holds no such line."""
@@ -47,6 +49,7 @@ class Connection:
             pass
         finally:
             self.connection.close()
+            self.done = True
 
     def answer(self):
         if self.tls:
@@ -108,6 +111,20 @@ class Connection:
         for _ in range(megabytes):
             self.connection.sendall(packer.compress(b"a" * MEGABYTE))
         self.connection.sendall(packer.flush())
+
+    def flight(self, count, spoilt):
+        """So many bytes of the answer to a client's hello, all where negative, and one of them spoilt where not."""
+        def receive():
+            before = len(self.received)
+            if not self.read():
+                raise ConnectionError
+            return bytes(self.received[before:])
+
+        answer = bytearray(self.tls.first_flight(receive))
+        self.hello, self.flight_size = len(self.received), len(answer)
+        if 0 <= spoilt < len(answer):
+            answer[spoilt] ^= 0xFF
+        self.connection.sendall(answer if count < 0 else answer[:count])
 
     def take(self, count):
         """Reads a number of bytes and no more."""

@@ -19,3 +19,15 @@ class Secrecy:
     def shake_hands(self, connection):
         """The encrypted connection; raises when the client does not agree."""
         return self.context.wrap_socket(connection, server_side=True)
+
+    def first_flight(self, receive):
+        """What the server says first in a handshake with the client whose bytes `receive` gives."""
+        incoming, outgoing = ssl.MemoryBIO(), ssl.MemoryBIO()
+        conversation = self.context.wrap_bio(incoming, outgoing, server_side=True)
+        while not outgoing.pending:
+            incoming.write(receive())
+            try:
+                conversation.do_handshake()
+            except ssl.SSLWantReadError:
+                pass
+        return outgoing.read()

@@ -88,7 +88,8 @@ class Server:
         """What has come since all was forgotten: requests by their first line, and what of each connection was read."""
         lines = collections.Counter(line for c in self.seen for line in c.first_lines())
         return {"lines": lines, "whole": self.whole(), "visitors": self.visitors,
-                "connections": [{"handshake": c.handshake, "read": len(c.received)} for c in self.seen]}
+                "connections": [{"handshake": c.handshake, "read": len(c.received), "hello": c.hello,
+                                 "flight": c.flight_size, "done": c.done} for c in self.seen]}
 
     def whole(self):
         return collections.Counter(c.path for c in self.seen if c.is_whole())
