@@ -14,8 +14,8 @@ import sys
 
 FOLDERS = ("api", "app", "check", "demo", "deployments", "screens", "ui")
 LIBRARIES = re.compile(r"boost/.*|simdjson\.h|sqlite3\.h|png\.h|xxhash\.h|unicode/.*|httplib\.h|sodium\.h")
-STANDARD = set("""algorithm any array atomic bit bitset charconv chrono climits clocale cmath compare complex concepts
-condition_variable coroutine csignal cstddef cstdint cstdio cstdlib cstring ctime deque exception filesystem format forward_list
+STANDARD = set("""algorithm any array atomic bit bitset cerrno charconv chrono climits clocale cmath compare complex concepts
+condition_variable coroutine csetjmp csignal cstddef cstdint cstdio cstdlib cstring ctime deque exception filesystem format forward_list
 fstream functional future initializer_list iomanip ios iosfwd iostream istream iterator limits list locale map memory mutex new
 numbers numeric optional ostream queue random ranges ratio regex set shared_mutex source_location span sstream stack
 stdexcept stop_token streambuf string string_view system_error thread tuple type_traits typeindex typeinfo unordered_map
@@ -39,7 +39,7 @@ WORDS = re.compile(r"""
 # File: what it has of one platform, and what for. docs/porting.md says what other platforms put there.
 SEAMS = {
     "api/FreedMemory.cpp": r"malloc\.h | __GLIBC__ | malloc_trim",
-    "app/session/StoreFile.cpp": r"fcntl\.h | unistd\.h | ::open | ::close | fsync | O_\w+",
+    "app/session/StoreFile.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | fsync | O_\w+",
     "check/Password.cpp": r"termios\.h | unistd\.h | isatty | tcgetattr | tcsetattr | STDIN_FILENO | SIG\w+",
     "check/main.cpp": r"unistd\.h | isatty | STDOUT_FILENO",
     "demo/main.cpp": r"sig\w+ | pthread_sigmask | SIG\w+",
