@@ -31,7 +31,8 @@ class Walk:
 
     def read(self, screen, buttons):
         """Prints every element with its role and name. All have one, none tells the password, and the screen has just
-        these buttons."""
+        these buttons, once it has come in."""
+        self.phone.wait_still()
         elements = self.phone.elements()
         print(f"{screen}\n    " + "\n    ".join(f"{e.role}: {e.name!r}" for e in elements))
         for element in elements:
@@ -79,7 +80,7 @@ class Walk:
 
 
 @contextlib.contextmanager
-def walk(stage):
+def walk(on):
     def script(request):
         if request.line.startswith("GET"):
             return reply(LISTING)
@@ -88,7 +89,7 @@ def walk(stage):
 
     server = ScriptedServer(18473, script)
     with contextlib.closing(server), Phone(height=1300) as phone:
-        open_at_login(phone, stage.scripted_app)
+        open_at_login(phone, on.scripted_app)
         yield Walk(phone, server)
         assert phone.standard_error() == "", phone.standard_error()
 
