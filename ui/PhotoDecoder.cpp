@@ -132,12 +132,12 @@ JpegOutline outlineOf(const QByteArray &jpeg, qint64 memory)
         oriented = oriented || exif;
         if (marker < 0xD0 && marker != 0xC4 && marker != 0xC8 && marker != 0xCC && contents.size() >= 6) {
             samples += samplesOf(contents);
-            components = contents[5];
+            components = static_cast<unsigned char>(contents[5]);
             inParts = inParts || marker % 4 == 2; // progressive
         }
         if (marker == 0xDA && !contents.isEmpty()) {
             ++outline.scans;
-            inParts = inParts || outline.scans > 1 || contents[0] != components;
+            inParts = inParts || outline.scans > 1 || static_cast<unsigned char>(contents[0]) != components;
         }
         at = end;
     }

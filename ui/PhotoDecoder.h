@@ -7,8 +7,8 @@ enum class PhotoShape { Circle, Square };
 
 /// Decodes a photo (JPEG, PNG, WebP, GIF or BMP, told by its first bytes) so that it fills a circle or square of
 /// `diameter` pixels: upright, scaled and cropped around its middle, transparent outside. Null for anything that
-/// cannot be decoded within bounds: 16,384 pixels a side, and 256 MiB of memory with the photo's bytes and their base64
-/// text. Says nothing on stderr. Safe on any thread.
+/// cannot be decoded within bounds: 16,384 pixels a side, and 256 MiB of memory with the photo's bytes and their
+/// base64 text. Says nothing on stderr. Safe on any thread.
 QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape = PhotoShape::Circle);
 
 /// The same for a file of at most 64 MiB.

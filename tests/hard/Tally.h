@@ -20,8 +20,8 @@ public:
         return held;
     }
 
-    /// Prints a line for each fault (fault, tries, failures, parted by tabs). Returns the process's exit status: 1 when
-    /// something failed or nothing was tried.
+    /// Prints a line for each fault (fault, tries, failures, parted by tabs). Returns the process's exit status: 1
+    /// when something failed or nothing was tried.
     int finish() const
     {
         bool held = !m_rows.isEmpty();
