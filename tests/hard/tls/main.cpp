@@ -36,6 +36,9 @@ void tryFaults(Tally &tally, Wire &wire, bool isLong)
     all += Faults::endings(Calls::all()[0].reply("try 1"), 0, isLong ? 1 : 41);
     std::size_t turn = 0;
     for (const Faults::Fault &fault : all) {
+        // Over an encrypted connection the first bytes are no request yet; the handshakes above are broken off there.
+        if (fault.when == When::Door && fault.posts == Faults::Posts::One)
+            continue;
         // A reply of its own stands for that call only.
         const std::size_t call = fault.body.isEmpty() ? turn++ % Calls::count : 0;
         if (Calls::all()[call].isPost() || !fault.isLarge())

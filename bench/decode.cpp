@@ -1,4 +1,4 @@
-// Reply bytes to a DashboardResponse, against parsing alone and against Qt's own parser.
+// Reply bytes to a DashboardResponse, against parsing alone and against two other libraries.
 
 #include "Json.h"
 #include "Records.h"
@@ -8,6 +8,7 @@
 #include <QJsonObject>
 
 #include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
 
 using namespace Qt::StringLiterals;
 
@@ -67,9 +68,42 @@ void qtDocument(benchmark::State &state)
     }
 }
 
-BENCHMARK(record)->Arg(3)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(parsingAlone)->Arg(3)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(qtDocument)->Arg(3)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
+std::optional<QString> text(const nlohmann::json &from, const char *key)
+{
+    const auto found = from.find(key);
+    return found != from.end() && found->is_string()
+               ? std::optional(QString::fromStdString(found->get_ref<const std::string &>()))
+               : std::nullopt;
+}
+
+void nlohmannDocument(benchmark::State &state)
+{
+    const QByteArray bytes = listing(state.range(0));
+    for (auto step : state) {
+        const nlohmann::json root = nlohmann::json::parse(bytes.begin(), bytes.end());
+        DashboardResponse reply{text(root, "status"), text(root, "avatar"), QList<DashboardResponse::Paquete>(),
+                                QList<DashboardResponse::Cotizacion>()};
+        const nlohmann::json &rows = root.at("paquetes");
+        reply.paquetes->reserve(static_cast<qsizetype>(rows.size()));
+        for (const auto &row : rows) {
+            reply.paquetes->append(
+                {text(row, "tracking"), text(row, "descripcion"), text(row, "estado"), text(row, "fecha_recibido")});
+        }
+        benchmark::DoNotOptimize(reply);
+    }
+}
+
+void sizes(benchmark::internal::Benchmark *benchmark)
+{
+    benchmark->Unit(benchmark::kMicrosecond);
+    for (const int packages : {10, 100, 1000, 10'000, 100'000, 400'000})
+        benchmark->Arg(packages);
+}
+
+BENCHMARK(record)->Apply(sizes);
+BENCHMARK(parsingAlone)->Apply(sizes);
+BENCHMARK(qtDocument)->Apply(sizes);
+BENCHMARK(nlohmannDocument)->Apply(sizes);
 
 } // namespace
 

@@ -1,0 +1,71 @@
+// The app with a clock on its main thread: bench_app ADDRESS SCENARIO argument...
+// ADDRESS stands for the service; the store is in XDG_DATA_HOME. Prints one line of JSON.
+
+#include "Handset.h"
+#include "Scenarios.h"
+#include "Session.h"
+#include "TestDeployment.h"
+
+#include <QFile>
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+using namespace Qt::StringLiterals;
+
+double ms(std::chrono::nanoseconds time) { return std::chrono::duration<double, std::milli>(time).count(); }
+
+double quantile(QList<double> values, double share)
+{
+    std::ranges::sort(values);
+    return values[static_cast<qsizetype>(share * static_cast<double>(values.size() - 1))];
+}
+
+namespace {
+
+/// Signs a customer in, with a photo where a file is named.
+void store(const QString &photo)
+{
+    Session &session = Session::instance();
+    session.setUserId(42);
+    session.setUserNombre(u"Ana María Batista de Arosemena"_s);
+    session.setUserEmail(u"ana@marovenda.example"_s);
+    if (photo.isEmpty())
+        return;
+    QFile file(photo);
+    if (!file.open(QFile::ReadOnly))
+        qFatal("The photo cannot be read.");
+    session.setUserAvatarData(file.readAll());
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    TimedApplication application(argc, argv);
+    QGuiApplication::setApplicationName(u"marovenda"_s);
+    const QStringList arguments = QGuiApplication::arguments();
+    TestDeployment::values().baseUrl = arguments.value(1);
+    const std::map<QString, QJsonObject (*)(Handset &, const QStringList &)> scenarios{
+        {u"list"_s, openList},  {u"scroll"_s, scrollList}, {u"type"_s, typeName},
+        {u"pick"_s, pickPhoto}, {u"walk"_s, goEverywhere}, {u"stay"_s, stay},
+    };
+    const QString name = arguments.value(2);
+    if (name == u"store"_s) {
+        store(arguments.value(3));
+        return EXIT_SUCCESS;
+    }
+    const auto scenario = scenarios.find(name);
+    if (scenario == scenarios.end())
+        qFatal("There is no such scenario.");
+    Handset app(application);
+    app.open();
+    const QJsonObject taken = scenario->second(app, arguments.sliced(3));
+    std::puts(QJsonDocument(taken).toJson(QJsonDocument::Compact).constData());
+    std::fflush(stdout);
+    // Without the end of the app, which is not what is timed.
+    std::_Exit(EXIT_SUCCESS);
+}

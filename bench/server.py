@@ -1,0 +1,60 @@
+"""The company's side for the benchmarks: answers on loopback, and notes when."""
+
+import contextlib
+import json
+import re
+import socket
+import threading
+import time
+
+
+def listing(packages):
+    """A customer's listing as the service writes it."""
+    states = ("recibido", "en tr\\u00e1nsito", "en tr\\u00e1nsito")
+    rows = ",".join(
+        f'{{"tracking":"MRV-{i}","descripcion":"Repuestos electr\\u00f3nicos y c\\u00e1mara, caja n\\u00famero {i}",'
+        f'"estado":"{states[i % 3]}","fecha_recibido":"2026-10-{i % 28 + 1:02}"}}'
+        for i in range(packages))
+    return f'{{"status":"success","avatar":null,"paquetes":[{rows}],"cotizaciones":[]}}'.encode()
+
+
+class Server:
+    """`address(packages)` is a base address whose customers have so many packages; `sent` tells in ms of the monotonic clock
+    when each reply was on its way."""
+
+    def __init__(self):
+        self.listings = {}
+        self.sent = []
+        self.listener = socket.create_server(("127.0.0.1", 0), backlog=100)
+        self.port = self.listener.getsockname()[1]
+        threading.Thread(target=self._accept, daemon=True).start()
+
+    def address(self, packages):
+        if packages not in self.listings:
+            self.listings[packages] = listing(packages)
+        return f"http://127.0.0.1:{self.port}/{packages}/"
+
+    def _accept(self):
+        while True:
+            connection, _ = self.listener.accept()
+            threading.Thread(target=self._answer, args=(connection,), daemon=True).start()
+
+    def _answer(self, connection):
+        with contextlib.closing(connection), contextlib.suppress(OSError):
+            head = b""
+            while b"\r\n\r\n" not in head:
+                head += connection.recv(65536) or exit()
+            head, _, body = head.partition(b"\r\n\r\n")
+            length = re.search(rb"(?i)content-length: *(\d+)", head)
+            missing = int(length[1]) - len(body) if length else 0
+            while missing > 0:
+                missing -= len(connection.recv(1 << 20)) or exit()
+            if head.startswith(b"GET"):
+                body = self.listings[int(head.split(b"/")[1])]
+            else:
+                body = json.dumps({"status": "success", "id": "42", "nombre": "Ana", "nombreCompleto": "Ana"}).encode()
+            connection.sendall(b"HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: %d\r\n"
+                               b"Connection: close\r\n\r\n" % len(body) + body)
+            # The client counts from here on: all is on its way.
+            self.sent.append(time.monotonic_ns() / 1e6)
+            connection.recv(1)
