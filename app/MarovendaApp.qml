@@ -1,7 +1,5 @@
 import QtQuick
-import Marovenda.Account
 import Marovenda.App
-import Marovenda.Logistics
 import Marovenda.Ui
 
 Window {
@@ -33,7 +31,7 @@ Window {
         anchors.fill: parent
         active: !viewModel.showSplash
         focus: true
-        sourceComponent: viewModel.someoneSignedIn ? dashboard : login
+        sourceComponent: viewModel.someoneSignedIn ? screens.found?.dashboard : screens.found?.login
         opacity: viewModel.showSplash ? 0 : 1
         Behavior on opacity { CrossFade {} }
     }
@@ -51,17 +49,14 @@ Window {
         }
     }
 
-    Component {
-        id: login
-        NavigationContainer {
-            root: Component { LoginView {} }
-        }
-    }
-    Component {
-        id: dashboard
-        NavigationContainer {
-            root: Component { DashboardView {} }
-        }
+    // Loaded while the splash is on show.
+    Loader {
+        id: screens
+        // Not by its type, which would have to be loaded first.
+        readonly property var found: item
+        active: window.appeared
+        asynchronous: true
+        source: "FirstScreens.qml"
     }
 
     component CrossFade: NumberAnimation {

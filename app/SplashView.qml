@@ -8,21 +8,20 @@ Item {
     required property real logoScale
     property bool spinning: true
 
-    Image {
+    Artwork {
         objectName: "background"
         anchors.fill: parent
-        fillMode: Image.PreserveAspectCrop
-        source: "qrc:/marovenda/images/background.png"
+        cropped: true
+        name: "background"
     }
     Column {
         anchors.centerIn: parent
         spacing: 20
-        Image {
+        Artwork {
             objectName: "logo"
             width: 160
             height: 160
-            fillMode: Image.PreserveAspectFit
-            source: "qrc:/marovenda/images/marovenda_logo.png"
+            name: "marovenda_logo"
             scale: splash.logoScale
             opacity: splash.logoOpacity
             Behavior on scale { LogoAnimation {} }

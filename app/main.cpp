@@ -1,10 +1,13 @@
+#include "Artwork.h"
 #include "Modules.h"
 #include "PlatformSettings.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QPixmap>
 #include <QQmlApplicationEngine>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -35,8 +38,9 @@ int main(int argc, char *argv[])
     {
         QQmlApplicationEngine engine;
         addModules(engine);
-        QGuiApplication::setWindowIcon(QIcon(u":/marovenda/images/icon.png"_s));
         engine.load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
+        QTimer::singleShot(
+            0, [] { QGuiApplication::setWindowIcon(QPixmap::fromImage(Artwork::picture(u"icon"_s, 1))); });
         if (!engine.rootObjects().isEmpty())
             code = QGuiApplication::exec();
     }

@@ -27,13 +27,12 @@ AppScreen {
                 y: Math.round((volver.y - height) / 2)
                 spacing: 24
 
-                Image {
+                Artwork {
                     objectName: "logo"
                     anchors.horizontalCenter: parent.horizontalCenter
                     width: 140
                     height: 140
-                    fillMode: Image.PreserveAspectFit
-                    source: "qrc:/marovenda/images/corvandel.png"
+                    name: "corvandel"
                 }
                 Column {
                     width: parent.width

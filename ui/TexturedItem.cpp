@@ -72,7 +72,10 @@ QSGNode *TexturedItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
     const QString key = look + u'@' + QString::number(ratio);
     if (key != node->key) {
         const auto make = [&] {
-            return window()->createTextureFromImage(paint(ratio), QQuickWindow::TextureHasAlphaChannel);
+            const QImage picture = paint(ratio);
+            return window()->createTextureFromImage(picture, picture.hasAlphaChannel()
+                                                                 ? QQuickWindow::TextureHasAlphaChannel
+                                                                 : QQuickWindow::TextureIsOpaque);
         };
         // The old texture lives until the nodes that show it are gone.
         while (QSGNode *child = node->firstChild())

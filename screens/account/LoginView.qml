@@ -26,13 +26,12 @@ AppScreen {
             Item {
                 width: column.inner
                 height: 160 + 8
-                Image {
+                Artwork {
                     objectName: "logo"
                     anchors.horizontalCenter: parent.horizontalCenter
                     width: 160
                     height: 160
-                    fillMode: Image.PreserveAspectFit
-                    source: "qrc:/marovenda/images/marovenda_logo.png"
+                    name: "marovenda_logo"
                 }
             }
             AppText {

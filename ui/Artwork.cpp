@@ -1,0 +1,69 @@
+#include "Artwork.h"
+
+#include "PngDecoder.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int largestRatio = 3;
+constexpr qint64 mostMemory = qint64(64) * 1024 * 1024;
+
+QString fileOf(const QString &name, int ratio)
+{
+    return u":/marovenda/images/%1%2.png"_s.arg(name, ratio > 1 ? u"@%1x"_s.arg(ratio) : QString());
+}
+
+} // namespace
+
+QImage Artwork::picture(const QString &name, int ratio)
+{
+    QFile file(fileOf(name, ratio));
+    return file.open(QFile::ReadOnly) ? decodePng(file.readAll(), mostMemory) : QImage();
+}
+
+void Artwork::setName(const QString &name)
+{
+    if (name == m_name)
+        return;
+    m_name = name;
+    emit nameChanged();
+    repaint();
+}
+
+void Artwork::setCropped(bool cropped)
+{
+    if (cropped == m_cropped)
+        return;
+    m_cropped = cropped;
+    emit croppedChanged();
+    repaint();
+}
+
+QString Artwork::textureKey() const { return QFile::exists(fileOf(m_name, 1)) ? u"artwork:"_s + m_name : QString(); }
+
+QImage Artwork::paint(qreal ratio) const
+{
+    const int whole = std::clamp(static_cast<int>(std::ceil(ratio)), 1, largestRatio);
+    QImage image = picture(m_name, whole);
+    image.setDevicePixelRatio(whole);
+    return image;
+}
+
+QList<TexturedItem::Piece> Artwork::pieces(QSize pixels, qreal) const
+{
+    const QRectF whole(QPointF(), pixels);
+    if (m_cropped) {
+        QRectF seen(QPointF(), size().scaled(pixels, Qt::KeepAspectRatio));
+        seen.moveCenter(whole.center());
+        return {{seen, boundingRect()}};
+    }
+    QRectF place(QPointF(), QSizeF(pixels).scaled(size(), Qt::KeepAspectRatio));
+    place.moveCenter(boundingRect().center());
+    return {{whole, place}};
+}
