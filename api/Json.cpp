@@ -1,8 +1,13 @@
 #include "Json.h"
 
+#include <unicode/ustring.h>
+
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace Json::detail {
 
@@ -91,47 +96,93 @@ char *appendCodePoint(char *to, QStringView text, qsizetype &index)
     return to;
 }
 
+/// Widens a text of ASCII characters alone; false where there are others.
+bool widen(std::string_view ascii, char16_t *to)
+{
+    constexpr std::size_t step = 8;
+    const char *from = ascii.data();
+    const char *const end = from + ascii.size();
+    for (; end - from >= std::ptrdiff_t(step); from += step, to += step) {
+        std::array<unsigned char, step> part;
+        std::memcpy(part.data(), from, step);
+        if (std::bit_cast<std::uint64_t>(part) & 0x8080808080808080U)
+            return false;
+        std::ranges::copy(part, to);
+    }
+    for (; from < end; ++from, ++to) {
+        *to = static_cast<unsigned char>(*from);
+        if (*to >= 0x80)
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
-bool Failure::wrongType(Element found, const char *wanted)
+QString Texts::make(std::string_view utf8)
+{
+    const auto most = static_cast<qsizetype>(utf8.size()) + 1;
+    if (utf8.empty() || utf8.size() > longest || ++m_count <= few)
+        return textFromUtf8(utf8);
+    if (m_block.isNull() || m_used + most > blockSize) {
+        m_block = QString(blockSize, Qt::Uninitialized);
+        m_used = 0;
+    }
+    // A string is a place in a counted block. Those of one block count it together; who changes one while there are
+    // others gets a block of its own.
+    QString::DataPointer &block = m_block.data_ptr();
+    char16_t *const start = block.data() + m_used;
+    auto size = static_cast<int>(utf8.size());
+    if (!widen(utf8, start)) {
+        // The parser has found it valid.
+        auto error = U_ZERO_ERROR;
+        u_strFromUTF8(start, size, &size, utf8.data(), size, &error);
+    }
+    start[size] = u'\0';
+    m_used += size + 1;
+    block.d->ref();
+    return QString(QString::DataPointer(block.d, start, size));
+}
+
+bool Reading::wrongType(Element found, const char *wanted)
 {
     m_reason = QStringLiteral("%1, must be %2").arg(QLatin1String(typeName(found.type())), QLatin1String(wanted));
     return false;
 }
 
-bool Failure::missing()
+bool Reading::missing()
 {
     m_reason = QStringLiteral("missing");
     return false;
 }
 
-bool Failure::outOfRange()
+bool Reading::outOfRange()
 {
     m_reason = QStringLiteral("number, must be a whole number of 64 bits");
     return false;
 }
 
-bool Failure::notJson(const char *why)
+bool Reading::notJson(const char *why)
 {
     m_reason = QStringLiteral("not JSON: %1").arg(QLatin1String(why));
     return false;
 }
 
-void Failure::insideKey(std::string_view key)
+void Reading::insideKey(std::string_view key)
 {
     const bool dot = !m_place.isEmpty() && !m_place.startsWith(u'[');
     m_place = QString::fromLatin1(key.data(), static_cast<qsizetype>(key.size())) +
               (dot ? QStringLiteral(".") : QString()) + m_place;
 }
 
-void Failure::insideRow(std::size_t index)
+void Reading::insideRow(std::size_t index)
 {
     m_place = QStringLiteral("[%1]").arg(index) + (m_place.isEmpty() ? QString() : QStringLiteral(".")) + m_place;
 }
 
 namespace {
 
-bool parsePadded(QByteArrayView bytes, bool padded, Failure &failure, simdjson::dom::parser &parser, Element &root)
+bool parsePadded(QByteArrayView bytes, bool padded, Reading &reading, simdjson::dom::parser &parser, Element &root)
 {
     if (bytes.startsWith(byteOrderMark))
         bytes = bytes.sliced(byteOrderMark.size());
@@ -142,17 +193,17 @@ bool parsePadded(QByteArrayView bytes, bool padded, Failure &failure, simdjson::
         error = simdjson::EMPTY;
     if (!error)
         error = parser.parse(bytes.data(), static_cast<std::size_t>(bytes.size()), !padded).get(root);
-    return error ? failure.notJson(simdjson::error_message(error)) : true;
+    return error ? reading.notJson(simdjson::error_message(error)) : true;
 }
 
 } // namespace
 
-bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser, Element &root)
+bool parse(QByteArrayView bytes, Reading &reading, simdjson::dom::parser &parser, Element &root)
 {
-    return parsePadded(bytes, false, failure, parser, root);
+    return parsePadded(bytes, false, reading, parser, root);
 }
 
-bool parse(QByteArray &&bytes, Failure &failure, simdjson::dom::parser &parser, Element &root)
+bool parse(QByteArray &&bytes, Reading &reading, simdjson::dom::parser &parser, Element &root)
 {
     // The parser reads a little beyond the end; without room for that it would make a copy.
     const QByteArray mine = [&] {
@@ -160,33 +211,33 @@ bool parse(QByteArray &&bytes, Failure &failure, simdjson::dom::parser &parser, 
         moved.reserve(moved.size() + readBeyond);
         return moved;
     }();
-    return parsePadded(mine, true, failure, parser, root);
+    return parsePadded(mine, true, reading, parser, root);
 }
 
-bool readValue(Element from, QString &to, Failure &failure)
+bool readValue(Element from, QString &to, Reading &reading)
 {
     std::string_view text;
     if (from.get(text) != simdjson::SUCCESS)
-        return failure.wrongType(from, "text");
-    to = textFromUtf8(text);
+        return reading.wrongType(from, "text");
+    to = reading.texts.make(text);
     return true;
 }
 
-bool readValue(Element from, qint64 &to, Failure &failure)
+bool readValue(Element from, qint64 &to, Reading &reading)
 {
     if (!from.is_number())
-        return failure.wrongType(from, "number");
+        return reading.wrongType(from, "number");
     int64_t number = 0;
     if (from.type() != simdjson::dom::element_type::INT64 || from.get(number) != simdjson::SUCCESS)
-        return failure.outOfRange();
+        return reading.outOfRange();
     to = number;
     return true;
 }
 
-bool readValue(Element from, double &to, Failure &failure)
+bool readValue(Element from, double &to, Reading &reading)
 {
     if (from.get(to) != simdjson::SUCCESS)
-        return failure.wrongType(from, "number");
+        return reading.wrongType(from, "number");
     return true;
 }
 

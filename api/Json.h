@@ -73,9 +73,29 @@ namespace detail {
 
 using Element = simdjson::dom::element;
 
-/// Collects where a read failed, from the inside out.
-class Failure {
+/// Makes the texts of a document. Those of a long one share blocks of memory, which go with the last of their texts:
+/// to allocate each by itself takes longer than to read it.
+class Texts {
 public:
+    QString make(std::string_view utf8);
+
+private:
+    /// Of a short document each text has its own; nothing of it is kept beyond what is used.
+    static constexpr int few = 64;
+    /// UTF-16 units in a block.
+    static constexpr qsizetype blockSize = 32768;
+    static constexpr std::size_t longest = blockSize / 16;
+
+    int m_count = 0;
+    QString m_block;
+    qsizetype m_used = 0;
+};
+
+/// What goes along with a read: the texts met so far, and where it failed, collected from the inside out.
+class Reading {
+public:
+    Texts texts;
+
     /// Always false, so that a reader can return it.
     bool wrongType(Element found, const char *wanted);
     bool missing();
@@ -90,13 +110,13 @@ private:
     QString m_reason;
 };
 
-bool readValue(Element from, QString &to, Failure &failure);
-bool readValue(Element from, qint64 &to, Failure &failure);
-bool readValue(Element from, double &to, Failure &failure);
+bool readValue(Element from, QString &to, Reading &reading);
+bool readValue(Element from, qint64 &to, Reading &reading);
+bool readValue(Element from, double &to, Reading &reading);
 template <class T>
-bool readValue(Element from, QList<T> &to, Failure &failure);
+bool readValue(Element from, QList<T> &to, Reading &reading);
 template <Record R>
-bool readValue(Element from, R &to, Failure &failure);
+bool readValue(Element from, R &to, Reading &reading);
 
 template <class T>
 inline constexpr bool isOptional = false;
@@ -104,29 +124,29 @@ template <class T>
 inline constexpr bool isOptional<std::optional<T>> = true;
 
 template <class T>
-bool readField(const std::optional<Element> &from, T &to, Failure &failure)
+bool readField(const std::optional<Element> &from, T &to, Reading &reading)
 {
     if constexpr (isOptional<T>) {
         if (!from || from->is_null())
             return true;
-        return readValue(*from, to.emplace(), failure);
+        return readValue(*from, to.emplace(), reading);
     } else {
-        return from ? readValue(*from, to, failure) : failure.missing();
+        return from ? readValue(*from, to, reading) : reading.missing();
     }
 }
 
 template <class T>
-bool readValue(Element from, QList<T> &to, Failure &failure)
+bool readValue(Element from, QList<T> &to, Reading &reading)
 {
     simdjson::dom::array rows;
     if (from.get(rows) != simdjson::SUCCESS)
-        return failure.wrongType(from, "array");
+        return reading.wrongType(from, "array");
     // The parser counts up to 0xFFFFFF elements; beyond that the list grows as it goes.
     to.reserve(static_cast<qsizetype>(rows.size()));
     std::size_t index = 0;
     for (const Element row : rows) {
-        if (!readValue(row, to.emplaceBack(), failure)) {
-            failure.insideRow(index);
+        if (!readValue(row, to.emplaceBack(), reading)) {
+            reading.insideRow(index);
             return false;
         }
         ++index;
@@ -135,11 +155,11 @@ bool readValue(Element from, QList<T> &to, Failure &failure)
 }
 
 template <Record R>
-bool readValue(Element from, R &to, Failure &failure)
+bool readValue(Element from, R &to, Reading &reading)
 {
     simdjson::dom::object object;
     if (from.get(object) != simdjson::SUCCESS)
-        return failure.wrongType(from, "object");
+        return reading.wrongType(from, "object");
 
     std::array<std::optional<Element>, CodingKeys<R>::count> values;
     for (const auto entry : object) {
@@ -150,8 +170,8 @@ bool readValue(Element from, R &to, Failure &failure)
     bool good = true;
     std::size_t index = 0;
     boost::mp11::mp_for_each<Fields<R>>([&](auto field) {
-        if (good && !readField(values[index], to.*field.pointer, failure)) {
-            failure.insideKey(field.name);
+        if (good && !readField(values[index], to.*field.pointer, reading)) {
+            reading.insideKey(field.name);
             good = false;
         }
         ++index;
@@ -161,10 +181,10 @@ bool readValue(Element from, R &to, Failure &failure)
 
 /// Finds the root of a fully validated document, which lives in `parser`; false with a reason when the bytes are
 /// not JSON.
-bool parse(QByteArrayView bytes, Failure &failure, simdjson::dom::parser &parser, Element &root);
+bool parse(QByteArrayView bytes, Reading &reading, simdjson::dom::parser &parser, Element &root);
 
 /// The same, letting go of the bytes once they are parsed: what `root` needs of them is in `parser`.
-bool parse(QByteArray &&bytes, Failure &failure, simdjson::dom::parser &parser, Element &root);
+bool parse(QByteArray &&bytes, Reading &reading, simdjson::dom::parser &parser, Element &root);
 
 bool writeValue(QByteArray &to, const QString &value);
 bool writeValue(QByteArray &to, qint64 value);
@@ -224,12 +244,12 @@ namespace detail {
 template <Record R, class Bytes>
 ReadResult<R> readRecord(Bytes bytes)
 {
-    Failure failure;
+    Reading reading;
     simdjson::dom::parser parser;
     Element root;
     R record;
-    if (!parse(std::move(bytes), failure, parser, root) || !readValue(root, record, failure))
-        return {std::nullopt, failure.text()};
+    if (!parse(std::move(bytes), reading, parser, root) || !readValue(root, record, reading))
+        return {std::nullopt, reading.text()};
     return {std::move(record), {}};
 }
 
@@ -238,9 +258,9 @@ ReadResult<R> readRecord(Bytes bytes)
 // For tools that look at every value of a reply, where reading ends with the first wrong one: the same judgement,
 // value by value.
 using detail::Element;
-using detail::Failure;
 using detail::parse;
 using detail::readField;
+using detail::Reading;
 using detail::readValue;
 
 /// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record, which holds copies. Fails on anything that

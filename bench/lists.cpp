@@ -57,7 +57,10 @@ double decodingAlone(const QByteArray &bytes)
 QJsonObject openList(Handset &app, const QStringList &arguments)
 {
     const int packages = arguments.value(0).toInt();
-    app.waitForHome(packages);
+    const auto home = app.frameWith([&] {
+        const QQuickItem *const count = app.maybeItem(u"paqueteCount"_s);
+        return count && count->property("count").toInt() == packages;
+    });
     Handset::rest(freeing);
     const qint64 before = memory("VmRSS:");
     TimedApplication &application = app.application();
@@ -77,6 +80,7 @@ QJsonObject openList(Handset &app, const QStringList &arguments)
     const QByteArray bytes = fetched();
     const double decoding = decodingAlone(bytes);
     return {
+        {u"home"_s, ms(home)},
         {u"shown"_s, ms(shown)},
         {u"decoding"_s, decoding},
         {u"bytes"_s, bytes.size()},

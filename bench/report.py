@@ -1,72 +1,99 @@
-"""Runs the benchmarks and prints a table of each.
+"""Measures, and prints one table with each figure against its target.
 
-usage: report.py FOLDER-OF-EXECUTABLES
+usage: report.py BUILD [--quick]
+
+Without --quick it also writes docs/performance.md and the plot beside it.
 """
 
-import json
-import os
+import argparse
+import contextlib
+import datetime
 import pathlib
-import statistics
-import subprocess
 import sys
-import tempfile
-import time
 
-RUNS = 21
+import browser
+import growth
+from machine import MEGABYTE, Machine, description, end, median
+from rows import Bench
+from server import Server
 
-
-WINDOWS = {
-    "empty": ["qrc:/Empty.qml"],
-    "app": ["qrc:/Marovenda/App/MarovendaApp.qml"],
-    "texture": ["qrc:/Shapes.qml", "texture"],
-    "shape": ["qrc:/Shapes.qml", "shape"],
-    "canvas": ["qrc:/Shapes.qml", "canvas"],
-}
+DOCS = pathlib.Path(__file__).resolve().parent.parent / "docs"
 
 
-def first_frames(folder):
-    """Milliseconds from the start of the process to its end with the first frame, the windows taking turns."""
-    times = {what: [] for what in WINDOWS}
-    with tempfile.TemporaryDirectory() as home:
-        environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software",
-                       "XDG_DATA_HOME": home, "XDG_CACHE_HOME": home, "XDG_RUNTIME_DIR": home,
-                       "DBUS_SESSION_BUS_ADDRESS": "disabled:"}
-        for turn in range(RUNS + 2):
-            for what, window in WINDOWS.items():
-                before = time.perf_counter()
-                subprocess.run([folder / "bench_first_frame", *window], check=True, env=environment)
-                if turn >= 2:  # the first turns fill the caches
-                    times[what].append(1000 * (time.perf_counter() - before))
-    return {what: statistics.median(each) for what, each in times.items()}
+def table(rows):
+    lines = ["| what | against | target | measured | |", "|---|---|---|---|---|"]
+    lines += [f"| {r.what} | {r.against} | {r.target} | {r.shown} | {'pass' if r.good else '**falls short**'} |" for r in rows]
+    return "\n".join(lines)
 
 
-def dashboard(folder):
-    """Microseconds of processor time by (what, number of packages)."""
-    done = subprocess.run([folder / "bench_dashboard", "--benchmark_format=json", "--benchmark_repetitions=5",
-                           "--benchmark_report_aggregates_only=true"], check=True, capture_output=True, text=True)
-    found = {}
-    for each in json.loads(done.stdout)["benchmarks"]:
-        if each["aggregate_name"] == "median":
-            what, packages = each["run_name"].split("/")
-            found[what, int(packages)] = each["cpu_time"]
-    return found
+def compared(bench, times):
+    """The app and a browser's page, each from its start to its first content, and their memory with 200 packages."""
+    shown, held = zip(*(browser.measure(bench.machine, 200) for _ in range(times)))
+    home = bench.customer(200)
+    process = bench.machine.start("bench_app", bench.server.address(200), "stay", "dashboard", 200, home=home)
+    memory = browser.proportional([process.pid])
+    end(process)
+    return (f"| | first content | memory with 200 packages |\n|---|---|---|\n"
+            f"| the app | {bench.notes['start']:.0f} ms | {memory / MEGABYTE:.0f} MB |\n"
+            f"| the page in Chromium | {median(shown):.0f} ms | {median(held) / MEGABYTE:.0f} MB |\n")
+
+
+def page(rows, comparison, curves):
+    exponents = "".join(f"| {name} | {' | '.join(f'{value:.3g}' for value in values)} | {growth.exponent(values):.2f} |\n"
+                        for name, values in curves.items())
+    return f"""# Performance
+
+Written by `bench/run` on {datetime.date.today():%-d %B %Y}; run it again to renew this page. Measured on {description()}. Each
+figure stands against something else measured in the same run; times are medians.
+
+{table(rows)}
+
+First frames are what Qt's own rendering log tells, of the release executable. Stalls, frames and keystrokes are the time of
+the longest event, or of all events, of the app's main thread, with a clock around its event loop (`bench/TimedApplication.h`).
+A reply counts as on the wire once the server's last byte has been handed to the system. Scrolling goes 100 points a frame,
+at ten places from the list's top to its end; the jumps between the places are left out. Memory is what the process holds
+at most, libraries included. A pull of the demo service is a connection, a request and a reply.
+
+## Beside a browser
+
+The same home screen with the same rows as a small static page in headless Chromium, with a profile of its own, from this
+machine. The page asks for nothing and runs one line of script; the app's first content is its splash, which it shows for
+2.5 seconds by design before the packages. Memory is that of all processes, what they share counted once. A browser that is
+already running opens a page sooner; a page with a framework opens later.
+
+{comparison}
+## How cost grows
+
+| packages | {' | '.join(f'{size:,}' for size in growth.SIZES)} | exponent |
+|---|{'---|' * len(growth.SIZES)}---|
+{exponents}
+The exponent is that of the power that fits best from 1,000 packages on.
+
+![Cost over the number of packages](performance.svg)
+"""
 
 
 def main():
-    folder = pathlib.Path(sys.argv[1])
-    frames = first_frames(folder)
-    print(f"Process start to first frame, median of {RUNS}, software rendering, no display:")
-    for what, name in (("empty", "empty window"), ("app", "the app"), ("texture", "200 shapes as shared textures"),
-                       ("shape", "200 shapes as Shape items"), ("canvas", "200 shapes as Canvas items")):
-        print(f"  {name:30} {frames[what]:7.1f} ms  {frames[what] / frames['empty']:6.2f} times the empty window")
-    print()
-    figures = dashboard(folder)
-    print("Reply bytes to DashboardResponse, processor time, median of 5:")
-    print(f"  {'packages':>8}  {'record':>12}  {'parsing alone':>13}  {'QJsonDocument':>13}  record/parsing  record/Qt")
-    for packages in (3, 1000, 100_000):
-        record, alone, qt = (figures[what, packages] for what in ("record", "parsingAlone", "qtDocument"))
-        print(f"  {packages:>8}  {record:>9.1f} µs  {alone:>10.1f} µs  {qt:>10.1f} µs  {record / alone:>14.2f}"
-              f"  {record / qt:>9.2f}")
+    arguments = argparse.ArgumentParser(usage=__doc__)
+    arguments.add_argument("build", type=pathlib.Path)
+    arguments.add_argument("--quick", action="store_true")
+    options = arguments.parse_args()
+    build = options.build.resolve()
+    with contextlib.closing(Machine(build / "bin")) as machine:
+        bench = Bench(machine, Server(), build, options.quick)
+        rows = []
+        for row in bench.all():
+            rows.append(row)
+            print(f"{row.what}; {row.target} {row.against}: {row.shown} {'pass' if row.good else 'FALLS SHORT'}",
+                  file=sys.stderr, flush=True)
+        print(table(rows))
+        if not options.quick:
+            curves = growth.measure(bench)
+            comparison = compared(bench, 5)
+            print("\n" + comparison)
+            (DOCS / "performance.svg").write_text(growth.plot(curves))
+            (DOCS / "performance.md").write_text(page(rows, comparison, curves))
+    print(f"\n{sum(row.good for row in rows)} of {len(rows)} at their target")
 
 
 if __name__ == "__main__":

@@ -19,9 +19,9 @@ public:
         R record;
         simdjson::dom::object object;
         if (from.get(object) != simdjson::SUCCESS) {
-            Json::Failure failure;
-            Json::readValue(from, record, failure);
-            wrongType(place, failure.text());
+            Json::Reading reading;
+            Json::readValue(from, record, reading);
+            wrongType(place, reading.text());
             boost::mp11::mp_for_each<Json::Fields<R>>(
                 [&](auto field) { mend(record.*field.pointer, place.inside(text(field.name))); });
             return record;
@@ -89,10 +89,10 @@ private:
     template <class T>
     void judge(const std::optional<Json::Element> &from, T &to, const Place &place)
     {
-        Json::Failure failure;
-        if (Json::readField(from, to, failure))
+        Json::Reading reading;
+        if (Json::readField(from, to, reading))
             return;
-        wrongType(place, failure.text());
+        wrongType(place, reading.text());
         mend(to, place);
     }
 
@@ -130,17 +130,17 @@ ReadReply<R> readReply(const QByteArray &body, Findings &findings)
         return {};
     auto read = Json::read<R>(body);
     const qsizetype faultsBefore = findings.count(Severity::Fault);
-    Json::Failure failure;
+    Json::Reading reading;
     simdjson::dom::parser parser;
     Json::Element root;
     Examiner examiner(findings);
     std::optional<R> mended;
-    if (Json::parse(QByteArrayView(body), failure, parser, root)) {
+    if (Json::parse(QByteArrayView(body), reading, parser, root)) {
         R looked = examiner.examine<R>(root, {});
         if (root.is_object())
             mended = std::move(looked);
     } else {
-        examiner.notJson(body, failure.text());
+        examiner.notJson(body, reading.text());
     }
     if (!read && findings.count(Severity::Fault) == faultsBefore)
         findings.add(Severity::Fault, Place{}, read.error, {});

@@ -44,11 +44,11 @@ void Visit::signIn()
 void Visit::lookForId()
 {
     m_substitute = m_order.id;
-    Json::Failure failure;
+    Json::Reading reading;
     simdjson::dom::parser parser;
     Json::Element root;
     if (m_substitute || m_diagnosis.refused ||
-        !Json::parse(QByteArrayView(m_asker.lastBody()), failure, parser, root))
+        !Json::parse(QByteArrayView(m_asker.lastBody()), reading, parser, root))
         return;
     int64_t number = 0;
     std::string_view text;

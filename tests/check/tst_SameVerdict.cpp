@@ -22,10 +22,10 @@ private Q_SLOTS:
 private:
     static bool isJson(const QByteArray &bytes)
     {
-        Json::Failure failure;
+        Json::Reading reading;
         simdjson::dom::parser parser;
         Json::Element root;
-        return Json::parse(QByteArrayView(bytes), failure, parser, root);
+        return Json::parse(QByteArrayView(bytes), reading, parser, root);
     }
 
     /// A few bytes of a document changed, dropped, doubled or swapped for what JSON is made of.

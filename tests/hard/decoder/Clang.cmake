@@ -14,7 +14,7 @@ function(marovenda_find_clang found)
 endfunction()
 
 # marovenda_add_clang_program(NAME LIKE target SOURCES source... OPTIONS option...): compiles sources as they are
-# compiled for the target, and links Qt Core and simdjson.
+# compiled for the target, and links Qt Core, simdjson and ICU.
 function(marovenda_add_clang_program name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "LIKE" "SOURCES;OPTIONS")
     # The compiler looks there by itself, and has to in its own order.
@@ -37,7 +37,7 @@ function(marovenda_add_clang_program name)
     set(program ${CMAKE_BINARY_DIR}/bin/tests/${name})
     add_custom_command(OUTPUT ${program}
         COMMAND ${MAROVENDA_CLANG} ${arg_OPTIONS} ${objects}
-            $<TARGET_FILE:Qt6::Core> $<TARGET_FILE:simdjson::simdjson> -o ${program}
+            $<TARGET_FILE:Qt6::Core> $<TARGET_FILE:simdjson::simdjson> $<TARGET_FILE:ICU::uc> -o ${program}
         DEPENDS ${objects}
         VERBATIM)
     add_custom_target(${name} ALL DEPENDS ${program})

@@ -15,12 +15,19 @@ QList<Fault> endings(const QByteArray &body, int first, int step)
     const QByteArray announced = whole(body);
     const QByteArray chunked = inChunks(body);
     const QByteArray packed = whole(Exchanges::gzip(body), "200 OK", {"Content-Encoding: gzip"});
+    // Between the digits of a chunk's size and the end of its line the platform does not notice that a connection has
+    // ended; the silences have that one.
+    const qsizetype firstDigit = chunked.indexOf("\r\n\r\n") + 4;
+    const qsizetype sizeEnd = chunked.indexOf('\n', firstDigit);
     QList<Fault> all;
     for (const auto &[name, bytes, full] :
          {Reply{"", announced, announced.size()}, Reply{" of a reply without a length", toTheEnd, toTheEnd.size()},
           Reply{" of a reply in chunks", chunked, chunked.lastIndexOf('}') + 1},
-          Reply{" of a packed reply", packed, packed.size() - 8}}) {
+          // Behind the last letter: the end of its block, in one byte or two, and the sum.
+          Reply{" of a packed reply", packed, packed.size() - 9}}) {
         for (qsizetype n = first; n <= bytes.size(); n += step) {
+            if (bytes == chunked && n > firstDigit + 1 && n <= sizeEnd)
+                continue;
             const auto ending = [&](const char *how, Gets gets, const auto &end) {
                 Fault fault{how + QByteArray::number(n) + " bytes" + name,
                             [sent = bytes.first(n), end](const QByteArray &) { return end(Steps().send(sent)); },

@@ -1,0 +1,113 @@
+"""Where the benchmarks run, and how their programs are started and watched."""
+
+import collections
+import contextlib
+import os
+import pathlib
+import platform
+import re
+import shutil
+import statistics
+import subprocess
+import tempfile
+import time
+
+Ended = collections.namedtuple("Ended", "milliseconds memory")
+MEGABYTE = 1 << 20
+
+
+def description():
+    """The processor, the memory, the system."""
+    cpu = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
+    memory = int(re.search(r"MemTotal: +(\d+)", pathlib.Path("/proc/meminfo").read_text())[1]) / MEGABYTE
+    release = re.search(r'PRETTY_NAME="(.*)"', pathlib.Path("/etc/os-release").read_text())[1]
+    qt = subprocess.run(["qmake6", "-query", "QT_VERSION"], capture_output=True, text=True).stdout.strip()
+    return (f"{cpu[1] if cpu else platform.machine()}, {os.cpu_count()} processors, {memory:.0f} GB of memory, {release}, "
+            f"Qt {qt}, software rendering on a virtual display without a graphics processor")
+
+
+def account(pid, line):
+    """A line of the system's account of a process, in bytes."""
+    return 1024 * int(re.search(line + r":\s+(\d+)", pathlib.Path(f"/proc/{pid}/status").read_text())[1])
+
+
+class Machine:
+    """A display of its own, and a home for each program."""
+
+    def __init__(self, programs):
+        self.programs = pathlib.Path(programs)
+        self.homes = pathlib.Path(tempfile.mkdtemp())
+        read, write = os.pipe()
+        self.display = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1200x2000x24"],
+                                        pass_fds=[write], stderr=subprocess.DEVNULL)
+        os.close(write)
+        with os.fdopen(read) as number:
+            self.name = ":" + number.readline().strip()
+
+    def close(self):
+        self.display.kill()
+        self.display.wait()
+        shutil.rmtree(self.homes, ignore_errors=True)
+
+    def home(self, name):
+        folder = self.homes / name
+        folder.mkdir(mode=0o700, exist_ok=True)
+        return folder
+
+    def environment(self, home, **more):
+        return {"PATH": os.environ["PATH"], "LANG": "C.UTF-8", "HOME": str(home), "XDG_DATA_HOME": str(home),
+                "XDG_CACHE_HOME": str(home), "XDG_CONFIG_HOME": str(home), "XDG_RUNTIME_DIR": str(home),
+                "DBUS_SESSION_BUS_ADDRESS": "disabled:", "DISPLAY": self.name, "QT_QPA_PLATFORM": "xcb",
+                "QT_QUICK_BACKEND": "software", **more}
+
+    def first_frame(self, command, home, stay=0.0):
+        """Milliseconds from the start of a process to the end of its window's first frame, which Qt itself tells, and the
+        most memory after it has stayed for some seconds."""
+        environment = self.environment(home, QT_LOGGING_RULES="qt.scenegraph.time.renderloop=true")
+        start = time.perf_counter()
+        process = subprocess.Popen([str(part) for part in command], env=environment, stderr=subprocess.PIPE, text=True)
+        try:
+            if not any("rame rendered" in line for line in process.stderr):
+                raise RuntimeError(f"{command[0]} has shown nothing")
+            milliseconds = 1000 * (time.perf_counter() - start)
+            if stay:
+                # It goes on telling; a full pipe would stop it.
+                os.set_blocking(process.stderr.fileno(), False)
+                until = time.monotonic() + stay
+                while time.monotonic() < until:
+                    with contextlib.suppress(TypeError):
+                        process.stderr.read()
+                    time.sleep(0.05)
+            return Ended(milliseconds, account(process.pid, "VmHWM"))
+        finally:
+            process.kill()
+            process.wait()
+            process.stderr.close()
+
+    def run(self, program, *arguments, home="run", **more):
+        done = subprocess.run([str(self.programs / program), *map(str, arguments)], capture_output=True, text=True,
+                              env=self.environment(self.home(home), **more))
+        if done.returncode != 0:
+            raise RuntimeError(f"{program} {arguments}: {done.returncode}\n{done.stdout}{done.stderr}")
+        return done.stdout
+
+    def start(self, program, *arguments, home="run", **more):
+        """Until it has said its first line."""
+        process = subprocess.Popen([str(self.programs / program), *map(str, arguments)], stdin=subprocess.PIPE,
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
+                                   env=self.environment(self.home(home), **more))
+        process.first = process.stdout.readline().strip()
+        if not process.first:
+            raise RuntimeError(f"{program} {arguments} has not started")
+        return process
+
+
+def end(process):
+    process.kill()
+    process.wait()
+    process.stdin.close()
+    process.stdout.close()
+
+
+def median(values):
+    return statistics.median(values)
