@@ -4,6 +4,7 @@
 #include <QIODevice>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
+#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
@@ -42,6 +43,23 @@ private:
     qint64 m_read = 0;
 };
 
+/// Where managers go whose exchange was given up. Their networking thread may still be reading what a server floods
+/// it with, and the platform waits for it, for five seconds, when a manager goes.
+QThread &departure()
+{
+    static auto *const thread = [] {
+        auto *made = new QThread;
+        made->setObjectName(QStringLiteral("departure"));
+        made->start();
+        qAddPostRoutine([] {
+            departure().quit();
+            departure().wait();
+        });
+        return made;
+    }();
+    return *thread;
+}
+
 /// One exchange with a manager of its own: exchanges that share one also share its connections and their faults.
 class Exchange final : public QObject {
 public:
@@ -49,7 +67,7 @@ public:
              const HttpObserver &observer)
         : QObject(QCoreApplication::instance()), m_finished(std::move(finished)), m_limits(limits)
     {
-        m_manager.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
+        m_manager->setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
         m_reply = send(request);
         // The platform hears of it only once the exchange has begun, which is a turn of the event loop later;
         // unheard, a server that sends chunks faster than they are read fills the memory.
@@ -96,10 +114,13 @@ private:
         // would refuse honest replies with many like rows.
         platform.setDecompressedSafetyCheckThreshold(m_limits.bodySize);
         if (request.method == HttpRequest::Method::Get)
-            return m_manager.get(platform);
+            return m_manager->get(platform);
         platform.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
         platform.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
-        return m_manager.post(platform, new OneShotBody(request.body, this));
+        auto *const body = new OneShotBody(request.body, this);
+        QNetworkReply *const reply = m_manager->post(platform, body);
+        body->setParent(reply);
+        return reply;
     }
 
     void take()
@@ -148,7 +169,11 @@ private:
     }
 
     /// Ends the exchange with what has come. The platform complains when one that has failed is aborted.
-    void conclude() { m_reply->error() == QNetworkReply::NoError ? m_reply->abort() : finish(); }
+    void conclude()
+    {
+        if (!m_finishing)
+            m_reply->error() == QNetworkReply::NoError ? m_reply->abort() : finish();
+    }
 
     void finish()
     {
@@ -163,13 +188,18 @@ private:
         reply.headers = m_reply->rawHeaderPairs();
         reply.error = m_reply->error();
         reply.end = m_end;
+        if (m_dropped) {
+            m_manager->setParent(nullptr);
+            m_manager->moveToThread(&departure());
+            m_manager->deleteLater();
+        }
         deleteLater();
         m_finished(std::move(reply));
     }
 
     std::function<void(HttpReply)> m_finished;
     HttpLimits m_limits;
-    QNetworkAccessManager m_manager;
+    QNetworkAccessManager *const m_manager = new QNetworkAccessManager(this);
     QTimer m_silence;
     QNetworkReply *m_reply = nullptr;
     QByteArray m_body;

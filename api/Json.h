@@ -81,7 +81,7 @@ public:
 
 private:
     /// Of a short document each text has its own; nothing of it is kept beyond what is used.
-    static constexpr int few = 64;
+    static constexpr int few = 32;
     /// UTF-16 units in a block.
     static constexpr qsizetype blockSize = 32768;
     static constexpr std::size_t longest = blockSize / 16;

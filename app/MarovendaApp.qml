@@ -31,7 +31,12 @@ Window {
         anchors.fill: parent
         active: !viewModel.showSplash
         focus: true
-        sourceComponent: viewModel.someoneSignedIn ? screens.found?.dashboard : screens.found?.login
+        // Nothing asks for the session before: to open it may take longer than a frame.
+        sourceComponent: {
+            if (viewModel.showSplash || !screens.found)
+                return null
+            return viewModel.someoneSignedIn ? screens.found.dashboard : screens.found.login
+        }
         opacity: viewModel.showSplash ? 0 : 1
         Behavior on opacity { CrossFade {} }
     }

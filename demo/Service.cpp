@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <map>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -260,6 +262,32 @@ QString messageFor(int status)
 
 } // namespace
 
+/// The listings as they are sent, kept while nothing changes.
+class Listings {
+public:
+    std::string of(Store &store, qint64 customer)
+    {
+        const qint64 edition = store.edition();
+        const std::scoped_lock lock(m_mutex);
+        if (edition != m_edition || m_written.size() >= most)
+            m_written.clear();
+        m_edition = edition;
+        auto found = m_written.find(customer);
+        if (found == m_written.end()) {
+            const QByteArray body = Json::write(listing(store, customer)).value_or(QByteArray("{}"));
+            found = m_written.emplace(customer, body.toStdString()).first;
+        }
+        return found->second;
+    }
+
+private:
+    static constexpr std::size_t most = 16;
+
+    std::mutex m_mutex;
+    qint64 m_edition = 0;
+    std::map<qint64, std::string> m_written;
+};
+
 class Service::Implementation {
 public:
     Implementation();
@@ -282,6 +310,7 @@ private:
         std::string method;
     };
     std::vector<Endpoint> m_endpoints;
+    Listings m_listings;
 };
 
 Service::Implementation::Implementation()
@@ -306,7 +335,7 @@ Service::Implementation::Implementation()
     answer("/api_auto.php", importVehicle);
     m_endpoints.push_back({"/api_paquetes.php", "GET"});
     server.Get("/api_paquetes\\.php", [this](const httplib::Request &request, httplib::Response &response) {
-        guarded(response, [&] { reply(response, listing(*store, customerOf(request))); });
+        guarded(response, [&] { response.set_content(m_listings.of(*store, customerOf(request)), jsonType); });
     });
     refuseStrangers();
     answerEverythingElse();

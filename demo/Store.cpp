@@ -376,6 +376,14 @@ std::optional<DashboardResponse> Store::listing(qint64 id) const
     return all;
 }
 
+qint64 Store::edition() const
+{
+    const std::scoped_lock lock(m_mutex);
+    // SQLite counts what others have changed and what this connection has changed apart
+    // (https://www.sqlite.org/pragma.html#pragma_data_version).
+    return (number("PRAGMA data_version") << 32) + sqlite3_total_changes(m_database.get());
+}
+
 bool Store::exists(qint64 customer) const
 {
     Statement query(*this, "SELECT 1 FROM customers WHERE id = ?");

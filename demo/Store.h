@@ -63,6 +63,8 @@ public:
 
     /// The customer's photo in base64, packages and quotations, each newest first; nothing for an unknown customer.
     std::optional<DashboardResponse> listing(qint64 id) const;
+    /// Another number once anything has been changed, by whomever.
+    qint64 edition() const;
 
 private:
     class Statement;

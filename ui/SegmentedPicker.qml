@@ -30,10 +30,14 @@ T.Control {
 
     implicitHeight: Math.max(32, Theme.footnote.line + 14)
     implicitWidth: 200
-    Keys.onLeftPressed: picker.choose(picker.current - 1, false)
-    Keys.onUpPressed: picker.choose(picker.current - 1, false)
-    Keys.onRightPressed: picker.choose(picker.current + 1, false)
-    Keys.onDownPressed: picker.choose(picker.current + 1, false)
+    // With a modifier they are others' keys: Alt+Left goes back.
+    Keys.onPressed: event => {
+        const steps = { [Qt.Key_Left]: -1, [Qt.Key_Up]: -1, [Qt.Key_Right]: 1, [Qt.Key_Down]: 1 }
+        const plain = (event.modifiers & ~Qt.KeypadModifier) === Qt.NoModifier
+        event.accepted = plain && event.key in steps
+        if (event.accepted)
+            picker.choose(picker.current + steps[event.key], false)
+    }
 
     Accessible.role: Accessible.Grouping
     Accessible.name: picker.label

@@ -21,10 +21,7 @@ QString textOf(const QByteArray &utf8)
 
 } // namespace
 
-Session::Session(const QString &directory, QObject *parent) : QObject(parent), m_store(directory, sayOnStandardError)
-{
-    load();
-}
+Session::Session(const QString &directory, QObject *parent) : QObject(parent), m_directory(directory) {}
 
 Session &Session::instance()
 {
@@ -32,13 +29,22 @@ Session &Session::instance()
     return *session;
 }
 
+SessionStore &Session::store()
+{
+    if (!m_store) {
+        m_store.emplace(m_directory, sayOnStandardError);
+        load();
+    }
+    return *m_store;
+}
+
 void Session::load()
 {
-    const QByteArray id = m_store.read(SessionStore::Key::UserId).value_or(QByteArray());
-    const QByteArray nombre = m_store.read(SessionStore::Key::UserNombre).value_or(QByteArray());
-    const QByteArray email = m_store.read(SessionStore::Key::UserEmail).value_or(QByteArray());
+    const QByteArray id = m_store->read(SessionStore::Key::UserId).value_or(QByteArray());
+    const QByteArray nombre = m_store->read(SessionStore::Key::UserNombre).value_or(QByteArray());
+    const QByteArray email = m_store->read(SessionStore::Key::UserEmail).value_or(QByteArray());
     // A value found damaged takes the whole store with it, also what was read before it.
-    if (m_store.wasReplaced())
+    if (m_store->wasReplaced())
         return;
     m_userId = id.toLongLong();
     m_userNombre = textOf(nombre);
@@ -59,23 +65,41 @@ void Session::forget()
 
 // The store is written even when the value stays the same: the last write may have failed.
 
+qint64 Session::userId()
+{
+    store();
+    return m_userId;
+}
+
 void Session::setUserId(qint64 value)
 {
-    m_store.write(SessionStore::Key::UserId, QByteArray::number(value));
+    store().write(SessionStore::Key::UserId, QByteArray::number(value));
     if (std::exchange(m_userId, value) != value)
         emit userIdChanged();
 }
 
+QString Session::userNombre()
+{
+    store();
+    return m_userNombre;
+}
+
 void Session::setUserNombre(const QString &value)
 {
-    m_store.write(SessionStore::Key::UserNombre, value.toUtf8());
+    store().write(SessionStore::Key::UserNombre, value.toUtf8());
     if (std::exchange(m_userNombre, value) != value)
         emit userNombreChanged();
 }
 
+QString Session::userEmail()
+{
+    store();
+    return m_userEmail;
+}
+
 void Session::setUserEmail(const QString &value)
 {
-    m_store.write(SessionStore::Key::UserEmail, value.toUtf8());
+    store().write(SessionStore::Key::UserEmail, value.toUtf8());
     if (std::exchange(m_userEmail, value) != value)
         emit userEmailChanged();
 }
@@ -83,8 +107,8 @@ void Session::setUserEmail(const QString &value)
 QByteArray Session::userAvatarData()
 {
     if (!m_userAvatarData) {
-        m_userAvatarData = m_store.read(SessionStore::Key::UserAvatar).value_or(QByteArray());
-        if (m_store.wasReplaced())
+        m_userAvatarData = store().read(SessionStore::Key::UserAvatar).value_or(QByteArray());
+        if (store().wasReplaced())
             forget();
     }
     return *m_userAvatarData;
@@ -94,7 +118,7 @@ void Session::setUserAvatarData(const QByteArray &value)
 {
     const bool changed = value != userAvatarData();
     m_userAvatarData = value;
-    m_store.write(SessionStore::Key::UserAvatar, value);
+    store().write(SessionStore::Key::UserAvatar, value);
     if (changed)
         emit userAvatarDataChanged();
 }

@@ -22,14 +22,14 @@ public:
     static Session &instance();
 
     /// 0 means that nobody is signed in; every other number is a customer.
-    qint64 userId() const { return m_userId; }
+    qint64 userId();
     void setUserId(qint64 value);
-    bool someoneSignedIn() const { return m_userId != 0; }
+    bool someoneSignedIn() { return userId() != 0; }
 
-    QString userNombre() const { return m_userNombre; }
+    QString userNombre();
     void setUserNombre(const QString &value);
 
-    QString userEmail() const { return m_userEmail; }
+    QString userEmail();
     void setUserEmail(const QString &value);
 
     /// The photo's bytes as they were picked. They are read and checked at the first call; when that finds the store
@@ -44,10 +44,13 @@ Q_SIGNALS:
     void userAvatarDataChanged();
 
 private:
+    /// Opens it at the first use: nothing of it is needed for the window's first frame.
+    SessionStore &store();
     void load();
     void forget();
 
-    SessionStore m_store;
+    const QString m_directory;
+    std::optional<SessionStore> m_store;
     qint64 m_userId = 0;
     QString m_userNombre;
     QString m_userEmail;

@@ -73,6 +73,7 @@ private Q_SLOTS:
     void doublesTakeEveryNumber();
     void errorsNameTheirPlace_data();
     void errorsNameTheirPlace();
+    void textsOfALongReplyStandAlone();
 };
 
 void JsonReadingTest::wrongTypeFailsTheWholeRead_data()
@@ -411,6 +412,45 @@ void JsonReadingTest::errorsNameTheirPlace_data()
 }
 
 void JsonReadingTest::errorsNameTheirPlace() { wrongTypeFailsTheWholeRead(); }
+
+void JsonReadingTest::textsOfALongReplyStandAlone()
+{
+    // Of all lengths around what shares memory and what does not, of letters of one to four bytes, marks and nothing.
+    const QList<QString> letters{u"a"_s,      u"\u00f1"_s,      u"\u20ac"_s, QString::fromUcs4(U"\U0001f4e6", 1),
+                                 u"\ufeff"_s, QString(QChar(0))};
+    QList<QString> texts;
+    for (int i = 0; i < 5000; ++i)
+        texts.append(letters[i % letters.size()].repeated(i % 97) + QString::number(i));
+    for (const int length : {2047, 2048, 2049, 4096, 70'000})
+        texts.append(u"x"_s.repeated(length));
+    DashboardResponse written;
+    written.paquetes.emplace();
+    for (const QString &text : texts)
+        written.paquetes->append({text, std::nullopt, QString(), text.last(1)});
+
+    auto read = Json::readAndFree<DashboardResponse>(Json::write(written).value());
+    QVERIFY2(read, qPrintable(read.error));
+    for (qsizetype i = 0; i < texts.size(); ++i) {
+        const auto &row = read.record->paquetes->at(i);
+        QCOMPARE(row.tracking, texts[i]);
+        QCOMPARE(row.descripcion, std::nullopt);
+        QCOMPARE(row.estado, QString());
+        QCOMPARE(row.fecha_recibido, texts[i].last(1));
+        QCOMPARE(row.tracking->utf16()[row.tracking->size()], 0);
+    }
+    // Changing one changes no other, and one outlives all others.
+    QString changed = *read.record->paquetes->at(1000).tracking;
+    const QString kept = *read.record->paquetes->at(1001).tracking;
+    changed[0] = u'#';
+    changed += u" and more"_s;
+    QCOMPARE(read.record->paquetes->at(1000).tracking, texts[1000]);
+    QCOMPARE(kept, texts[1001]);
+    read.record.reset();
+    QCOMPARE(kept, texts[1001]);
+    QString last = kept;
+    last += QString(100'000, u'y');
+    QVERIFY(last.startsWith(texts[1001]) && last.size() == texts[1001].size() + 100'000);
+}
 
 MAROVENDA_TEST_MAIN(JsonReadingTest)
 #include "tst_JsonReading.moc"

@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <sqlite3.h>
+
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +20,7 @@ private Q_SLOTS:
     void fileIsTheOwnersAlone();
     void servesManyAtOnce();
     void storeServesManyThreads();
+    void listingsFollowEveryChange();
 };
 
 void DemoStoreTest::keepsEverythingAcrossARestart()
@@ -112,6 +115,28 @@ void DemoStoreTest::storeServesManyThreads()
     for (auto &thread : threads)
         thread.join();
     QCOMPARE(right.load(), 8 * 25);
+}
+
+void DemoStoreTest::listingsFollowEveryChange()
+{
+    const qsizetype before = listing(2).cotizaciones->size();
+    post(m_port, "api_cotizar.php", CotizacionRequest{2, u"aereo"_s, u"Miami"_s, u"Panamá"_s, 1, 2, u"Silla"_s});
+    QCOMPARE(listing(2).cotizaciones->size(), before + 1);
+    post(m_port, "api_perfil.php", PerfilRequest{2, u"Bruno"_s, {}, {}, u"AAEC"_s});
+    QCOMPARE(listing(2).avatar, u"AAEC"_s);
+    // Somebody else may have the file open too.
+    sqlite3 *other = nullptr;
+    QCOMPARE(sqlite3_open(QFile::encodeName(m_path).constData(), &other), SQLITE_OK);
+    QCOMPARE(
+        sqlite3_exec(other, "UPDATE packages SET estado = 'perdido' WHERE customer = 2", nullptr, nullptr, nullptr),
+        SQLITE_OK);
+    sqlite3_close(other);
+    QCOMPARE(listing(2).paquetes->at(0).estado, u"perdido"_s);
+    // More customers than are remembered.
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 40; ++i)
+            QCOMPARE(listing(i % 3 + 1).paquetes->size(), i % 3 == 0 ? 230 : i % 3 == 1 ? 2 : 0);
+    }
 }
 
 QTEST_GUILESS_MAIN(DemoStoreTest)

@@ -120,7 +120,7 @@ void SessionTest::everyNumberIsKept()
     QFETCH(const bool, someone);
     const Folder folder;
     Session(folder.path()).setUserId(number);
-    const Session session(folder.path());
+    Session session(folder.path());
     QCOMPARE(session.userId(), number);
     QCOMPARE(session.someoneSignedIn(), someone);
 }
@@ -148,7 +148,7 @@ void SessionTest::everyTextIsKept()
         session.setUserNombre(text);
         session.setUserEmail(text);
     }
-    const Session session(folder.path());
+    Session session(folder.path());
     QVERIFY(session.userNombre() == text);
     QVERIFY(session.userEmail() == text);
 }

@@ -13,6 +13,7 @@ private Q_SLOTS:
     void pushedScreenHasTheKeysAndTheTreeForItself();
     void everyWayBackIsOnePop_data();
     void everyWayBackIsOnePop();
+    void altLeftGoesBackFromWhereArrowsChoose();
     void screenBelowAppearsWhenThePopBegins();
     void poppedScreenGoesAndIsMadeAnewByTheNextPush();
     void secondPopDuringAPopDoesNothing();
@@ -149,6 +150,30 @@ void NavigationContainerTest::everyWayBackIsOnePop()
     QVERIFY(home->isVisible() && home->isEnabled() && home->property("activeFocus").toBool());
     QCOMPARE(home->x(), 0);
     QVERIFY(screen.named(u"Abrir"_s));
+}
+
+void NavigationContainerTest::altLeftGoesBackFromWhereArrowsChoose()
+{
+    TestScreen screen(R"qml(NavigationContainer {
+        id: navigation
+        property int chosen: 1
+        root: Component { AppScreen { Component.onCompleted: navigation.push(next) } }
+        property Component next: Component {
+            AppScreen {
+                SegmentedPicker {
+                    objectName: "picker"; width: 200; label: "Tipo"
+                    options: ["Uno", "Dos"]
+                    selection: "Dos"
+                }
+            }
+        }
+    })qml");
+    screen.root()->setProperty("progress", 1);
+    QTRY_COMPARE(depth(screen), 2);
+    QTRY_VERIFY(!screen.root()->property("moving").toBool());
+    screen.tap(screen.named(u"Dos"_s));
+    screen.key(Qt::Key_Left, Qt::AltModifier);
+    QTRY_COMPARE(depth(screen), 1);
 }
 
 void NavigationContainerTest::screenBelowAppearsWhenThePopBegins()

@@ -229,7 +229,7 @@ QString Device::difference(const Model &model) const
     const Model::Screen &screen = model.top();
     if (!find(marks[screen.kind]))
         return u"the screen with %1 is not on show"_s.arg(marks[screen.kind]);
-    const Session &session = Session::instance();
+    Session &session = Session::instance();
     QString all =
         differs(u"depth"_s, container()->property("depth").toString(), QString::number(model.stack.size())) +
         differs(u"user_id"_s, QString::number(session.userId()), QString::number(model.user)) +
