@@ -95,6 +95,16 @@ public:
         });
     }
 
+    ~Exchange() override
+    {
+        if (m_end == HttpReply::End::Platform)
+            return;
+        delete m_reply;
+        m_manager->setParent(nullptr);
+        m_manager->moveToThread(&departure());
+        m_manager->deleteLater();
+    }
+
 private:
     /// Room behind the body for readers that look a little beyond the end.
     static constexpr qint64 roomBehind = 64;
@@ -117,10 +127,7 @@ private:
             return m_manager->get(platform);
         platform.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
         platform.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
-        auto *const body = new OneShotBody(request.body, this);
-        QNetworkReply *const reply = m_manager->post(platform, body);
-        body->setParent(reply);
-        return reply;
+        return m_manager->post(platform, new OneShotBody(request.body, this));
     }
 
     void take()
@@ -188,11 +195,6 @@ private:
         reply.headers = m_reply->rawHeaderPairs();
         reply.error = m_reply->error();
         reply.end = m_end;
-        if (m_dropped) {
-            m_manager->setParent(nullptr);
-            m_manager->moveToThread(&departure());
-            m_manager->deleteLater();
-        }
         deleteLater();
         m_finished(std::move(reply));
     }

@@ -155,9 +155,8 @@ void NavigationContainerTest::everyWayBackIsOnePop()
 void NavigationContainerTest::altLeftGoesBackFromWhereArrowsChoose()
 {
     TestScreen screen(R"qml(NavigationContainer {
-        id: navigation
-        property int chosen: 1
-        root: Component { AppScreen { Component.onCompleted: navigation.push(next) } }
+        root: Component { AppScreen {} }
+        Component.onCompleted: push(next)
         property Component next: Component {
             AppScreen {
                 SegmentedPicker {
@@ -168,7 +167,6 @@ void NavigationContainerTest::altLeftGoesBackFromWhereArrowsChoose()
             }
         }
     })qml");
-    screen.root()->setProperty("progress", 1);
     QTRY_COMPARE(depth(screen), 2);
     QTRY_VERIFY(!screen.root()->property("moving").toBool());
     screen.tap(screen.named(u"Dos"_s));
