@@ -13,7 +13,7 @@ def measure(bench):
     """Curves by name: a value for each size, in ms or MB."""
     curves = {"decoding (ms)": [], "home after its reply (ms)": [], "list after its reply (ms)": [], "list's memory (MB)": []}
     for size in SIZES:
-        taken = bench.opened(size, 1 if size > 100_000 else 3)
+        taken = bench.opened(size, 1 if size > 10_000 else 3)
         curves["decoding (ms)"].append(bench.decoded["record", size])
         curves["home after its reply (ms)"].append(taken["home"])
         curves["list after its reply (ms)"].append(taken["shown"])

@@ -107,7 +107,7 @@ def main():
         print(table(rows))
         if not options.quick:
             curves = growth.measure(bench)
-            comparison, drawn = compared(bench, 5), shapes(bench, 11)
+            comparison, drawn = compared(bench, 3), shapes(bench, 7)
             print("\n" + comparison + "\n" + drawn)
             (DOCS / "performance.svg").write_text(growth.plot(curves))
             (DOCS / "performance.md").write_text(page(rows, comparison, drawn, curves))

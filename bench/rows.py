@@ -103,7 +103,7 @@ class Bench:
     def decoding(self):
         filtered = "/(1000|100000)$" if self.quick else "."
         done = self.machine.run("bench_decode", "--benchmark_format=json", f"--benchmark_filter={filtered}",
-                                f"--benchmark_repetitions={1 if self.quick else 5}")
+                                f"--benchmark_repetitions={1 if self.quick else 3}")
         found = {}
         for each in json.loads(done)["benchmarks"]:
             if each["run_type"] == "iteration":
@@ -132,7 +132,7 @@ class Bench:
         return {key: median([taken[key] for taken in all_]) for key in all_[0]}
 
     def lists(self):
-        taken = self.opened(100_000, 1 if self.quick else 5)
+        taken = self.opened(100_000, 1 if self.quick else 3)
         yield at_most("reply of 100,000 packages on the wire → rows on screen", "its decoding alone",
                       taken["shown"] / taken["decoding"], 1.5,
                       more=f" ({taken['shown']:.1f} against {taken['decoding']:.1f} ms)")
@@ -144,7 +144,7 @@ class Bench:
                            f"closed)")
 
     def scrolling(self):
-        frames, times = (200, 1) if self.quick else (1000, 5)
+        frames, times = (200, 1) if self.quick else (600, 3)
         most = {packages: [] for packages in (100, 100_000)}
         for _ in range(times):
             for packages in most:
@@ -159,7 +159,7 @@ class Bench:
     # Profile
 
     def profile(self):
-        times = 1 if self.quick else 5
+        times = 1 if self.quick else 3
         most = {photo: [] for photo in (None, self.photos[10])}
         for _ in range(times):
             for photo, values in most.items():
@@ -180,10 +180,10 @@ class Bench:
     # Everywhere
 
     def walks(self):
-        times = 1 if self.quick else 3
+        times = 1 if self.quick else 2
         homes, pushes = [], {}
         for _ in range(times):
-            taken = self.scenario(3, "walk", 1 if self.quick else 3, home=self.nobody())
+            taken = self.scenario(3, "walk", 1 if self.quick else 2, home=self.nobody())
             homes.append(self.since_sent(taken.pop("home")))
             for screen, value in taken.items():
                 pushes.setdefault(screen, []).append(value)

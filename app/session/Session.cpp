@@ -21,7 +21,7 @@ QString textOf(const QByteArray &utf8)
 
 } // namespace
 
-Session::Session(const QString &directory, QObject *parent) : QObject(parent), m_directory(directory) {}
+Session::Session(QString directory, QObject *parent) : QObject(parent), m_directory(std::move(directory)) {}
 
 Session &Session::instance()
 {

@@ -16,7 +16,7 @@ class Session final : public QObject {
     Q_OBJECT
 public:
     /// A session on the store in `directory`.
-    explicit Session(const QString &directory, QObject *parent = nullptr);
+    explicit Session(QString directory, QObject *parent = nullptr);
 
     /// The one session of the process, in the user's data directory; made at first use, never destroyed.
     static Session &instance();

@@ -175,8 +175,8 @@ void Handshakes::tryBrokenOff(int step)
 
 namespace {
 
-/// Where a handshake with a good server may stop: it reads on, and says no more. With TLS 1.3 the server's first words
-/// complete it.
+/// Where a handshake with a good server may stop: it reads on, and says no more. With TLS 1.3 the server's first
+/// words complete it.
 QList<std::pair<QByteArray, std::pair<QJsonObject, Steps>>> stalls()
 {
     const QJsonObject older = versions(u"TLSv1_2"_s, u"TLSv1_2"_s);
