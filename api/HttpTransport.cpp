@@ -97,7 +97,8 @@ public:
 
     ~Exchange() override
     {
-        if (m_end == HttpReply::End::Platform)
+        // At the end of the app there is no thread left to go to.
+        if (m_end == HttpReply::End::Platform || QCoreApplication::closingDown())
             return;
         delete m_reply;
         m_manager->setParent(nullptr);

@@ -77,6 +77,10 @@ using Element = simdjson::dom::element;
 /// to allocate each by itself takes longer than to read it.
 class Texts {
 public:
+    Texts() = default;
+    // Two that go on in one block would write over each other's texts.
+    Q_DISABLE_COPY_MOVE(Texts)
+
     QString make(std::string_view utf8);
 
 private:

@@ -39,6 +39,7 @@ int main(int argc, char *argv[])
         QQmlApplicationEngine engine;
         addModules(engine);
         engine.load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
+        // Painting it takes milliseconds, for which the window's first frame does not wait.
         QTimer::singleShot(
             0, [] { QGuiApplication::setWindowIcon(QPixmap::fromImage(Artwork::picture(u"icon"_s, 1))); });
         if (!engine.rootObjects().isEmpty())

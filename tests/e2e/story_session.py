@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import stat
 import subprocess
 
@@ -82,6 +83,17 @@ def killed_at_any_moment(stage):
         assert stat.S_IMODE(folder.stat().st_mode) == 0o700, oct(folder.stat().st_mode)
         for file in folder.iterdir():
             assert stat.S_IMODE(file.stat().st_mode) == 0o600, f"{file}: {oct(file.stat().st_mode)}"
+
+
+@story
+def window_has_its_icon(stage):
+    with Phone() as phone:
+        open_at_login(phone, stage.app)
+        windows = subprocess.run(["xdotool", "search", "--pid", str(phone.app.pid), "--name", "^Marovenda$"], check=True,
+                                 capture_output=True, text=True).stdout.split()
+        icons = [subprocess.run(["xprop", "-id", window, "_NET_WM_ICON"], check=True, capture_output=True, text=True).stdout
+                 for window in windows]
+        assert any(re.search(r"Icon \(\d+ x \d+\)", icon) for icon in icons), [icon[:80] for icon in icons]
 
 
 @story

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void damagedPhotoSignsOut();
     void newPhotoOverADamagedOneSignsOut();
     void sessionOfTheProcessLivesInTheUsersData();
+    void nothingIsOpenedBeforeItsFirstUse();
 
 private:
     static void damage(const Folder &folder, const char *key)
@@ -317,6 +318,15 @@ void SessionTest::sessionOfTheProcessLivesInTheUsersData()
     const QString home = qEnvironmentVariable("XDG_DATA_HOME");
     QVERIFY(!home.isEmpty());
     QCOMPARE(Session(home + u"/marovenda-test"_s).userId(), 7);
+}
+
+void SessionTest::nothingIsOpenedBeforeItsFirstUse()
+{
+    const Folder folder;
+    Session session(folder.path());
+    QVERIFY(!QFile::exists(folder.file()));
+    QCOMPARE(session.userId(), 0);
+    QVERIFY(QFile::exists(folder.file()));
 }
 
 MAROVENDA_TEST_MAIN(SessionTest)

@@ -4,9 +4,11 @@
 #include "Faults.h"
 #include "HttpTransport.h"
 #include "Trial.h"
+#include "Watch.h"
 
 #include <QCoreApplication>
 #include <QJsonObject>
+#include <QTimer>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -67,6 +69,14 @@ QByteArray judge(const Short &one, const QJsonObject &lines)
     return timed(one.fault, one.took, shortLimit);
 }
 
+void settle()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    bool passed = false;
+    QTimer::singleShot(100, [&passed] { passed = true; });
+    until([&passed] { return passed; });
+}
+
 /// All of them at once.
 void shortenedTogether(Tally &tally, Wire &wire, const QList<Fault> &faults)
 {
@@ -84,9 +94,14 @@ void shortenedTogether(Tally &tally, Wire &wire, const QList<Fault> &faults)
         }
     }
     forgetPeak();
+    const Watch watch;
     for (const ShortPtr &one : all)
         start(one, u"http://127.0.0.1:%1/"_s.arg(wire.port()));
     until([&] { return std::ranges::all_of(all, [](const ShortPtr &one) { return one->completions > 0; }); });
+    // Afterwards the exchanges go, and their connections with them.
+    settle();
+    tally.note("the thread answers while servers are silent or without end, and afterwards",
+               watch.longestGap() < late, "it was away for " + QByteArray::number(watch.longestGap()) + " ms");
     const qint64 memory = peakMemory();
     const QJsonObject lines = wire.report()[u"lines"_s].toObject();
     for (const ShortPtr &one : all) {
