@@ -241,6 +241,43 @@ bool readValue(Element from, double &to, Reading &reading)
     return true;
 }
 
+namespace {
+
+/// UTF-16 units that are looked at together, which the compiler does a few at a time.
+constexpr qsizetype together = 16;
+
+/// Whether these many units stand for themselves.
+bool arePlain(const char16_t *units)
+{
+    bool plain = true;
+    for (qsizetype i = 0; i < together; ++i) {
+        const char16_t unit = units[i];
+        plain &= unit >= 0x20 && unit < 0x80 && unit != u'"' && unit != u'\\' && unit != u'/';
+    }
+    return plain;
+}
+
+/// Writes the unit at `index`, or the two of a pair; `index` stands at the last of them then.
+char *appendUnit(char *out, QStringView text, qsizetype &index)
+{
+    const char16_t unit = text[index].unicode();
+    if (unit >= 0x80)
+        return appendCodePoint(out, text, index);
+    if (const auto escaped = escape(unit); !escaped.empty())
+        return append(out, escaped);
+    if (unit < 0x20) {
+        constexpr std::string_view digits = "0123456789abcdef";
+        out = append(out, "\\u00");
+        *out++ = digits[unit >> 4];
+        *out++ = digits[unit & 0xF];
+    } else {
+        *out++ = static_cast<char>(unit);
+    }
+    return out;
+}
+
+} // namespace
+
 bool writeValue(QByteArray &to, const QString &value)
 {
     // A UTF-16 unit takes at most six bytes ("\u001f"). Room is made in slices, so that a long text that is nearly
@@ -256,21 +293,16 @@ bool writeValue(QByteArray &to, const QString &value)
             to.reserve(std::max(old + (text.size() - index) * 33 / 32 + slice * most + 2, to.capacity() * 3 / 2));
         to.resize(old + (end - index) * most);
         char *out = to.data() + old;
-        for (; index < end; ++index) {
-            const char16_t unit = text[index].unicode();
-            if (unit < 0x80) [[likely]] {
-                if (unit >= 0x20 && unit != u'"' && unit != u'\\' && unit != u'/') [[likely]] {
-                    *out++ = static_cast<char>(unit);
-                } else if (const auto escaped = escape(unit); !escaped.empty()) {
-                    out = append(out, escaped);
-                } else {
-                    constexpr std::string_view digits = "0123456789abcdef";
-                    out = append(out, "\\u00");
-                    *out++ = digits[unit >> 4];
-                    *out++ = digits[unit & 0xF];
-                }
+        while (index < end) {
+            const char16_t *const units = text.utf16() + index;
+            if (end - index >= together && arePlain(units)) {
+                for (qsizetype i = 0; i < together; ++i)
+                    out[i] = static_cast<char>(units[i]);
+                out += together;
+                index += together;
             } else {
-                out = appendCodePoint(out, text, index);
+                for (const qsizetype stop = std::min(end, index + together); index < stop; ++index)
+                    out = appendUnit(out, text, index);
             }
         }
         to.resize(out - to.constData());
