@@ -246,6 +246,7 @@ SessionStore::Health SessionStore::healthOf(int code) const
     case SQLITE_FORMAT:
     case SQLITE_ERROR:
     case SQLITE_MISMATCH:
+    case SQLITE_TOOBIG: // what a row claims to be; nothing that large was ever written
         return Health::Damaged;
     default:
         return Health::Unusable;

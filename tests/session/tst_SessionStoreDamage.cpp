@@ -24,6 +24,7 @@ private Q_SLOTS:
     void damagedValueTakesTheWholeStore();
     void swappedValuesAreDamage();
     void lostRowIsNotWritten();
+    void enormousRowIsDamage();
     void wasReplacedSaysItOnce();
     void filesAsideAreAllKept();
     void companionsGoAsideToo();
@@ -218,6 +219,18 @@ void SessionStoreDamageTest::lostRowIsNotWritten()
     QVERIFY(!store.store->write(Key::UserId, "7"));
     QCOMPARE(store.reports.size(), 1);
     QVERIFY(store.store->write(Key::UserNombre, "Eva"));
+}
+
+void SessionStoreDamageTest::enormousRowIsDamage()
+{
+    // The row that describes the table claims to be larger than SQLite ever lets one be.
+    QByteArray bytes = storeOf(Stores::sample);
+    const qsizetype row = bytes.indexOf("tablesession") - 9;
+    bytes.replace(row, 16, QByteArray::fromHex("b1cbd1f8821bbf814b1a6162f29384ca"));
+    const Folder folder;
+    folder.put(bytes);
+    Watched store(folder.path());
+    expectReplaced(folder, store, bytes);
 }
 
 void SessionStoreDamageTest::wasReplacedSaysItOnce()
