@@ -182,7 +182,8 @@ class Phone:
         def walk(accessible):
             accessible.clear_cache()
             states = accessible.get_state_set()
-            role = accessible.get_role_name()
+            # Later releases of the accessibility service have a shorter name for it.
+            role = {"button": "push button"}.get(accessible.get_role_name(), accessible.get_role_name())
             if states.contains(self.atspi.StateType.SHOWING) and role not in ("application", "frame", "filler"):
                 found.append(Element(accessible, role, accessible.get_name() or "",
                                      {s.value_nick for s in states.get_states()}))
