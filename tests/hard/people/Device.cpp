@@ -8,6 +8,8 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -32,6 +34,12 @@ QQuickItem *search(QQuickItem *from, const std::function<bool(const QQuickItem *
 QString differs(const QString &what, const QString &found, const QString &wanted)
 {
     return found == wanted ? QString() : u"%1 is \"%2\", not \"%3\""_s.arg(what, found, wanted);
+}
+
+/// Whether screens still slide, or something on them rolls on: what is touched then only stops.
+bool moves(const QQuickItem *item)
+{
+    return item->property("moving").toBool() || std::ranges::any_of(item->childItems(), moves);
 }
 
 } // namespace
@@ -168,7 +176,7 @@ QString Device::settle(const Model &model)
 {
     const bool come = wait([&] {
         return server.requests().size() >= model.requests && exchangesInFlight() == model.pending.size() &&
-               container() && !container()->property("moving").toBool();
+               container() && !moves(container());
     });
     // Two turns: a completion may put its assignment off to the next one.
     for (int turn = 0; turn < 3; ++turn) {
