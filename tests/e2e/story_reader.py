@@ -22,6 +22,8 @@ class Walk:
     def tap(self, name):
         # What has the focus has been brought into view.
         self.phone.find(name).focus()
+        # And where something slides or scrolls, it is elsewhere a moment later.
+        self.phone.wait_still()
         box = self.phone.find(name).box()
         subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2), "click", "1"],
                        check=True)
