@@ -1,5 +1,7 @@
 #include "Watch.h"
 
+#include "Contents.h"
+
 #include <QDeadlineTimer>
 #include <QFile>
 
@@ -8,14 +10,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QFile::ReadOnly))
-        qFatal("cannot read %s", qUtf8Printable(path));
-    return file.readAll();
-}
 
 double statusInMiB(const QByteArray &field)
 {

@@ -1,5 +1,6 @@
 // What check.py runs: shows one picture, or decodes many damaged ones, and tells what it cost.
 
+#include "Contents.h"
 #include "Corpus.h"
 #include "Mutations.h"
 #include "PhotoLoader.h"
@@ -20,14 +21,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QFile::ReadOnly))
-        qFatal("cannot read %s", qUtf8Printable(path));
-    return file.readAll();
-}
 
 /// Tells when it has asked for its picture to be decoded.
 class ObservedView : public PhotoView {

@@ -102,7 +102,7 @@ void shortenedTogether(Tally &tally, Wire &wire, const QList<Fault> &faults)
     settle();
     tally.note("the thread answers while servers are silent or without end, and afterwards",
                watch.longestGap() < late, "it was away for " + QByteArray::number(watch.longestGap()) + " ms");
-    const qint64 memory = peakMemory();
+    const double memory = peakMemory();
     const QJsonObject lines = wire.report()[u"lines"_s].toObject();
     for (const ShortPtr &one : all) {
         const QByteArray wrong = judge(*one, lines);

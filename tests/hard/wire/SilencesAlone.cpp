@@ -78,7 +78,7 @@ void silence(Tally &tally, Wire &wire, const Fault &fault, const QList<std::size
     for (auto &[number, delivery] : all)
         delivery = calls[number].start(QByteArray(fault.requestSize, 'p'));
     until([&] { return std::ranges::all_of(all, [](const auto &one) { return one.second->completions > 0; }); }, 150);
-    const qint64 memory = peakMemory();
+    const double memory = peakMemory();
     const QJsonObject lines = wire.report()[u"lines"_s].toObject();
 
     wire.forget();

@@ -33,9 +33,9 @@ private:
     int m_number = 0;
 };
 
-/// How much memory an exchange may take, in MB: with what else the client needs that is less than 200.
-constexpr qint64 memoryLimit = 150;
-/// The most memory that this process has held since `forgetPeak` beyond what it held then, in MB. What a sanitizer
+/// How much memory an exchange may take, in MiB: with what else the client needs that is less than 200.
+constexpr double memoryLimit = 150;
+/// The most memory that this process has held since `forgetPeak` beyond what it held then, in MiB. What a sanitizer
 /// keeps of exchanges of before does not count.
-qint64 peakMemory();
+double peakMemory();
 void forgetPeak();
