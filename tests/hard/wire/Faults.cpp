@@ -20,6 +20,12 @@ Fault open(const QByteArray &name, Gets gets, const std::function<QByteArray(con
     return {name, [bytes](const QByteArray &body) { return Steps().send(bytes(body)); }, gets};
 }
 
+Fault forgettable(Fault fault)
+{
+    fault.isForgettable = true;
+    return fault;
+}
+
 Steps onlyClosing(const QByteArray &) { return Steps().close(); }
 Steps onlyResetting(const QByteArray &) { return Steps().reset(); }
 
@@ -46,7 +52,7 @@ QList<Fault> connections()
     return {
         {"connection refused", onlyClosing, Gets::Absent, When::Request, Posts::None, true},
         {"closed before anything is read", onlyClosing, Gets::Absent, When::Door, Posts::None},
-        {"reset before anything is read", onlyResetting, Gets::Absent, When::Door, Posts::None},
+        forgettable({"reset before anything is read", onlyResetting, Gets::Absent, When::Door, Posts::None}),
         {"closed at once by a server that still reads", [](const QByteArray &) { return Steps().half(); },
          Gets::Absent, When::Door, Posts::AtMostOne},
         {"closed in the middle of the request's head", [](const QByteArray &) { return Steps().take(60).close(); },

@@ -41,6 +41,9 @@ struct Fault {
     QByteArray row = {};
     /// The good reply's body, where it is not another one for each try.
     QByteArray body = {};
+    /// The platform may note a GET to be sent again while it still writes it, and then forget it (Qt 6.4, where the
+    /// first write fails): only the limit on silence ends that one.
+    bool isForgettable = false;
 
     bool isLarge() const { return requestSize > 0; }
 };
