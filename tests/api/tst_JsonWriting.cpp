@@ -25,6 +25,8 @@ private Q_SLOTS:
     void everyCodePointReadsBack();
     void longTextsAreWrittenWhole_data();
     void longTextsAreWrittenWhole();
+    void textIsEscapedWhereverItStands_data();
+    void textIsEscapedWhereverItStands();
     void photoInBase64OnlyGrowsByItsSlashes();
     void wholeNumbersAreExact_data();
     void wholeNumbersAreExact();
@@ -188,6 +190,36 @@ void JsonWritingTest::longTextsAreWrittenWhole()
         const QString text = u"-"_s + piece.repeated(length / piece.size() + 1);
         QVERIFY(QJsonDocument::fromJson(written(RecuperarRequest{text})).object().value("email"_L1).toString() ==
                 text);
+    }
+}
+
+void JsonWritingTest::textIsEscapedWhereverItStands_data()
+{
+    QTest::addColumn<QString>("character");
+    QTest::addColumn<QByteArray>("written");
+    const auto add = [](const QString &character, const char *written) {
+        QTest::newRow(written) << character << QByteArray(written);
+    };
+    add(u"\""_s, R"(\")");
+    add(u"\\"_s, R"(\\)");
+    add(u"/"_s, R"(\/)");
+    add(u"\x1F"_s, R"(\u001f)");
+    add(u"\x7F"_s, "\x7F");
+    add(u"é"_s, "é");
+    add(u"\u2028"_s, "\u2028");
+    add(u"😀"_s, "😀");
+}
+
+void JsonWritingTest::textIsEscapedWhereverItStands()
+{
+    // Plain text is written several units at a time.
+    QFETCH(const QString, character);
+    QFETCH(const QByteArray, written);
+    for (qsizetype length = 0; length <= 50; ++length) {
+        for (qsizetype at = 0; at <= length; ++at) {
+            const QString text = QString(at, u'a') + character + QString(length - at, u'z');
+            QCOMPARE(textToken(text), '"' + QByteArray(at, 'a') + written + QByteArray(length - at, 'z') + '"');
+        }
     }
 }
 
