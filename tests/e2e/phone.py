@@ -21,6 +21,12 @@ class Gone(Exception):
     """What was waited for did not come."""
 
 
+def role_of(accessible):
+    """Later releases of the accessibility service have a shorter name for a button."""
+    role = accessible.get_role_name()
+    return "push button" if role == "button" else role
+
+
 class Element:
     """One thing that is showing: what a screen reader would say of it, and what can be done with it."""
 
@@ -122,7 +128,7 @@ class Phone:
         try:
             source = event.source
             data = event.any_data if isinstance(event.any_data, str) else ""
-            self.events.append((event.type, source.get_role_name(), source.get_name() or "", event.detail1, data))
+            self.events.append((event.type, role_of(source), source.get_name() or "", event.detail1, data))
         except self.glib.Error:
             pass  # its source has gone meanwhile
 
@@ -182,8 +188,7 @@ class Phone:
         def walk(accessible):
             accessible.clear_cache()
             states = accessible.get_state_set()
-            # Later releases of the accessibility service have a shorter name for it.
-            role = {"button": "push button"}.get(accessible.get_role_name(), accessible.get_role_name())
+            role = role_of(accessible)
             if states.contains(self.atspi.StateType.SHOWING) and role not in ("application", "frame", "filler"):
                 found.append(Element(accessible, role, accessible.get_name() or "",
                                      {s.value_nick for s in states.get_states()}))
