@@ -34,8 +34,8 @@ QThreadPool &loaderThread()
 /// In steps, since the text itself takes 171 MiB for the largest file.
 QString base64Of(const QByteArray &bytes)
 {
-    constexpr qsizetype step =
-        qsizetype(3) * 65536; // a multiple of 3, so that no step ends with padding but the last
+    // A multiple of 3, so that no step ends with padding but the last.
+    constexpr qsizetype step = qsizetype(3) * 65536;
     QString text;
     text.reserve((bytes.size() + 2) / 3 * 4);
     for (qsizetype at = 0; at < bytes.size(); at += step) {

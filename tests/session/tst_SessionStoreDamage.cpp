@@ -223,7 +223,8 @@ void SessionStoreDamageTest::lostRowIsNotWritten()
 
 void SessionStoreDamageTest::enormousRowIsDamage()
 {
-    // The row that describes the table claims to be larger than SQLite ever lets one be.
+    // The row that describes the table claims to be larger than SQLite ever lets one be: its length and its
+    // values' kinds are replaced, which stand before them (https://www.sqlite.org/fileformat2.html#record_format).
     QByteArray bytes = storeOf(Stores::sample);
     const qsizetype row = bytes.indexOf("tablesession") - 9;
     bytes.replace(row, 16, QByteArray::fromHex("b1cbd1f8821bbf814b1a6162f29384ca"));

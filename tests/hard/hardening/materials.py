@@ -60,6 +60,7 @@ def check_run(tally, bill, app, folder):
         maps = pathlib.Path(f"/proc/{phone.app.pid}/maps").read_text()
     names = {part["name"] for part in bill["components"]}
     loaded = sorted(set(re.findall(r"/\S+[qQ]t6\S+$", maps, re.MULTILINE)))
+    # Those of the decoders of images come only with a photo.
     tally.note("bill: libraries seen", len(loaded) > 15, f"{len(loaded)}: {loaded}")
     found = subprocess.run(["dpkg-query", "--search", *loaded], capture_output=True, text=True).stdout
     owners = {line.partition(": ")[2]: line.split(":")[0] for line in found.splitlines()}
