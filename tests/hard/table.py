@@ -1,4 +1,5 @@
-"""Runs the long forms of the hard checks, as many at a time as there are processors, and prints their table.
+"""Runs the long forms of the hard checks in the order of the build, as many at a time as there are processors, and prints
+their table.
 
 usage: table.py BUILD [GROUP...]
 """
