@@ -1,25 +1,12 @@
 #include "MarovendaTest.h"
-#include "ServiceTest.h"
-#include "Session.h"
-#include "TestScreen.h"
+#include "PerfilTest.h"
 
-#include <QAccessible>
-#include <QBuffer>
-#include <QFile>
 #include <QInputMethodEvent>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
-#include <sys/stat.h>
-
-using namespace Qt::StringLiterals;
-
-class PerfilViewTest : public ServiceTest {
+class PerfilViewTest : public PerfilTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init();
+    void init() { PerfilTest::init(); }
     void cleanup() { ServiceTest::cleanup(); }
 
     void startsWithTheStoredNameAlone();
@@ -28,24 +15,8 @@ private Q_SLOTS:
     void savingSendsWhatIsTyped();
     void nameIsStoredKeystrokeByKeystroke();
     void nameFollowsTheSession();
-    void storedPhotoIsShownAndNotSent();
-    void storedBytesThatAreNoPhotoShowThePlaceholder();
-    void pickedPhotoIsShownAndSentUntouched_data();
-    void pickedPhotoIsShownAndSentUntouched();
-    void laterPickReplacesBoth();
-    void sameFileTwiceIsOneChange();
-    void whatCannotBeLoadedChangesNothing_data();
-    void whatCannotBeLoadedChangesNothing();
-    void pickedBytesThatAreNoPhotoAreSentAllTheSame();
-    void savingDuringALoadSendsTheValueOfThatMoment();
-    void largePhotoDoesNotStopTheScreen();
     void outcomeOfSaving_data();
     void outcomeOfSaving();
-    void successStoresThePhotoOnShowWhenTheReplyComes();
-    void successWritesTheStoredPhotoBack();
-    void successWithoutAPhotoStoresNone();
-    void lateSuccessStoresThePhoto();
-    void savedPhotoShowsOnTheDashboard();
     void leavingDiscardsAllButTheName();
     void messageStaysUntilTheNextOne();
     void everyPressSendsOneMoreRequest();
@@ -55,101 +26,9 @@ private Q_SLOTS:
     void everythingIsReadInOrder();
     void nothingIsCut_data();
     void nothingIsCut();
-
-private:
-    /// On a container's bottom, so that it comes on screen at once.
-    static QByteArray perfil() { return "NavigationContainer { root: Component { PerfilView {} } }"; }
-    /// Opened from another screen by its button.
-    static QByteArray opened()
-    {
-        return R"qml(NavigationContainer {
-            root: Component {
-                AppScreen {
-                    id: home
-                    PrimaryButton { objectName: "open"; width: 200; text: "Abrir"; onClicked: home.push(next) }
-                }
-            }
-            property Component next: Component { PerfilView {} }
-        })qml";
-    }
-    static bool settledAt(TestScreen &screen, int depth)
-    {
-        return screen.root()->property("depth").toInt() == depth && !screen.root()->property("moving").toBool();
-    }
-    static void open(TestScreen &screen)
-    {
-        screen.tap(screen.find(u"open"_s));
-        QTRY_VERIFY(settledAt(screen, 2));
-    }
-    static void leave(TestScreen &screen)
-    {
-        screen.tap(screen.named(u"Atrás"_s));
-        QTRY_VERIFY(settledAt(screen, 1));
-    }
-    static QString msg(TestScreen &screen) { return screen.find(u"msg"_s)->property("text").toString(); }
-    static QByteArray photo(TestScreen &screen) { return screen.find(u"avatar"_s)->property("photo").toByteArray(); }
-    /// What draws the photo and tells of each new one.
-    static QQuickItem *view(TestScreen &screen) { return screen.find(u"avatar"_s)->childItems().first(); }
-    static bool decoded(TestScreen &screen) { return screen.find(u"avatar"_s)->property("decoded").toBool(); }
-    static bool comesToShow(TestScreen &screen, const QByteArray &bytes)
-    {
-        return QTest::qWaitFor([&] { return photo(screen) == bytes; });
-    }
-    static bool comesToSay(TestScreen &screen, const QString &text)
-    {
-        return QTest::qWaitFor([&] { return msg(screen) == text; });
-    }
-    static void press(TestScreen &screen) { screen.tap(screen.find(u"guardar"_s)); }
-    /// A press that lets nothing else happen meanwhile.
-    static void pressAtOnce(TestScreen &screen)
-    {
-        QAccessible::queryAccessibleInterface(screen.find(u"guardar"_s))
-            ->actionInterface()
-            ->doAction(QAccessibleActionInterface::pressAction());
-    }
-    static void pick(TestScreen &screen, const QUrl &file)
-    {
-        QVERIFY(QMetaObject::invokeMethod(screen.find(u"picker"_s), "picked", Q_ARG(QUrl, file)));
-    }
-    static QByteArray picture(const QColor &color, const char *format = "png")
-    {
-        QImage image(20, 20, QImage::Format_RGB32);
-        image.fill(color);
-        QByteArray bytes;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::WriteOnly);
-        if (!image.save(&buffer, format))
-            qFatal("cannot write %s", format);
-        return bytes;
-    }
-    QString path(const QString &name) const { return m_folder->filePath(name); }
-    QUrl file(const QString &name, const QByteArray &bytes) const
-    {
-        QFile made(path(name));
-        if (!made.open(QFile::WriteOnly) || made.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qUtf8Printable(name));
-        return QUrl::fromLocalFile(path(name));
-    }
-    QString sentAvatar(int request = 0) const
-    {
-        return sent("/api_perfil.php").value(request).value("avatar_base64"_L1).toString();
-    }
-
-    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
 static const QColor blue(0x00, 0x7A, 0xFF);
-static const QString saved = u"Perfil actualizado con éxito"_s;
-static const QString failure = u"Error al actualizar"_s;
-
-void PerfilViewTest::init()
-{
-    ServiceTest::init();
-    m_folder = std::make_unique<QTemporaryDir>();
-    Session::instance().setUserId(42);
-    Session::instance().setUserNombre(u"Ana"_s);
-    Session::instance().setUserEmail(u"ana@x"_s);
-}
 
 void PerfilViewTest::startsWithTheStoredNameAlone()
 {
@@ -258,211 +137,6 @@ void PerfilViewTest::nameFollowsTheSession()
     QCOMPARE(screen.find(u"nombre"_s)->property("text").toString(), u"Carla"_s);
 }
 
-void PerfilViewTest::storedPhotoIsShownAndNotSent()
-{
-    const QByteArray stored = picture(Qt::green);
-    Session::instance().setUserAvatarData(stored);
-    TestScreen screen(perfil());
-    QCOMPARE(photo(screen), stored);
-    QTRY_VERIFY(decoded(screen));
-    // The photo in a circle, with a blue outline of 2 over its edge.
-    const QImage drawn = screen.picture();
-    const QRect at = TestScreen::box(screen.find(u"avatar"_s)).toRect();
-    QCOMPARE(drawn.pixelColor(at.center()), QColor(Qt::green));
-    QCOMPARE(drawn.pixelColor(at.left() + 5, at.top() + 5), QColor(244, 244, 244));
-    const QColor edge = drawn.pixelColor(at.left(), at.center().y());
-    QVERIFY2(edge.blue() > 200 && edge.red() < 100, qPrintable(edge.name()));
-    press(screen);
-    waitForRequests(1);
-    QCOMPARE(sentAvatar(), QString());
-}
-
-void PerfilViewTest::storedBytesThatAreNoPhotoShowThePlaceholder()
-{
-    Session::instance().setUserAvatarData("no photo");
-    TestScreen screen(perfil());
-    QCOMPARE(photo(screen), "no photo");
-    // A photo that does decode comes after the one that does not.
-    QSignalSpy shown(screen.find(u"avatar"_s), SIGNAL(decodedChanged()));
-    const QRect at = TestScreen::box(screen.find(u"avatar"_s)).toRect();
-    QVERIFY(!decoded(screen));
-    const QColor shoulder = screen.picture().pixelColor(at.center().x(), at.bottom() - 3);
-    QVERIFY2(shoulder.blue() > 200 && shoulder.red() < 100, qPrintable(shoulder.name()));
-    pick(screen, file(u"a.png"_s, picture(Qt::red)));
-    QTRY_VERIFY(decoded(screen));
-    QCOMPARE(shown.size(), 1);
-}
-
-void PerfilViewTest::pickedPhotoIsShownAndSentUntouched_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    const QByteArray png = picture(Qt::red);
-    for (int extra = 0; extra < 3; ++extra)
-        QTest::addRow("PNG and %d", extra) << png + QByteArray(extra, '\0');
-    QTest::newRow("JPEG") << picture(Qt::red, "jpeg");
-    // Large enough for many lines, if there were any.
-    QTest::newRow("long") << png + QByteArray(100'000, '\xFF') + "\r\n\r\n";
-}
-
-void PerfilViewTest::pickedPhotoIsShownAndSentUntouched()
-{
-    QFETCH(QByteArray, bytes);
-    TestScreen screen(perfil());
-    pick(screen, file(u"foto ñ #1%20.png"_s, bytes));
-    QVERIFY(comesToShow(screen, bytes));
-    QTRY_VERIFY(decoded(screen));
-    const QRect at = TestScreen::box(screen.find(u"avatar"_s)).toRect();
-    QVERIFY(screen.picture().pixelColor(at.center()).red() > 250);
-    QCOMPARE(msg(screen), QString());
-    QVERIFY(server.requests().isEmpty());
-    QCOMPARE(Session::instance().userAvatarData(), QByteArray());
-    press(screen);
-    waitForRequests(1);
-    const QByteArray base64 = bytes.toBase64(QByteArray::Base64Encoding | QByteArray::KeepTrailingEquals);
-    QCOMPARE(server.requests().first().body,
-             R"({"user_id":42,"nombre":"Ana","email":"","password":"","avatar_base64":")" +
-                 QByteArray(base64).replace("/", "\\/") + "\"}");
-}
-
-void PerfilViewTest::laterPickReplacesBoth()
-{
-    TestScreen screen(perfil());
-    const QByteArray second = picture(Qt::green);
-    pick(screen, file(u"1.png"_s, picture(Qt::red)));
-    pick(screen, file(u"2.png"_s, second));
-    QVERIFY(comesToShow(screen, second));
-    press(screen);
-    waitForRequests(1);
-    QCOMPARE(sentAvatar(), QString::fromLatin1(second.toBase64()));
-}
-
-void PerfilViewTest::sameFileTwiceIsOneChange()
-{
-    TestScreen screen(perfil());
-    QSignalSpy changes(view(screen), SIGNAL(photoChanged()));
-    const QUrl first = file(u"1.png"_s, picture(Qt::red));
-    pick(screen, first);
-    QTRY_COMPARE(changes.size(), 1);
-    const QByteArray later = picture(Qt::blue);
-    file(u"1.png"_s, later);
-    pick(screen, first);
-    const QByteArray other = picture(Qt::green);
-    pick(screen, file(u"2.png"_s, other));
-    // Photos load in the order of the picks.
-    QVERIFY(comesToShow(screen, other));
-    QCOMPARE(changes.size(), 2);
-    // After another one it is a change again.
-    pick(screen, first);
-    QVERIFY(comesToShow(screen, later));
-}
-
-void PerfilViewTest::whatCannotBeLoadedChangesNothing_data()
-{
-    QTest::addColumn<QString>("what");
-    for (const char *what :
-         {"vanished", "empty", "folder", "pipe", "too large", "unreadable", "remote", "no address"})
-        QTest::newRow(what) << QString::fromLatin1(what);
-}
-
-void PerfilViewTest::whatCannotBeLoadedChangesNothing()
-{
-    QFETCH(QString, what);
-    QUrl item = QUrl::fromLocalFile(path(u"x.png"_s));
-    if (what == u"empty"_s)
-        file(u"x.png"_s, {});
-    else if (what == u"folder"_s)
-        item = QUrl::fromLocalFile(m_folder->path());
-    else if (what == u"pipe"_s)
-        QCOMPARE(mkfifo(path(u"x.png"_s).toLocal8Bit().constData(), 0600), 0);
-    else if (what == u"too large"_s)
-        QVERIFY(QFile::resize(file(u"x.png"_s, picture(Qt::red)).toLocalFile(), 64 * 1024 * 1024 + 1));
-    else if (what == u"unreadable"_s)
-        item = QUrl::fromLocalFile(u"/proc/self/mem"_s); // for root too: the address 0 cannot be read
-    else if (what == u"remote"_s)
-        item = QUrl(u"https://example.invalid/x.png"_s);
-    else if (what == u"no address"_s)
-        item = QUrl();
-
-    const QByteArray stored = picture(Qt::green);
-    Session::instance().setUserAvatarData(stored);
-    server.reply("/api_perfil.php", R"({"status":"success"})");
-    TestScreen screen(perfil());
-    QTRY_VERIFY(decoded(screen));
-    QSignalSpy changes(view(screen), SIGNAL(photoChanged()));
-    pick(screen, item);
-    // What is loaded after it is the first to come.
-    const QByteArray next = picture(Qt::red);
-    pick(screen, file(u"next.png"_s, next));
-    QVERIFY(comesToShow(screen, next));
-    QCOMPARE(changes.size(), 1);
-    QCOMPARE(msg(screen), QString());
-    press(screen);
-    QVERIFY(comesToSay(screen, saved));
-    QCOMPARE(sentAvatar(), QString::fromLatin1(next.toBase64()));
-}
-
-void PerfilViewTest::pickedBytesThatAreNoPhotoAreSentAllTheSame()
-{
-    Session::instance().setUserAvatarData(picture(Qt::green));
-    server.reply("/api_perfil.php", R"({"status":"success"})");
-    TestScreen screen(perfil());
-    QTRY_VERIFY(decoded(screen));
-    pick(screen, file(u"x.png"_s, "no photo"));
-    QTRY_VERIFY(!decoded(screen));
-    const QRect at = TestScreen::box(screen.find(u"avatar"_s)).toRect();
-    QVERIFY(screen.picture().pixelColor(at.center().x(), at.bottom() - 3).red() < 100);
-    QCOMPARE(msg(screen), QString());
-    press(screen);
-    QVERIFY(comesToSay(screen, saved));
-    QCOMPARE(sentAvatar(), u"bm8gcGhvdG8="_s);
-    QCOMPARE(Session::instance().userAvatarData(), "no photo");
-}
-
-void PerfilViewTest::savingDuringALoadSendsTheValueOfThatMoment()
-{
-    TestScreen screen(perfil());
-    const QByteArray bytes = picture(Qt::red);
-    pick(screen, file(u"a.png"_s, bytes));
-    pressAtOnce(screen);
-    waitForRequests(1);
-    QCOMPARE(sentAvatar(0), QString());
-    QVERIFY(comesToShow(screen, bytes));
-    pick(screen, file(u"b.png"_s, picture(Qt::green)));
-    pressAtOnce(screen);
-    waitForRequests(2);
-    QCOMPARE(sentAvatar(1), QString::fromLatin1(bytes.toBase64()));
-}
-
-void PerfilViewTest::largePhotoDoesNotStopTheScreen()
-{
-    QByteArray bytes = picture(Qt::red);
-    const QByteArray pattern("a photo's many bytes \xFF\x00\x7F", 24);
-    while (bytes.size() < 12 * 1024 * 1024)
-        bytes += pattern;
-    const QUrl item = file(u"large.png"_s, bytes);
-    server.reply("/api_perfil.php", R"({"status":"success"})");
-    TestScreen screen(perfil());
-    int turns = 0;
-    int turnsAtTheEnd = -1;
-    QTimer timer;
-    connect(&timer, &QTimer::timeout, &timer, [&] {
-        ++turns;
-        if (turnsAtTheEnd < 0 && photo(screen).size() == bytes.size())
-            turnsAtTheEnd = turns;
-    });
-    timer.start(0);
-    pick(screen, item);
-    QCOMPARE(photo(screen), QByteArray());
-    QTRY_VERIFY(turnsAtTheEnd >= 0);
-    QVERIFY2(turnsAtTheEnd > 2, qPrintable(QString::number(turnsAtTheEnd)));
-    timer.stop();
-    QTRY_VERIFY(decoded(screen));
-    press(screen);
-    QTRY_COMPARE_WITH_TIMEOUT(msg(screen), saved, 12'000);
-    QVERIFY(sentAvatar() == QString::fromLatin1(bytes.toBase64()));
-    QVERIFY(Session::instance().userAvatarData() == bytes);
-}
-
 void PerfilViewTest::outcomeOfSaving_data()
 {
     QTest::addColumn<QByteArray>("reply");
@@ -507,80 +181,6 @@ void PerfilViewTest::outcomeOfSaving()
     QCOMPARE(Session::instance().userNombre(), u"Ana"_s);
     QCOMPARE(Session::instance().userEmail(), u"ana@x"_s);
     QCOMPARE(Session::instance().userId(), 42);
-}
-
-void PerfilViewTest::successStoresThePhotoOnShowWhenTheReplyComes()
-{
-    server.hold("/api_perfil.php");
-    TestScreen screen(perfil());
-    pick(screen, file(u"a.png"_s, picture(Qt::red)));
-    QTRY_VERIFY(!photo(screen).isEmpty());
-    press(screen);
-    waitForRequests(1);
-    const QByteArray later = picture(Qt::green);
-    pick(screen, file(u"b.png"_s, later));
-    QVERIFY(comesToShow(screen, later));
-    server.held.first()->send(R"({"status":"success"})");
-    QVERIFY(comesToSay(screen, saved));
-    QCOMPARE(Session::instance().userAvatarData(), later);
-}
-
-void PerfilViewTest::successWritesTheStoredPhotoBack()
-{
-    const QByteArray stored = picture(Qt::green);
-    Session::instance().setUserAvatarData(stored);
-    server.reply("/api_perfil.php", R"({"status":"success"})");
-    TestScreen screen(perfil());
-    Session::instance().setUserAvatarData("another");
-    press(screen);
-    QVERIFY(comesToSay(screen, saved));
-    QCOMPARE(Session::instance().userAvatarData(), stored);
-}
-
-void PerfilViewTest::successWithoutAPhotoStoresNone()
-{
-    server.reply("/api_perfil.php", R"({"status":"success"})");
-    TestScreen screen(perfil());
-    Session::instance().setUserAvatarData("another");
-    press(screen);
-    QVERIFY(comesToSay(screen, saved));
-    QCOMPARE(Session::instance().userAvatarData(), "another");
-}
-
-void PerfilViewTest::lateSuccessStoresThePhoto()
-{
-    server.hold("/api_perfil.php");
-    TestScreen screen(opened());
-    open(screen);
-    const QByteArray picked = picture(Qt::red);
-    pick(screen, file(u"a.png"_s, picked));
-    QVERIFY(comesToShow(screen, picked));
-    press(screen);
-    waitForRequests(1);
-    leave(screen);
-    QTRY_VERIFY(screen.all(u"guardar"_s).isEmpty());
-    QCOMPARE(Session::instance().userAvatarData(), QByteArray());
-    server.held.first()->send(R"({"status":"success"})");
-    QTRY_COMPARE(Session::instance().userAvatarData(), picked);
-}
-
-void PerfilViewTest::savedPhotoShowsOnTheDashboard()
-{
-    server.reply("/api_perfil.php", R"({"status":"success"})");
-    TestScreen screen("NavigationContainer { root: Component { DashboardView { objectName: 'home' } } }");
-    const QQuickItem *const home = screen.find(u"home"_s);
-    screen.tap(screen.named(u"Perfil"_s));
-    QTRY_VERIFY(settledAt(screen, 2));
-    screen.type(screen.find(u"nombre"_s), u"Bea"_s);
-    QCOMPARE(screen.find(u"greeting"_s, home)->property("text").toString(), u"Hola, Bea"_s);
-    const QByteArray picked = picture(Qt::red);
-    pick(screen, file(u"a.png"_s, picked));
-    QVERIFY(comesToShow(screen, picked));
-    QVERIFY(screen.find(u"photo"_s, home)->property("photo").toByteArray().isEmpty());
-    press(screen);
-    QTRY_COMPARE(screen.find(u"photo"_s, home)->property("photo").toByteArray(), picked);
-    leave(screen);
-    QTRY_VERIFY(screen.find(u"photo"_s, home)->property("decoded").toBool());
 }
 
 void PerfilViewTest::leavingDiscardsAllButTheName()
