@@ -13,7 +13,8 @@ import time
 
 
 def checks(build, groups):
-    """The hard checks that CTest knows: group, command, environment."""
+    """The hard checks that CTest knows: group, command, environment. One that can be shared by processes comes once for
+    each of them."""
     listed = subprocess.run(["ctest", "--test-dir", build, "-L", "^hard$", "--show-only=json-v1"], check=True,
                             capture_output=True, text=True)
     for test in json.loads(listed.stdout)["tests"]:
@@ -22,7 +23,8 @@ def checks(build, groups):
             continue
         properties = {p["name"]: p["value"] for p in test["properties"]}
         environment = dict(pair.split("=", 1) for pair in properties.get("ENVIRONMENT", []))
-        yield group, test["command"], environment
+        for _ in range(int(environment.get("MAROVENDA_SHARES", 1))):
+            yield group, test["command"], environment
 
 
 def run(group, command, environment):
@@ -40,13 +42,17 @@ def main():
     start = time.monotonic()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         results = list(pool.map(lambda check: run(*check), found))
+    totals = {}
+    for group, rows, _ in results:
+        for fault, *counts in rows:
+            totals[group, fault] = [a + int(b) for a, b in zip(totals.get((group, fault), (0, 0)), counts)]
     table = [("group", "fault", "tries", "failures")]
-    table += [(group, *row) for group, rows, _ in results for row in rows]
+    table += [(*row, *map(str, counts)) for row, counts in totals.items()]
     widths = [max(len(row[i]) for row in table) for i in range(4)]
     for row in table:
         print(f"{row[0]:{widths[0]}}  {row[1]:{widths[1]}}  {row[2]:>{widths[2]}}  {row[3]:>{widths[3]}}")
-    failed = [group for group, rows, status in results if status != 0 or not rows]
-    print(f"{len(found)} groups in {(time.monotonic() - start) / 60:.0f} minutes; "
+    failed = sorted({group for group, rows, status in results if status != 0 or not rows})
+    print(f"{len({group for group, _, _ in found})} groups in {(time.monotonic() - start) / 60:.0f} minutes; "
           f"{'failed: ' + ', '.join(failed) if failed else 'no failures'}")
     sys.exit(1 if failed else 0)
 

@@ -4,6 +4,7 @@
 
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <cstring>
 
 using namespace Qt::StringLiterals;
@@ -72,7 +73,8 @@ void explain(Device &device, quint32 seed)
 
 } // namespace
 
-/// usage: people-check quick|long; MAROVENDA_SEED repeats one sequence.
+/// usage: people-check quick|long; MAROVENDA_SEED repeats one sequence, MAROVENDA_SHARES makes this one of so many
+/// processes that have the long form's sequences among them.
 class PeopleCheck : public QObject {
     Q_OBJECT
 public:
@@ -86,7 +88,8 @@ public:
         const quint32 first = one      ? qEnvironmentVariable("MAROVENDA_SEED").toUInt()
                               : m_long ? QRandomGenerator::system()->generate() >> 1
                                        : 1;
-        const int count = one ? 1 : m_long ? 10000 : 100;
+        const int shares = std::max(1, qEnvironmentVariableIntValue("MAROVENDA_SHARES"));
+        const int count = one ? 1 : m_long ? 10000 / shares : 100;
         std::fprintf(stderr, "seeds %u to %u\n", first, first + quint32(count) - 1);
         for (int i = 0; i < count; ++i) {
             const quint32 seed = first + quint32(i);
