@@ -18,10 +18,13 @@ QThreadPool &loaderThread()
     static auto *const pool = [] {
         auto *made = new QThreadPool(qApp);
         made->setMaxThreadCount(1);
-        // Nothing may come when the view models have dropped what was queued.
+        // Nothing may be on its way when the application goes: what `loaded` holds could then not be deleted later,
+        // and the process would wait for itself.
         qAddPostRoutine([] {
             loaderThread().clear();
             loaderThread().waitForDone();
+            QCoreApplication::sendPostedEvents(qApp, QEvent::MetaCall);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         });
         return made;
     }();
