@@ -18,13 +18,10 @@ QThreadPool &loaderThread()
     static auto *const pool = [] {
         auto *made = new QThreadPool(qApp);
         made->setMaxThreadCount(1);
-        // Nothing may be on its way when the application goes: what `loaded` holds could then not be deleted later,
-        // and the process would wait for itself.
+        // Nothing may come once the view models' queued jobs have been dropped, which happens after this.
         qAddPostRoutine([] {
             loaderThread().clear();
             loaderThread().waitForDone();
-            QCoreApplication::sendPostedEvents(qApp, QEvent::MetaCall);
-            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         });
         return made;
     }();
