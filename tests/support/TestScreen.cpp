@@ -175,6 +175,24 @@ void TestScreen::key(Qt::Key key, Qt::KeyboardModifiers modifiers) const
     QTest::keyClick(m_view.get(), key, modifiers);
 }
 
+QByteArray TestScreen::pushing(const QByteArray &next)
+{
+    return R"qml(NavigationContainer {
+        root: Component {
+            AppScreen {
+                id: home
+                PrimaryButton { objectName: "open"; width: 200; text: "Abrir"; onClicked: home.push(next) }
+            }
+        }
+        property Component next: Component { )qml" +
+           next + " } }";
+}
+
+bool TestScreen::settledAt(int depth) const
+{
+    return root()->property("depth").toInt() == depth && !root()->property("moving").toBool();
+}
+
 QImage TestScreen::picture() const { return m_view->grabWindow(); }
 
 void TestScreen::settle() const

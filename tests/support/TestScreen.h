@@ -14,6 +14,8 @@ public:
     /// Shows the component that `qml` describes; the app's modules can be imported in it.
     explicit TestScreen(const QByteArray &qml, QSize size = {390, 844});
     ~TestScreen();
+    /// A container whose first screen has a button of the name "open" that pushes the screen that `next` describes.
+    static QByteArray pushing(const QByteArray &next);
 
     QQuickItem *root() const { return m_view->rootObject(); }
     QQuickView &window() const { return *m_view; }
@@ -42,6 +44,8 @@ public:
     static QRectF box(const QQuickItem *item);
     /// What is drawn; the window need not be on a display.
     QImage picture() const;
+    /// Whether the container that is the root shows its screen of this depth, at rest.
+    bool settledAt(int depth) const;
     /// Waits until the layout has been brought up to date.
     void settle() const;
 

@@ -33,10 +33,6 @@ private Q_SLOTS:
 
 private:
     static QByteArray credits() { return "DeveloperView { objectName: 'credits' }"; }
-    static bool settledAt(TestScreen &screen, int depth)
-    {
-        return screen.root()->property("depth").toInt() == depth && !screen.root()->property("moving").toBool();
-    }
     /// The text on show that says this.
     static QQuickItem *text(TestScreen &screen, const QString &said)
     {
@@ -273,7 +269,7 @@ void DeveloperViewTest::volverGoesBack()
     TestScreen screen("NavigationContainer { root: Component { DashboardView { objectName: 'home' } } }");
     for (const bool byKey : {false, true}) {
         screen.tap(screen.named(u"Dev"_s));
-        QTRY_VERIFY(settledAt(screen, 2));
+        QTRY_VERIFY(screen.settledAt(2));
         QVERIFY(screen.named(u"Corvandel"_s));
         QVERIFY(!screen.named(u"Atrás"_s));
         if (byKey) {
@@ -282,7 +278,7 @@ void DeveloperViewTest::volverGoesBack()
         } else {
             screen.tap(screen.named(u"Volver al Panel"_s));
         }
-        QTRY_VERIFY(settledAt(screen, 1));
+        QTRY_VERIFY(screen.settledAt(1));
         QVERIFY(screen.find(u"home"_s)->isVisible());
         QTRY_VERIFY(screen.all(u"volver"_s).isEmpty());
     }

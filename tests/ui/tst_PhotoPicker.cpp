@@ -59,22 +59,6 @@ private:
             }
         })qml";
     }
-    static QByteArray profile()
-    {
-        return R"qml(NavigationContainer {
-            root: Component {
-                AppScreen {
-                    id: home
-                    PrimaryButton { objectName: "open"; width: 200; text: "Abrir"; onClicked: home.push(next) }
-                }
-            }
-            property Component next: Component { PerfilView {} }
-        })qml";
-    }
-    static bool settledAt(TestScreen &screen, int depth)
-    {
-        return screen.root()->property("depth").toInt() == depth && !screen.root()->property("moving").toBool();
-    }
     static bool shown(TestScreen &screen) { return screen.find(u"picker"_s)->isVisible(); }
     static int count(TestScreen &screen) { return screen.find(u"photos"_s)->property("count").toInt(); }
     static void open(TestScreen &screen, int photos)
@@ -385,16 +369,16 @@ void PhotoPickerTest::cancelPicksNothing()
 
 void PhotoPickerTest::escapeLeavesThePickerBeforeTheScreen()
 {
-    TestScreen screen(profile());
+    TestScreen screen(TestScreen::pushing("PerfilView {}"));
     screen.tap(screen.find(u"open"_s));
-    QTRY_VERIFY(settledAt(screen, 2));
+    QTRY_VERIFY(screen.settledAt(2));
     screen.tap(screen.find(u"cambiarFoto"_s));
     QVERIFY(shown(screen));
     screen.key(Qt::Key_Escape);
     QVERIFY(!shown(screen));
     QCOMPARE(screen.root()->property("depth").toInt(), 2);
     screen.key(Qt::Key_Escape);
-    QTRY_VERIFY(settledAt(screen, 1));
+    QTRY_VERIFY(screen.settledAt(1));
 }
 
 void PhotoPickerTest::focusCannotLeave()
@@ -430,9 +414,9 @@ void PhotoPickerTest::whatIsBelowCannotBeReachedOrHeard()
 void PhotoPickerTest::profileTakesThePickedPhoto()
 {
     add(u"uno.png"_s, 10);
-    TestScreen screen(profile());
+    TestScreen screen(TestScreen::pushing("PerfilView {}"));
     screen.tap(screen.find(u"open"_s));
-    QTRY_VERIFY(settledAt(screen, 2));
+    QTRY_VERIFY(screen.settledAt(2));
     press(screen.named(u"Cambiar foto"_s));
     QTRY_COMPARE(count(screen), 1);
     screen.settle();

@@ -1,5 +1,5 @@
 #include "MarovendaTest.h"
-#include "ViewModel.h"
+#include "PlainViewModel.h"
 
 #include <QPointer>
 #include <QQmlComponent>
@@ -9,13 +9,6 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-class PlainViewModel : public ViewModel {
-    Q_OBJECT
-public:
-    using ViewModel::hold;
-    using ViewModel::ViewModel;
-};
 
 /// A page of Qt's own items, with a view model that its functions know by id.
 class ViewModelTest : public QObject {

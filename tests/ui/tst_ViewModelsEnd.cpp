@@ -1,5 +1,5 @@
 #include "MarovendaTest.h"
-#include "ViewModel.h"
+#include "PlainViewModel.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -10,13 +10,6 @@
 #include <functional>
 
 using namespace Qt::StringLiterals;
-
-class PlainViewModel : public ViewModel {
-    Q_OBJECT
-public:
-    using ViewModel::hold;
-    using ViewModel::ViewModel;
-};
 
 /// What an exchange is to the application.
 class Holder : public QObject {

@@ -31,31 +31,16 @@ protected:
     /// On a container's bottom, so that it comes on screen at once.
     static QByteArray perfil() { return "NavigationContainer { root: Component { PerfilView {} } }"; }
     /// Opened from another screen by its button.
-    static QByteArray opened()
-    {
-        return R"qml(NavigationContainer {
-            root: Component {
-                AppScreen {
-                    id: home
-                    PrimaryButton { objectName: "open"; width: 200; text: "Abrir"; onClicked: home.push(next) }
-                }
-            }
-            property Component next: Component { PerfilView {} }
-        })qml";
-    }
-    static bool settledAt(TestScreen &screen, int depth)
-    {
-        return screen.root()->property("depth").toInt() == depth && !screen.root()->property("moving").toBool();
-    }
+    static QByteArray opened() { return TestScreen::pushing("PerfilView {}"); }
     static void open(TestScreen &screen)
     {
         screen.tap(screen.find(u"open"_s));
-        QTRY_VERIFY(settledAt(screen, 2));
+        QTRY_VERIFY(screen.settledAt(2));
     }
     static void leave(TestScreen &screen)
     {
         screen.tap(screen.named(u"Atrás"_s));
-        QTRY_VERIFY(settledAt(screen, 1));
+        QTRY_VERIFY(screen.settledAt(1));
     }
     static QString msg(TestScreen &screen) { return screen.find(u"msg"_s)->property("text").toString(); }
     static QByteArray photo(TestScreen &screen) { return screen.find(u"avatar"_s)->property("photo").toByteArray(); }

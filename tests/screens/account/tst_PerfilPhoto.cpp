@@ -296,7 +296,7 @@ void PerfilPhotoTest::savedPhotoShowsOnTheDashboard()
     TestScreen screen("NavigationContainer { root: Component { DashboardView { objectName: 'home' } } }");
     const QQuickItem *const home = screen.find(u"home"_s);
     screen.tap(screen.named(u"Perfil"_s));
-    QTRY_VERIFY(settledAt(screen, 2));
+    QTRY_VERIFY(screen.settledAt(2));
     screen.type(screen.find(u"nombre"_s), u"Bea"_s);
     QCOMPARE(screen.find(u"greeting"_s, home)->property("text").toString(), u"Hola, Bea"_s);
     const QByteArray picked = picture(Qt::red);

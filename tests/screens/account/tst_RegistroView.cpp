@@ -474,17 +474,14 @@ void RegistroViewTest::returnInAFieldSendsNothing()
 void RegistroViewTest::goingBackDiscardsWhatWasTyped()
 {
     TestScreen screen("NavigationContainer { root: Component { LoginView {} } }");
-    const auto settled = [&](int depth) {
-        return screen.root()->property("depth").toInt() == depth && !screen.root()->property("moving").toBool();
-    };
     screen.tap(screen.find(u"registro"_s));
-    QTRY_VERIFY(settled(2));
+    QTRY_VERIFY(screen.settledAt(2));
     screen.type(screen.find(u"nom"_s), u"Ana"_s);
     screen.tap(screen.named(u"Atrás"_s));
-    QTRY_VERIFY(settled(1));
+    QTRY_VERIFY(screen.settledAt(1));
     QVERIFY(screen.named(u"Iniciar Sesión"_s));
     screen.tap(screen.find(u"registro"_s));
-    QTRY_VERIFY(settled(2));
+    QTRY_VERIFY(screen.settledAt(2));
     QCOMPARE(screen.find(u"nom"_s)->property("text").toString(), QString());
 }
 
