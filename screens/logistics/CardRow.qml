@@ -15,7 +15,7 @@ Item {
     property bool partOfControl: false
     readonly property real padding: 12
 
-    implicitHeight: Math.max(tile.height, lines.height, Theme.largeText ? 0 : badgeText.height)
+    implicitHeight: Math.max(tile.height, Math.max(lines.height, Theme.largeText ? 0 : badgeText.height))
         + (Theme.largeText ? Theme.spacing + badgeText.height : 0) + 2 * padding
 
     Accessible.role: Accessible.ListItem

@@ -131,7 +131,7 @@ AppScreen {
                 onFocusedChanged: {
                     for (let each = focused; each; each = each.parent) {
                         if (each.parent === tiles)
-                            contentX = Math.max(0, each.x + each.width - width, Math.min(contentX, each.x))
+                            contentX = Math.max(0, Math.max(each.x + each.width - width, Math.min(contentX, each.x)))
                     }
                 }
                 width: column.inner

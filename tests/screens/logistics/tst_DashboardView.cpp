@@ -454,6 +454,7 @@ void DashboardViewTest::focusedTileIsBroughtIntoView()
     QVERIFY(!inView(u"Casillero"_s));
     screen.named(u"Casillero"_s)->forceActiveFocus(Qt::TabFocusReason);
     QVERIFY(inView(u"Casillero"_s));
+    QCOMPARE(screen.find(u"tiles"_s)->property("contentX").toReal(), 0);
 }
 
 void DashboardViewTest::everythingIsReadInOrder()
