@@ -127,6 +127,7 @@ SessionStore::Health SessionStore::tryToOpen()
         m_obstacle = u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
         return healthOf(code);
     }
+    sqlite3_extended_result_codes(database, 1);
     sqlite3_busy_timeout(database, 5000);
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
@@ -238,6 +239,10 @@ int SessionStore::checkRows() const
 
 SessionStore::Health SessionStore::healthOf(int code) const
 {
+    // Later SQLite reads a long value from the file itself and says so where the file ends too early; it has said that
+    // a page is damaged before.
+    if (code == SQLITE_IOERR_SHORT_READ)
+        return Health::Damaged;
     switch (code & 0xFF) {
     case SQLITE_OK:
         return Health::Good;
