@@ -50,7 +50,7 @@ private:
     {
         QByteArrayList names;
         for (const auto &[name, value] : request.headers)
-            names += name;
+            names += name.toLower();
         std::ranges::sort(names);
         return names;
     }
@@ -72,8 +72,8 @@ void HttpTransportTest::postIsSentToTheByte()
     QCOMPARE(request.header("Host"), "127.0.0.1:" + QByteArray::number(server.port()));
     QCOMPARE(request.body, "{\"email\":\"ñ\"}");
     // What the platform adds by itself, and nothing more.
-    QCOMPARE(headerNames(request), (QByteArrayList{"Accept-Encoding", "Accept-Language", "Connection",
-                                                   "Content-Length", "Content-Type", "Host", "User-Agent"}));
+    QCOMPARE(headerNames(request), (QByteArrayList{"accept-encoding", "accept-language", "connection",
+                                                   "content-length", "content-type", "host", "user-agent"}));
 }
 
 void HttpTransportTest::getIsSentToTheByte()
@@ -87,7 +87,7 @@ void HttpTransportTest::getIsSentToTheByte()
     QCOMPARE(request.path, "/a?user_id=-3");
     QVERIFY(request.body.isEmpty());
     QCOMPARE(headerNames(request),
-             (QByteArrayList{"Accept-Encoding", "Accept-Language", "Connection", "Host", "User-Agent"}));
+             (QByteArrayList{"accept-encoding", "accept-language", "connection", "host", "user-agent"}));
 }
 
 void HttpTransportTest::bodyIsSentAsItIs_data()
@@ -142,7 +142,10 @@ void HttpTransportTest::statusAndHeadersAreKnown()
     const auto outcome = send(get(server));
     QVERIFY(completed(outcome));
     QCOMPARE(outcome->reply.status, 503);
-    QVERIFY(outcome->reply.headers.contains(QNetworkReply::RawHeaderPair("X-Reason", "tired")));
+    // Later Qt makes all names small; to HTTP they are the same.
+    QVERIFY(std::ranges::any_of(outcome->reply.headers, [](const auto &header) {
+        return header.first.toLower() == "x-reason" && header.second == "tired";
+    }));
     QCOMPARE(outcome->reply.error, QNetworkReply::ServiceUnavailableError);
 }
 

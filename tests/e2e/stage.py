@@ -1,12 +1,12 @@
 """What every story is told with: the customers, the executables, a network of its own."""
 
 import fcntl
-import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+from namespaces import enter_own_network
 from service import Service, demo_port
 
 ANA = ("ana@marovenda.example", "Casillero#1")
@@ -51,13 +51,9 @@ def heard_alert(phone, text):
 
 
 def in_own_network():
-    """Starts this program again with a network of its own; returns where that is refused, once no other story runs."""
-    if os.environ.get("MAROVENDA_OWN_NETWORK"):
+    """Goes into a network of its own; returns where that is refused, once no other story runs."""
+    if enter_own_network():
         return None
-    own = ["unshare", "--user", "--map-root-user", "--net"]
-    if subprocess.run([*own, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
-        os.environ["MAROVENDA_OWN_NETWORK"] = "1"
-        os.execvp(own[0], [*own, "sh", "-c", 'ip link set lo up && exec "$@"', "sh", sys.executable, *sys.argv])
     lock = open(pathlib.Path(tempfile.gettempdir()) / "marovenda-stories.lock", "w")
     fcntl.flock(lock, fcntl.LOCK_EX)
     return lock

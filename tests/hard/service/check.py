@@ -6,17 +6,17 @@ usage: check.py SERVICE quick|long      MAROVENDA_SEED=N repeats a run, MAROVEND
 import os
 import pathlib
 import random
-import subprocess
 import sys
 import tempfile
 
 HERE = pathlib.Path(__file__).parent
-sys.path.insert(0, str(HERE.parent))
+sys.path[:0] = [str(HERE.parent), str(HERE.parents[1] / "support")]
 import injection
 import killed
 import load
 import loopback
 import malformed
+from namespaces import enter_own_network
 from program import Program, allow_many_files
 from tally import Tally
 
@@ -25,19 +25,10 @@ PARTS = {"malformed": malformed, "load": load, "injection": injection, "loopback
 QUICK_SEED = 1
 
 
-def in_own_network():
-    """Starts this program again in a network of its own, where that is granted: addresses may be added there."""
-    if os.environ.get("MAROVENDA_OWN_NETWORK"):
-        return
-    own = ["unshare", "--user", "--map-root-user", "--net"]
-    if subprocess.run([*own, "true"], stderr=subprocess.DEVNULL, check=False).returncode == 0:
-        os.environ["MAROVENDA_OWN_NETWORK"] = "1"
-        os.execvp(own[0], [*own, "sh", "-c", 'ip link set lo up && exec "$@"', "sh", sys.executable, *sys.argv])
-
-
 def main():
     executable, form = sys.argv[1:3]
-    in_own_network()
+    # Addresses may be added there.
+    enter_own_network()
     allow_many_files()
     long = form == "long"
     seed = int(os.environ.get("MAROVENDA_SEED", random.SystemRandom().randrange(10**9) if long else QUICK_SEED))
