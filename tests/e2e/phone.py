@@ -27,6 +27,12 @@ def role_of(accessible):
     return "push button" if role == "button" else role
 
 
+def text_of(text, begin, end):
+    """What a text interface says from one place to another; its own class has another function of the same name."""
+    from gi.repository import Atspi
+    return Atspi.Text.get_text(text, begin, end)
+
+
 class Element:
     """One thing that is showing: what a screen reader would say of it, and what can be done with it."""
 
@@ -50,7 +56,7 @@ class Element:
 
     def text(self):
         text = self.accessible.get_text_iface()
-        return text.get_text(0, text.get_character_count()) if text else ""
+        return text_of(text, 0, text.get_character_count()) if text else ""
 
     def box(self):
         from gi.repository import Atspi
@@ -269,4 +275,6 @@ class Phone:
                 return
 
     def standard_error(self):
-        return self.errors.read_text()
+        """What the app has said. A screen reader that asks for what has just gone makes later Qt say so too."""
+        return "".join(line for line in self.errors.read_text().splitlines(keepends=True)
+                       if not line.startswith("qt.accessibility.atspi: Could not find accessible on path"))

@@ -19,7 +19,8 @@ sys.path.insert(0, str(HERE.parent))
 from tally import Tally
 
 KNOWN = [str(HERE / "seeds"), str(HERE / "corpus")]
-OWN = ("api/Json.cpp", "api/Json.h", "api/Records.h")
+# The records are lists of fields, of which later Clang counts each line as code.
+OWN = ("api/Json.cpp", "api/Json.h")
 QUICK_SEED = 1
 LONGEST = 4096
 # Of the lines: what no document reaches, since it is about records that a program fills.

@@ -7,7 +7,7 @@ import subprocess
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).parents[2] / "e2e"))
-from phone import Phone
+from phone import Phone, text_of
 
 OPENER = '#!/bin/sh\nprintf "%s\\0" "$#" "$@" >>"{file}"\n'
 
@@ -65,7 +65,7 @@ class WatchedPhone(Phone):
             questions = [accessible.get_name, accessible.get_description, accessible.get_attributes]
             if text := accessible.get_text_iface():
                 count = text.get_character_count()
-                questions += [lambda: text.get_text(0, count), lambda: text.get_text(0, -1),
+                questions += [lambda: text_of(text, 0, count), lambda: text_of(text, 0, -1),
                               lambda: text.get_string_at_offset(0, self.atspi.TextGranularity.PARAGRAPH)]
             if value := accessible.get_value_iface():
                 questions.append(value.get_current_value)

@@ -18,7 +18,8 @@ def lossless(width, height):
     for number, width_in_bits in bits:
         value |= number << position
         position += width_in_bits
-    return chunk(b"VP8L", value.to_bytes(-(-position // 8), "little") + b"\0" * 8)
+    # Later Qt takes nothing of less than 40 bytes for a picture.
+    return chunk(b"VP8L", value.to_bytes(-(-position // 8), "little") + b"\0" * 16)
 
 
 def size(width, height):
