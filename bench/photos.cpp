@@ -87,7 +87,8 @@ QJsonObject pickPhoto(Handset &app, const QStringList &arguments)
     app.tap(app.item(u"guardar"_s));
     const auto pressed = TimedApplication::now() - press;
     app.until([&] { return !viewModel->property("msg").toString().isEmpty(); });
-    Handset::rest(100ms);
+    // With what is tidied up after it.
+    Handset::rest(2s);
     return {
         {u"picking"_s, picking},
         {u"copying"_s, copying},

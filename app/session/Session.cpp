@@ -3,6 +3,7 @@
 #include <QStandardPaths>
 #include <QStringDecoder>
 
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -21,7 +22,13 @@ QString textOf(const QByteArray &utf8)
 
 } // namespace
 
-Session::Session(QString directory, QObject *parent) : QObject(parent), m_directory(std::move(directory)) {}
+Session::Session(QString directory, QObject *parent) : QObject(parent), m_directory(std::move(directory))
+{
+    // Not with the write: both of a large photo together would be felt.
+    m_tidying.setSingleShot(true);
+    m_tidying.setInterval(std::chrono::seconds(1));
+    connect(&m_tidying, &QTimer::timeout, this, [this] { store().shortenLog(); });
+}
 
 Session &Session::instance()
 {
@@ -36,6 +43,13 @@ SessionStore &Session::store()
         load();
     }
     return *m_store;
+}
+
+void Session::write(SessionStore::Key key, const QByteArray &value)
+{
+    store().write(key, value);
+    if (m_store->isLogLong())
+        m_tidying.start();
 }
 
 void Session::load()
@@ -73,7 +87,7 @@ qint64 Session::userId()
 
 void Session::setUserId(qint64 value)
 {
-    store().write(SessionStore::Key::UserId, QByteArray::number(value));
+    write(SessionStore::Key::UserId, QByteArray::number(value));
     if (std::exchange(m_userId, value) != value)
         emit userIdChanged();
 }
@@ -86,7 +100,7 @@ QString Session::userNombre()
 
 void Session::setUserNombre(const QString &value)
 {
-    store().write(SessionStore::Key::UserNombre, value.toUtf8());
+    write(SessionStore::Key::UserNombre, value.toUtf8());
     if (std::exchange(m_userNombre, value) != value)
         emit userNombreChanged();
 }
@@ -99,7 +113,7 @@ QString Session::userEmail()
 
 void Session::setUserEmail(const QString &value)
 {
-    store().write(SessionStore::Key::UserEmail, value.toUtf8());
+    write(SessionStore::Key::UserEmail, value.toUtf8());
     if (std::exchange(m_userEmail, value) != value)
         emit userEmailChanged();
 }
@@ -118,7 +132,7 @@ void Session::setUserAvatarData(const QByteArray &value)
 {
     const bool changed = value != userAvatarData();
     m_userAvatarData = value;
-    store().write(SessionStore::Key::UserAvatar, value);
+    write(SessionStore::Key::UserAvatar, value);
     if (changed)
         emit userAvatarDataChanged();
 }

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 #include <optional>
 
@@ -46,11 +47,13 @@ Q_SIGNALS:
 private:
     /// Opens it at the first use: nothing of it is needed for the window's first frame.
     SessionStore &store();
+    void write(SessionStore::Key key, const QByteArray &value);
     void load();
     void forget();
 
     const QString m_directory;
     std::optional<SessionStore> m_store;
+    QTimer m_tidying;
     qint64 m_userId = 0;
     QString m_userNombre;
     QString m_userEmail;

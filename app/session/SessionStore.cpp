@@ -16,6 +16,10 @@ namespace {
 /// The layout of the database, kept in its user_version.
 constexpr int layoutVersion = 1;
 
+/// In pages. SQLite itself shortens the log at the first of these, within the write that reaches it.
+constexpr int longLog = 1000;
+constexpr int longestLog = 10'000;
+
 /// SQLite finds damage in its own structures but not in the bytes of a value; this check does, and it covers the key,
 /// so that one value cannot pass for another, and whether there is a value at all. XXH3, 64 bits: against accidents,
 /// not against a forger.
@@ -129,6 +133,17 @@ SessionStore::Health SessionStore::tryToOpen()
     }
     sqlite3_extended_result_codes(database, 1);
     sqlite3_busy_timeout(database, 5000);
+    m_logLength = 0;
+    sqlite3_wal_hook(
+        database,
+        [](void *store, sqlite3 *, const char *, int pages) {
+            auto *const self = static_cast<SessionStore *>(store);
+            self->m_logLength = pages;
+            if (pages >= longestLog)
+                self->shortenLog();
+            return SQLITE_OK;
+        },
+        this);
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     const Health health = prepareTables();
@@ -239,8 +254,8 @@ int SessionStore::checkRows() const
 
 SessionStore::Health SessionStore::healthOf(int code) const
 {
-    // Later SQLite reads a long value from the file itself and says so where the file ends too early; it has said that
-    // a page is damaged before.
+    // Later SQLite reads a long value from the file itself and says so where the file ends too early; it has said
+    // that a page is damaged before.
     if (code == SQLITE_IOERR_SHORT_READ)
         return Health::Damaged;
     switch (code & 0xFF) {
@@ -346,6 +361,16 @@ bool SessionStore::write(Key key, const QByteArray &value)
     complain(u"%1 in %2 cannot be written: %3"_s.arg(QLatin1String(name(key)), m_path,
                                                      QString::fromUtf8(sqlite3_errstr(code))));
     return false;
+}
+
+bool SessionStore::isLogLong() const { return m_logLength >= longLog; }
+
+void SessionStore::shortenLog()
+{
+    // What cannot be moved now stays in the log, where it is as safe.
+    m_logLength = 0;
+    if (m_database)
+        sqlite3_wal_checkpoint_v2(m_database.get(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 }
 
 bool SessionStore::wasReplaced() { return std::exchange(m_replaced, false); }

@@ -42,6 +42,12 @@ public:
     /// False, with a report, when the value could not be written; the old one is then still there.
     bool write(Key key, const QByteArray &value);
 
+    /// Whether so much has been written that `shortenLog` is worth its while: with a large photo it takes about as
+    /// long as the write did. Long before a log fills a disk, a write shortens it by itself.
+    bool isLogLong() const;
+    /// Moves what the log holds into the file. Nothing that was written depends on it.
+    void shortenLog();
+
     /// True after the file was found damaged, whether it could be moved aside or not, until this is called.
     bool wasReplaced();
 
@@ -77,6 +83,8 @@ private:
     Report m_report;
     std::unique_ptr<sqlite3, Closer> m_database;
     QString m_obstacle;
+    /// Of the log, in pages of 4 KiB, after the last write.
+    int m_logLength = 0;
     bool m_replaced = false;
     bool m_complained = false;
 };

@@ -23,6 +23,7 @@ private Q_SLOTS:
     void everyTextIsKept_data();
     void everyTextIsKept();
     void largePhotoIsKept();
+    void logOfALargePhotoIsShortenedLater();
     void everyObserverHearsEachChangeOnce();
     void writingTheSameValueIsNoChange();
     void valueIsThereWhenItsObserversHear();
@@ -159,6 +160,17 @@ void SessionTest::largePhotoIsKept()
     const Folder folder;
     const QByteArray photo = QByteArray("\xFF\xD8\0\x01", 4).repeated(qsizetype(5) * 1024 * 256);
     Session(folder.path()).setUserAvatarData(photo);
+    QVERIFY(Session(folder.path()).userAvatarData() == photo);
+}
+
+void SessionTest::logOfALargePhotoIsShortenedLater()
+{
+    const Folder folder;
+    const QByteArray photo = QByteArray("\xFF\xD8\0\x01", 4).repeated(qsizetype(5) * 1024 * 256);
+    Session session(folder.path());
+    session.setUserAvatarData(photo);
+    QVERIFY(QFileInfo(folder.file()).size() < photo.size());
+    QTRY_VERIFY(QFileInfo(folder.file()).size() > photo.size());
     QVERIFY(Session(folder.path()).userAvatarData() == photo);
 }
 

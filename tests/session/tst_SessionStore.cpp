@@ -31,6 +31,8 @@ private Q_SLOTS:
     void missingFoldersAreMade();
     void keystrokeDoesNotRewriteThePhoto();
     void fileDoesNotGrowWithWriting();
+    void longLogIsShortenedWhenAsked();
+    void endlessLogIsShortenedByItself();
 };
 
 void SessionStoreTest::keysHaveTheirNames()
@@ -233,6 +235,39 @@ void SessionStoreTest::fileDoesNotGrowWithWriting()
     for (const QFileInfo &file : files)
         size += file.size();
     QVERIFY2(size < 3 * photo.size(), QByteArray::number(size).constData());
+}
+
+void SessionStoreTest::longLogIsShortenedWhenAsked()
+{
+    const Folder folder;
+    const Watched store(folder.path());
+    const QByteArray photo(qsizetype(6) * 1024 * 1024, 'p');
+    QVERIFY(store.store->write(Key::UserNombre, "Ana"));
+    QVERIFY(!store.store->isLogLong());
+    QVERIFY(store.store->write(Key::UserAvatar, photo));
+    QVERIFY(store.store->isLogLong());
+    QVERIFY(folder.bytes().size() < photo.size());
+    store.store->shortenLog();
+    QVERIFY(!store.store->isLogLong());
+    QVERIFY(folder.bytes().size() > photo.size());
+    // The next write begins a short log.
+    QVERIFY(store.store->write(Key::UserNombre, "Bea"));
+    QVERIFY(!store.store->isLogLong());
+    QVERIFY(QFileInfo(folder.file(u"-wal"_s)).size() <= qsizetype(1024) * 1024);
+    QCOMPARE(store.store->read(Key::UserAvatar), photo);
+    QCOMPARE(store.store->read(Key::UserNombre), "Bea");
+}
+
+void SessionStoreTest::endlessLogIsShortenedByItself()
+{
+    const Folder folder;
+    const Watched store(folder.path());
+    const QByteArray photo(qsizetype(6) * 1024 * 1024, 'p');
+    for (int i = 0; i < 20; ++i) {
+        QVERIFY(store.store->write(Key::UserAvatar, photo.first(photo.size() - i)));
+        QVERIFY(QFileInfo(folder.file(u"-wal"_s)).size() < 9 * photo.size());
+    }
+    QVERIFY(folder.bytes().size() > photo.size());
 }
 
 MAROVENDA_TEST_MAIN(SessionStoreTest)

@@ -192,7 +192,9 @@ void largePhoto(Tally &tally, const Form &form)
         if (writer == 0) {
             FileCalls::watch(QFile::encodeName(folder.path()), deathAt(between(random, 1, 25'000)));
             const Watched store(folder.path());
-            _exit(store.store->write(SessionStore::Key::UserAvatar, other) ? 0 : 1);
+            const bool written = store.store->write(SessionStore::Key::UserAvatar, other);
+            store.store->shortenLog();
+            _exit(written ? 0 : 1);
         }
         const int end = statusOf(writer);
         Watched after(folder.path());
