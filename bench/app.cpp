@@ -39,6 +39,8 @@ void store(const QString &photo)
     if (!file.open(QFile::ReadOnly))
         qFatal("The photo cannot be read.");
     session.setUserAvatarData(file.readAll());
+    // As it lies once the session has tidied up.
+    Handset::rest(std::chrono::seconds(2));
 }
 
 } // namespace
