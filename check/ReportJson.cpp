@@ -36,7 +36,8 @@ QJsonObject describe(const Order &order, const Exchange &exchange)
     const bool post = exchange.request.method == HttpRequest::Method::Post;
     QJsonObject headers;
     for (const auto &[name, value] : exchange.reply.headers)
-        headers.insert(printable(order, QString::fromUtf8(name.toLower())), printable(order, QString::fromUtf8(value)));
+        headers.insert(printable(order, QString::fromUtf8(name.toLower())),
+                       printable(order, QString::fromUtf8(value)));
     QJsonObject object{{u"endpoint"_s, exchange.endpoint},
                        {u"method"_s, post ? u"POST"_s : u"GET"_s},
                        {u"url"_s, printable(order, exchange.request.url.toString(QUrl::FullyEncoded))},
