@@ -55,8 +55,7 @@ AppScreen {
                 }
                 Card {
                     objectName: "card"
-                    anchors.horizontalCenter: parent.horizontalCenter
-                    width: Math.min(implicitWidth, parent.width)
+                    width: parent.width
                     radius: 20
                     padding: 20
 
@@ -76,7 +75,7 @@ AppScreen {
                         }
                         Hairline {
                             objectName: "divider"
-                            width: viewModel.haySitio || viewModel.hayCorreo ? links.width : links.most
+                            width: links.width
                         }
                         LinkRow {
                             objectName: "correo"

@@ -55,7 +55,10 @@ AppScreen {
                             width: parent.width
                             text: viewModel.direccion
                             color: Theme.grey
-                            lineHeight: textStyle.line + 8
+                            lineHeight: textStyle.line + between
+                            // Between the lines, and so not below the last one.
+                            readonly property real between: 8
+                            height: implicitHeight - between
                             horizontalAlignment: Text.AlignHCenter
                         }
                     }

@@ -116,7 +116,7 @@ Table credits()
         {u"Corvandel"_s, {below(u"logo"_s, 24), centred(), text(u"title bold"_s, black), centredText()}},
         {u"Desarrollo de Software & IT Solutions"_s,
          {below(u"Corvandel"_s, 6), centred(), text(u"subheadline"_s, grey), centredText()}},
-        {u"card"_s, {below(u"Desarrollo de Software & IT Solutions"_s, 24), centred(), shape(20, white, true)}},
+        {u"card"_s, {below(u"Desarrollo de Software & IT Solutions"_s, 24), left(24), right(24), shape(20, white, true)}},
         {u"sitio"_s, {inside(u"card"_s, -1, 20, -1, -1), centred()}},
         {u"Sitio Web:"_s, {text(u"body bold"_s, black), level(u"sitio"_s)}},
         {u"corvandel.example"_s, {after(u"Sitio Web:"_s, 8), text(u"body bold"_s, blue), level(u"sitio"_s)}},
