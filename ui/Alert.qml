@@ -9,39 +9,62 @@ FocusScope {
     property string title: ""
     property string message: ""
     property string placeholder: ""
-    property alias text: input.text
+    property alias value: input.value
     property string acceptText: ""
     property string cancelText: "Cancelar"
+    // From the opening until it has faded: nothing below can be used.
+    property bool covering: false
 
-    signal textEdited()
+    signal edited(shown: string)
     signal accepted()
     signal cancelled()
 
-    function accept() {
+    // The Return that opened the alert may still be held down.
+    function send(event: KeyEvent) {
+        if (event.isAutoRepeat)
+            return
         UnfinishedText.commit()
         accepted()
     }
 
     anchors.fill: parent
-    visible: shown || fade.running
-    enabled: shown
+    visible: covering
     z: 100
 
     onShownChanged: {
         if (shown) {
+            if (!covering)
+                focusBelow.keep()
+            // Before what is below loses the focus for being covered, which would have another reason.
+            input.forceActiveFocus(Qt.PopupFocusReason)
+            covering = true
             opacity = 0
             box.scale = 1.1
-            input.forceActiveFocus()
         }
         fadeTo.to = shown ? 1 : 0
         fade.restart()
     }
 
-    Keys.onEscapePressed: alert.cancelled()
-    Keys.onBackPressed: alert.cancelled()
+    // Whatever the alert does not use goes no further.
+    Keys.onPressed: event => {
+        event.accepted = true
+        const closes = event.key === Qt.Key_Escape || event.key === Qt.Key_Back
+        if (closes && alert.shown && !event.isAutoRepeat)
+            alert.cancelled()
+    }
 
+    KeptFocus {
+        id: focusBelow
+        cover: alert
+    }
     ParallelAnimation {
         id: fade
+        onFinished: {
+            if (alert.shown)
+                return
+            alert.covering = false
+            focusBelow.giveBack()
+        }
         NumberAnimation {
             id: fadeTo
             target: alert
@@ -74,20 +97,22 @@ FocusScope {
         id: box
         objectName: "alertBox"
         focus: true
+        enabled: alert.shown
         anchors.horizontalCenter: parent.horizontalCenter
         y: Math.max(8, (parent.height - keyboard - height) / 2)
         width: Math.min(270 * Math.max(1, Math.min(Theme.textScale, 1.3)), parent.width - 16)
         height: content.height
+        readonly property real radius: 14
         readonly property real keyboard: InputMethod.visible ? InputMethod.keyboardRectangle.height : 0
 
         Accessible.role: Accessible.Dialog
         Accessible.name: alert.title
-        Accessible.ignored: !alert.enabled
+        Accessible.ignored: !box.enabled
 
         ContinuousRectangle {
             objectName: "shape"
             anchors.fill: parent
-            radius: 14
+            radius: box.radius
             color: Qt.rgba(1, 1, 1, 0.95)
         }
         Column {
@@ -135,9 +160,10 @@ FocusScope {
                         radius: 7
                         hint: alert.placeholder
                         outline: Theme.separator
-                        onTextEdited: alert.textEdited()
-                        Keys.onReturnPressed: alert.accept()
-                        Keys.onEnterPressed: alert.accept()
+                        outlineWidth: 1 / Screen.devicePixelRatio
+                        onEdited: shown => alert.edited(shown)
+                        Keys.onReturnPressed: event => alert.send(event)
+                        Keys.onEnterPressed: event => alert.send(event)
                         KeyNavigation.tab: cancelButton
                         KeyNavigation.backtab: acceptButton
                     }
@@ -156,6 +182,8 @@ FocusScope {
                     height: parent.height
                     text: alert.cancelText
                     bold: true
+                    focusRadius: box.radius
+                    focusAround: -3
                     onClicked: alert.cancelled()
                     KeyNavigation.tab: acceptButton
                     KeyNavigation.backtab: input
@@ -174,6 +202,8 @@ FocusScope {
                     width: parent.width / 2
                     height: parent.height
                     text: alert.acceptText
+                    focusRadius: box.radius
+                    focusAround: -3
                     onClicked: alert.accepted()
                     KeyNavigation.tab: input
                     KeyNavigation.backtab: cancelButton

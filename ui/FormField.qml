@@ -2,18 +2,43 @@ import QtQuick
 import QtQuick.Templates as T
 import Marovenda.Ui
 
-// The look that the plain and the password field share. The text belongs to the screen: bind `text` to it and write it
-// back in `onTextEdited`.
+// The look that the plain and the password field share. The string belongs to the screen: bind `value` to it and write it
+// back in `onEdited`. It always is what the field shows, with the text that an input method has not finished yet.
 T.TextField {
     id: field
 
     required property string hint
+    property string value: ""
     property real radius: 16
     property color fill: Theme.white
     property color outline: Theme.outline
+    property real outlineWidth: 1
     property TextStyle textStyle: Theme.body
     readonly property bool keyboardFocus: activeFocus
         && (focusReason === Qt.TabFocusReason || focusReason === Qt.BacktabFocusReason)
+    // Something has opened over the field and gives the focus back; the caret stays where it is meanwhile.
+    property bool interrupted: false
+    property bool taking: false
+
+    // By key, paste, input method or assistive technology: the field shows another text than `value`.
+    signal edited(shown: string)
+
+    function take() {
+        if (shownText() === value)
+            return
+        taking = true
+        text = value
+        taking = false
+    }
+    function give() {
+        const shown = shownText()
+        if (!taking && shown !== value)
+            edited(shown)
+    }
+    // Asked for when it is needed: the text and the unfinished text change one after the other.
+    function shownText(): string {
+        return text.slice(0, cursorPosition) + preeditText + text.slice(cursorPosition)
+    }
 
     implicitWidth: 200
     implicitHeight: field.textStyle.line + topPadding + bottomPadding
@@ -26,25 +51,40 @@ T.TextField {
     selectionColor: Theme.blue
     selectedTextColor: Theme.white
     renderType: Text.NativeRendering
+    // The field takes whatever arrives; the default would cut it (https://doc.qt.io/qt-6/qml-qtquick-textinput.html).
+    maximumLength: 0x7fffffff
 
     containmentMask: TouchTarget { control: field }
 
-    // A text that is longer than its field shows its beginning until it is edited.
-    onTextChanged: if (!activeFocus) cursorPosition = 0
+    onValueChanged: take()
+    onPreeditTextChanged: give()
+    onTextChanged: {
+        give()
+        // A text that is longer than its field shows its beginning until it is edited.
+        if (!activeFocus)
+            cursorPosition = 0
+    }
     onActiveFocusChanged: {
         if (focusReason === Qt.ActiveWindowFocusReason)
             return
-        if (!activeFocus)
-            cursorPosition = 0
-        else if (focusReason !== Qt.MouseFocusReason)
+        if (!activeFocus) {
+            // Not every input method finishes its text when the focus leaves.
+            UnfinishedText.commitIn(field)
+            interrupted = focusReason === Qt.PopupFocusReason
+            if (!interrupted)
+                cursorPosition = 0
+        } else if (interrupted) {
+            interrupted = false
+        } else if (focusReason !== Qt.MouseFocusReason) {
             cursorPosition = length
+        }
     }
 
     background: ContinuousRectangle {
         radius: field.radius
         color: field.fill
         borderColor: field.outline
-        borderWidth: field.outline.a > 0 ? 1 : 0
+        borderWidth: field.outline.a > 0 ? field.outlineWidth : 0
     }
 
     Accessible.role: Accessible.EditableText

@@ -10,17 +10,28 @@ AppText {
     property bool renewing: false
     // An empty line is nothing to a screen reader.
     property bool heard: false
+    // Something covers the line; it is announced when that has gone.
+    property bool untold: false
 
-    visible: (line.keepsPlace || line.text !== "") && !line.renewing
-    horizontalAlignment: Text.AlignHCenter
-    // A screen reader is told of an alert that begins to show; a new text is a new alert.
-    onTextChanged: {
+    // A screen reader is told of an alert that begins to show; a new text is a new alert. What is ignored when it begins to
+    // show is not told.
+    function announce() {
+        if (!untold || !enabled)
+            return
+        untold = false
         renewing = true
         heard = text !== ""
         renewing = false
     }
 
+    visible: (line.keepsPlace || line.text !== "") && !line.renewing
+    horizontalAlignment: Text.AlignHCenter
+    onTextChanged: {
+        untold = true
+        announce()
+    }
+    onEnabledChanged: announce()
+
     Accessible.role: Accessible.AlertMessage
-    // What is ignored when it begins to show is not told.
     Accessible.ignored: !line.enabled || !line.heard
 }

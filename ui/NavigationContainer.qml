@@ -36,9 +36,9 @@ FocusScope {
         page.appeared()
     }
 
-    // Back to the screen below, which comes on screen now.
+    // Back to the screen below, which comes on screen now. While the top screen is dragged, the finger decides.
     function pop() {
-        if (depth < 2 || leaving)
+        if (depth < 2 || leaving || edge.active)
             return
         finish()
         leaving = true
@@ -110,7 +110,9 @@ FocusScope {
             || (event.key === Qt.Key_Left && (event.modifiers & Qt.AltModifier))
         if (back && depth > 1) {
             event.accepted = true
-            pop()
+            // A key held down is one press.
+            if (!event.isAutoRepeat)
+                pop()
         }
     }
 

@@ -8,6 +8,8 @@ FocusScope {
     id: picker
 
     property bool shown: false
+    // From the opening until it has faded: nothing below can be used.
+    property bool covering: false
 
     signal picked(file: url)
 
@@ -20,26 +22,40 @@ FocusScope {
         folder.refresh()
         shown = true
         grid.currentIndex = 0
-        grid.byKeyboard = false
-        grid.forceActiveFocus()
+        if (!covering)
+            focusBelow.keep()
+        // Before what is below loses the focus for being covered, which would have another reason.
+        grid.forceActiveFocus(Qt.PopupFocusReason)
+        covering = true
+        fade.stop()
+        opacity = 1
+    }
+
+    function close() {
+        shown = false
+        fade.restart()
     }
 
     function choose(file: url) {
-        shown = false
+        close()
         picked(file)
     }
 
     anchors.fill: parent
-    visible: shown
-    enabled: shown
+    visible: covering
     z: 50
 
-    Keys.onEscapePressed: picker.shown = false
-    Keys.onBackPressed: picker.shown = false
+    // Whatever the picker does not use goes no further.
+    Keys.onPressed: event => {
+        event.accepted = true
+        const closes = event.key === Qt.Key_Escape || event.key === Qt.Key_Back
+        if (closes && picker.shown && !event.isAutoRepeat)
+            picker.close()
+    }
 
     Accessible.role: Accessible.Dialog
     Accessible.name: "Elegir foto"
-    Accessible.ignored: !picker.enabled
+    Accessible.ignored: !picker.enabled || !picker.shown
 
     Loader {
         id: platform
@@ -51,6 +67,21 @@ FocusScope {
         }
     }
     PictureFolder { id: folder }
+    KeptFocus {
+        id: focusBelow
+        cover: picker
+    }
+    NumberAnimation {
+        id: fade
+        target: picker
+        property: "opacity"
+        to: 0
+        duration: Theme.alertDuration
+        onFinished: {
+            picker.covering = false
+            focusBelow.giveBack()
+        }
+    }
 
     Rectangle {
         anchors.fill: parent
@@ -64,7 +95,8 @@ FocusScope {
     Item {
         id: bar
         width: parent.width
-        height: Math.max(Theme.barHeight, cancel.implicitHeight)
+        height: Math.max(Theme.barHeight, cancel.implicitHeight + 2 * Theme.spacing)
+        enabled: picker.shown
         z: 1
 
         TextButton {
@@ -73,7 +105,7 @@ FocusScope {
             anchors.verticalCenter: parent.verticalCenter
             x: Theme.padding
             text: "Cancelar"
-            onClicked: picker.shown = false
+            onClicked: picker.close()
             KeyNavigation.tab: grid
             KeyNavigation.backtab: grid
         }
@@ -91,8 +123,6 @@ FocusScope {
         id: grid
         objectName: "photos"
         readonly property real gap: 3
-        // Where the keyboard is shows once it is used.
-        property bool byKeyboard: false
         readonly property int columns: Math.max(3, Math.floor(width / 180))
 
         anchors.top: bar.bottom
@@ -100,6 +130,7 @@ FocusScope {
         anchors.horizontalCenter: parent.horizontalCenter
         width: parent.width
         clip: true
+        enabled: picker.shown
         cellWidth: Math.floor(width / columns)
         cellHeight: cellWidth
         model: folder.pictures
@@ -107,20 +138,19 @@ FocusScope {
         keyNavigationEnabled: true
         KeyNavigation.tab: cancel
         KeyNavigation.backtab: cancel
+        // The key that opened the picker may still be held down.
         Keys.onPressed: event => {
-            byKeyboard = true
-            event.accepted = false
+            event.accepted = [Qt.Key_Return, Qt.Key_Enter, Qt.Key_Space].includes(event.key)
+            if (event.accepted && !event.isAutoRepeat && currentItem)
+                picker.choose((currentItem as PhotoCell).file)
         }
-        Keys.onReturnPressed: if (currentItem) picker.choose((currentItem as PhotoCell).file)
-        Keys.onEnterPressed: if (currentItem) picker.choose((currentItem as PhotoCell).file)
-        Keys.onSpacePressed: if (currentItem) picker.choose((currentItem as PhotoCell).file)
 
         delegate: PhotoCell {
             width: grid.cellWidth
             height: grid.cellHeight
             gap: grid.gap
             current: GridView.isCurrentItem && grid.activeFocus
-            marked: current && grid.byKeyboard
+            marked: Keyboard.navigating && current
             onChosen: picker.choose(file)
         }
         ScrollIndicator { area: grid }
@@ -128,6 +158,7 @@ FocusScope {
     AppText {
         anchors.centerIn: parent
         width: parent.width - 2 * Theme.padding
+        enabled: picker.shown
         visible: folder.ready && folder.count === 0
         text: "No hay fotos en la carpeta de imágenes."
         color: Theme.grey

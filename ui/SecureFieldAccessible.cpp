@@ -98,6 +98,8 @@ void *SecureFieldAccessible::interface_cast(QAccessible::InterfaceType type)
     switch (type) {
     case QAccessible::TextInterface:
         return static_cast<QAccessibleTextInterface *>(this);
+    case QAccessible::EditableTextInterface:
+        return static_cast<QAccessibleEditableTextInterface *>(this);
     case QAccessible::ActionInterface:
         return static_cast<QAccessibleActionInterface *>(this);
     default:
@@ -145,6 +147,17 @@ QString SecureFieldAccessible::attributes(int, int *start, int *end) const
     *start = 0;
     *end = characterCount();
     return {};
+}
+
+void SecureFieldAccessible::deleteText(int start, int end) { replaceText(start, end, {}); }
+void SecureFieldAccessible::insertText(int offset, const QString &text) { replaceText(offset, offset, text); }
+
+void SecureFieldAccessible::replaceText(int start, int end, const QString &text)
+{
+    QString whole = field()->property("text").toString();
+    const auto from = std::clamp<qsizetype>(start, 0, whole.size());
+    const auto to = std::clamp<qsizetype>(end < 0 ? whole.size() : end, from, whole.size());
+    field()->setProperty("text", whole.replace(from, to - from, text));
 }
 
 QStringList SecureFieldAccessible::actionNames() const { return {setFocusAction()}; }

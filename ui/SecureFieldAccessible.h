@@ -8,6 +8,7 @@ class QQuickItem;
 /// its text one bullet for each character. The clear text is not to be had, neither asked for nor in an event.
 class SecureFieldAccessible final : public QAccessibleObject,
                                     public QAccessibleTextInterface,
+                                    public QAccessibleEditableTextInterface,
                                     public QAccessibleActionInterface {
 public:
     /// Makes this the interface of every Qt Quick field whose echo mode is not normal. To be called after Qt Quick
@@ -41,6 +42,11 @@ public:
     int offsetAtPoint(const QPoint &point) const override;
     void scrollToSubstring(int start, int end) override;
     QString attributes(int offset, int *start, int *end) const override;
+
+    // Without these, a part would be replaced in the text that is read, which is bullets.
+    void deleteText(int start, int end) override;
+    void insertText(int offset, const QString &text) override;
+    void replaceText(int start, int end, const QString &text) override;
 
     QStringList actionNames() const override;
     void doAction(const QString &name) override;

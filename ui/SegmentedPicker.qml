@@ -13,18 +13,16 @@ T.Control {
     required property string selection
     readonly property int current: picker.options.indexOf(picker.selection)
 
-    // The focus came by a finger, so that it need not be shown.
-    property bool touched: false
-
     signal chosen(option: string)
 
-    // The focus goes first: a segment that has it cannot cease to be a stop.
-    function choose(index: int, byTouch: bool) {
+    // A tap leaves the focus where it is, unless that is in the picker: then it goes first, since a segment that has it
+    // cannot cease to be a stop.
+    function choose(index: int, byTap: bool) {
         if (index < 0 || index >= picker.options.length)
             return
         UnfinishedText.commit()
-        touched = byTouch
-        segments.itemAt(index).forceActiveFocus(Qt.OtherFocusReason)
+        if (!byTap || picker.activeFocus)
+            segments.itemAt(index).forceActiveFocus(Qt.OtherFocusReason)
         picker.chosen(picker.options[index])
     }
 
@@ -99,7 +97,6 @@ T.Control {
                     readonly property bool selected: segment.modelData === picker.selection
 
                     activeFocusOnTab: segment.selected
-                    onActiveFocusChanged: if (!activeFocus) picker.touched = false
                     containmentMask: TouchTarget { control: segment }
                     width: track.share
                     height: track.height
@@ -133,7 +130,7 @@ T.Control {
         }
     }
     FocusRing {
-        shown: segments.itemAt(picker.current)?.activeFocus === true && !picker.touched
+        shown: Keyboard.navigating && segments.itemAt(picker.current)?.activeFocus === true
         radius: 9 + around
     }
 }

@@ -6,15 +6,19 @@
 
 void UnfinishedText::commit()
 {
-    QInputMethod *const method = QGuiApplication::inputMethod();
-    method->commit();
+    QGuiApplication::inputMethod()->commit();
     // Not every input method answers to that (https://doc.qt.io/qt-6/qinputmethod.html#commit).
-    QObject *const field = QGuiApplication::focusObject();
+    commitIn(QGuiApplication::focusObject());
+}
+
+void UnfinishedText::commitIn(QObject *field)
+{
     const QString left = field ? field->property("preeditText").toString() : QString();
     if (left.isEmpty())
         return;
     QInputMethodEvent finished;
     finished.setCommitString(left);
     QCoreApplication::sendEvent(field, &finished);
-    method->reset();
+    if (field == QGuiApplication::focusObject())
+        QGuiApplication::inputMethod()->reset();
 }

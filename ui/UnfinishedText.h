@@ -13,4 +13,6 @@ public:
 
     /// Makes the focused field's unfinished text part of its value, so that an action works with what is on screen.
     Q_INVOKABLE void commit();
+    /// The same for one field, which need not have the focus any more. Does nothing without unfinished text.
+    Q_INVOKABLE void commitIn(QObject *field);
 };

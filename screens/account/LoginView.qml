@@ -14,7 +14,7 @@ AppScreen {
     Scroller {
         anchors.fill: parent
         centred: true
-        enabled: !viewModel.showRecuperarDialog
+        enabled: !dialog.covering
 
         Column {
             id: column
@@ -45,16 +45,16 @@ AppScreen {
                 objectName: "email"
                 width: column.inner
                 hint: "Correo Electrónico"
-                text: viewModel.email
+                value: viewModel.email
                 isDecimal: false
-                onTextEdited: viewModel.email = text
+                onEdited: shown => viewModel.email = shown
             }
             CustomSecureField {
                 objectName: "pass"
                 width: column.inner
                 hint: "Contraseña"
-                text: viewModel.pass
-                onTextEdited: viewModel.pass = text
+                value: viewModel.pass
+                onEdited: shown => viewModel.pass = shown
             }
             Item {
                 width: column.inner
@@ -101,6 +101,7 @@ AppScreen {
     }
 
     Alert {
+        id: dialog
         objectName: "recuperarDialog"
         parent: screen
         shown: viewModel.showRecuperarDialog
@@ -108,8 +109,8 @@ AppScreen {
         message: "Se enviará una solicitud con el enlace de cambio a " + viewModel.supportEmail + "."
         placeholder: "Ingresa tu correo registrado"
         acceptText: "Enviar"
-        text: viewModel.recuperarEmail
-        onTextEdited: viewModel.recuperarEmail = text
+        value: viewModel.recuperarEmail
+        onEdited: shown => viewModel.recuperarEmail = shown
         onAccepted: {
             viewModel.showRecuperarDialog = false
             viewModel.enviarRecuperacion()

@@ -7,7 +7,7 @@ AppScreen {
 
     title: "Mi Perfil"
     scrolled: scroller.contentY
-    covered: picker.shown
+    covered: picker.covering
     onAppeared: viewModel.mostrarFoto()
 
     PerfilViewModel { id: viewModel }
@@ -52,9 +52,9 @@ AppScreen {
                 objectName: "nombre"
                 width: column.inner
                 hint: "Nombre Completo"
-                text: viewModel.userNombre
+                value: viewModel.userNombre
                 isDecimal: false
-                onTextEdited: viewModel.userNombre = text
+                onEdited: shown => viewModel.userNombre = shown
             }
             Item {
                 width: column.inner
@@ -64,9 +64,9 @@ AppScreen {
                     objectName: "email"
                     width: parent.width
                     hint: "Correo"
-                    text: viewModel.email
+                    value: viewModel.email
                     isDecimal: false
-                    onTextEdited: viewModel.email = text
+                    onEdited: shown => viewModel.email = shown
                 }
             }
             PrimaryButton {

@@ -30,33 +30,33 @@ AppScreen {
                 objectName: "nom"
                 width: column.inner
                 hint: "Nombre Completo"
-                text: viewModel.nom
+                value: viewModel.nom
                 isDecimal: false
-                onTextEdited: viewModel.nom = text
+                onEdited: shown => viewModel.nom = shown
             }
             CustomTextField {
                 objectName: "email"
                 width: column.inner
                 hint: "Correo Electrónico"
-                text: viewModel.email
+                value: viewModel.email
                 isDecimal: false
-                onTextEdited: viewModel.email = text
+                onEdited: shown => viewModel.email = shown
             }
             CustomTextField {
                 objectName: "direccion"
                 width: column.inner
                 hint: "Dirección de Domicilio"
-                text: viewModel.direccion
+                value: viewModel.direccion
                 isDecimal: false
-                onTextEdited: viewModel.direccion = text
+                onEdited: shown => viewModel.direccion = shown
             }
             CustomTextField {
                 objectName: "ciudad"
                 width: column.inner
                 hint: "Ciudad"
-                text: viewModel.ciudad
+                value: viewModel.ciudad
                 isDecimal: false
-                onTextEdited: viewModel.ciudad = text
+                onEdited: shown => viewModel.ciudad = shown
             }
             Item {
                 width: column.inner
@@ -66,8 +66,8 @@ AppScreen {
                     objectName: "pass"
                     width: parent.width
                     hint: "Contraseña"
-                    text: viewModel.pass
-                    onTextEdited: viewModel.pass = text
+                    value: viewModel.pass
+                    onEdited: shown => viewModel.pass = shown
                 }
             }
             PrimaryButton {

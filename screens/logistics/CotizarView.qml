@@ -38,17 +38,17 @@ AppScreen {
                 objectName: "peso"
                 width: column.inner
                 hint: "Peso (Lbs)"
-                text: viewModel.peso
+                value: viewModel.peso
                 isDecimal: true
-                onTextEdited: viewModel.peso = text
+                onEdited: shown => viewModel.peso = shown
             }
             CustomTextField {
                 objectName: "valor"
                 width: column.inner
                 hint: "Valor Declarado (USD)"
-                text: viewModel.valor
+                value: viewModel.valor
                 isDecimal: true
-                onTextEdited: viewModel.valor = text
+                onEdited: shown => viewModel.valor = shown
             }
             Item {
                 width: column.inner
@@ -58,9 +58,9 @@ AppScreen {
                     objectName: "descripcion"
                     width: parent.width
                     hint: "Descripción del contenido"
-                    text: viewModel.descripcion
+                    value: viewModel.descripcion
                     isDecimal: false
-                    onTextEdited: viewModel.descripcion = text
+                    onEdited: shown => viewModel.descripcion = shown
                 }
             }
             PrimaryButton {

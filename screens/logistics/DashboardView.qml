@@ -239,8 +239,8 @@ AppScreen {
                             fill: Theme.greyFill
                             outline: "transparent"
                             hint: "Número de tracking..."
-                            text: viewModel.trackingText
-                            onTextEdited: viewModel.trackingText = text
+                            value: viewModel.trackingText
+                            onEdited: shown => viewModel.trackingText = shown
                         }
                         PrimaryButton {
                             id: search

@@ -25,25 +25,25 @@ AppScreen {
                 objectName: "marca"
                 width: column.inner
                 hint: "Marca (Ej: Toyota)"
-                text: viewModel.marca
+                value: viewModel.marca
                 isDecimal: false
-                onTextEdited: viewModel.marca = text
+                onEdited: shown => viewModel.marca = shown
             }
             CustomTextField {
                 objectName: "modelo"
                 width: column.inner
                 hint: "Modelo (Ej: Corolla)"
-                text: viewModel.modelo
+                value: viewModel.modelo
                 isDecimal: false
-                onTextEdited: viewModel.modelo = text
+                onEdited: shown => viewModel.modelo = shown
             }
             CustomTextField {
                 objectName: "anio"
                 width: column.inner
                 hint: "Año"
-                text: viewModel.anio
+                value: viewModel.anio
                 isDecimal: true
-                onTextEdited: viewModel.anio = text
+                onEdited: shown => viewModel.anio = shown
             }
             Item {
                 width: column.inner
@@ -53,9 +53,9 @@ AppScreen {
                     objectName: "ubicacion"
                     width: parent.width
                     hint: "Ubicación o Subasta"
-                    text: viewModel.ubicacion
+                    value: viewModel.ubicacion
                     isDecimal: false
-                    onTextEdited: viewModel.ubicacion = text
+                    onEdited: shown => viewModel.ubicacion = shown
                 }
             }
             PrimaryButton {

@@ -3,6 +3,8 @@
 #include "Modules.h"
 
 #include <QAccessible>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
 #include <QQmlComponent>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
@@ -123,6 +125,39 @@ QStringList TestScreen::texts(const QQuickItem *from) const
             all.append(found);
     });
     return all;
+}
+
+void TestScreen::hold(Qt::Key key, bool releasesBetween, const std::function<void()> &whileDown) const
+{
+    const QString text = key == Qt::Key_Space ? u" "_s : QString();
+    const auto send = [&](QEvent::Type type, bool repeated) {
+        QKeyEvent event(type, key, Qt::NoModifier, text, repeated);
+        QCoreApplication::sendEvent(m_view.get(), &event);
+    };
+    send(QEvent::KeyPress, false);
+    if (whileDown)
+        whileDown();
+    for (int i = 0; i < 3; ++i) {
+        if (releasesBetween)
+            send(QEvent::KeyRelease, true);
+        send(QEvent::KeyPress, true);
+    }
+    send(QEvent::KeyRelease, false);
+}
+
+void TestScreen::compose(QQuickItem *field, const QString &text)
+{
+    QInputMethodEvent unfinished(text, {});
+    QCoreApplication::sendEvent(field, &unfinished);
+}
+
+void TestScreen::touch(const QQuickItem *item) const
+{
+    static auto *const device = QTest::createTouchDevice();
+    scrollTo(item);
+    const QPoint at = box(item).center().toPoint();
+    QTest::touchEvent(m_view.get(), device).press(1, at, m_view.get());
+    QTest::touchEvent(m_view.get(), device).release(1, at, m_view.get());
 }
 
 QRectF TestScreen::box(const QQuickItem *item)

@@ -6,6 +6,7 @@
 #include <QQuickView>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 /// A piece of QML in a window of its own, without a display, to be looked at and touched as a customer would.
@@ -40,6 +41,13 @@ public:
     /// A tap and typing.
     void type(const QQuickItem *field, const QString &text) const;
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
+    /// A key that stays down for three repeats; with releases in between, as X11 sends them, or without, as Wayland does.
+    /// `whileDown` runs after the press and before the repeats.
+    void hold(Qt::Key key, bool releasesBetween = true, const std::function<void()> &whileDown = {}) const;
+    /// Text of an input method that is not finished yet, in place of what was unfinished before.
+    static void compose(QQuickItem *field, const QString &text);
+    /// A tap with a finger instead of the mouse.
+    void touch(const QQuickItem *item) const;
     /// Where an item is, in the window.
     static QRectF box(const QQuickItem *item);
     /// What is drawn; the window need not be on a display.

@@ -2,7 +2,6 @@
 #include "TestScreen.h"
 
 #include <QAccessible>
-#include <QInputMethodEvent>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -17,6 +16,13 @@ private Q_SLOTS:
     void whatIsBelowCannotBeReachedOrHeard();
     void itIsAsWideAsDesignedAndFitsASmallWindow();
     void itComesInTwoHundredMilliseconds();
+    void heldKeyThatOpenedItNeitherSendsNorCancels_data();
+    void heldKeyThatOpenedItNeitherSendsNorCancels();
+    void nothingBelowCanBeReachedUntilItHasGone();
+    void keysGoNoFurtherUntilItHasGone();
+    void focusComesBackToWhereItWas_data();
+    void focusComesBackToWhereItWas();
+    void outlineOfItsInputIsAHairline();
 
 private:
     static QByteArray page()
@@ -29,16 +35,22 @@ private:
             property int presses: 0
             property string sent: ""
             property bool asking: false
-            PrimaryButton { objectName: "below"; text: "Debajo"; width: 300; enabled: !page.asking; onClicked: ++page.presses }
+            Column {
+                width: 300
+                enabled: !alert.covering
+                PrimaryButton { objectName: "below"; text: "Debajo"; width: 300; onClicked: ++page.presses }
+                CustomTextField { objectName: "field"; width: 300; hint: "Nombre"; isDecimal: false }
+            }
             Alert {
+                id: alert
                 objectName: "alert"
                 shown: page.asking
                 title: "Recuperar"
                 message: "Se enviará un enlace."
                 placeholder: "Tu correo"
                 acceptText: "Enviar"
-                text: page.typed
-                onTextEdited: page.typed = text
+                value: page.typed
+                onEdited: shown => page.typed = shown
                 onAccepted: { ++page.accepts; page.sent = page.typed; page.asking = false }
                 onCancelled: { ++page.cancels; page.asking = false }
             }
@@ -103,8 +115,7 @@ void AlertTest::sendingCommitsUnfinishedTextFirst()
     for (const bool byReturn : {true, false}) {
         TestScreen screen(page());
         open(screen);
-        QInputMethodEvent unfinished(u"ana@x"_s, {});
-        QCoreApplication::sendEvent(screen.find(u"alertInput"_s), &unfinished);
+        TestScreen::compose(screen.find(u"alertInput"_s), u"ana@x"_s);
         if (byReturn)
             screen.key(Qt::Key_Return);
         else
@@ -156,6 +167,105 @@ void AlertTest::itComesInTwoHundredMilliseconds()
     QVERIFY(alert->isVisible());
     QVERIFY(alert->opacity() < 1);
     QTRY_VERIFY(qFuzzyCompare(alert->opacity(), 1.0));
+}
+
+void AlertTest::heldKeyThatOpenedItNeitherSendsNorCancels_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape})
+        QTest::addRow("%#x", unsigned(key)) << key;
+}
+
+void AlertTest::heldKeyThatOpenedItNeitherSendsNorCancels()
+{
+    QFETCH(Qt::Key, key);
+    TestScreen screen(page());
+    screen.hold(key, true, [&] { open(screen); });
+    QCOMPARE(screen.root()->property("accepts").toInt(), 0);
+    QCOMPARE(screen.root()->property("cancels").toInt(), 0);
+    QVERIFY(screen.root()->property("asking").toBool());
+}
+
+void AlertTest::nothingBelowCanBeReachedUntilItHasGone()
+{
+    TestScreen screen(page(), {300, 200});
+    QQuickItem *const field = screen.find(u"field"_s);
+    QQuickItem *const alert = screen.find(u"alert"_s);
+    open(screen);
+    screen.key(Qt::Key_Escape);
+    QVERIFY(alert->isVisible());
+    screen.tap(screen.find(u"below"_s));
+    screen.touch(screen.find(u"below"_s));
+    screen.tap(field);
+    // The fading buttons are no buttons any more.
+    screen.tap(screen.find(u"aceptar"_s));
+    QVERIFY(alert->isVisible());
+    QCOMPARE(screen.root()->property("presses").toInt(), 0);
+    QCOMPARE(screen.root()->property("accepts").toInt(), 0);
+    QVERIFY(!field->hasActiveFocus());
+    QVERIFY(!screen.named(u"Debajo"_s) && !screen.named(u"Enviar"_s));
+    QTRY_VERIFY(!alert->isVisible());
+    screen.tap(screen.find(u"below"_s));
+    QCOMPARE(screen.root()->property("presses").toInt(), 1);
+}
+
+void AlertTest::keysGoNoFurtherUntilItHasGone()
+{
+    TestScreen screen(R"qml(NavigationContainer {
+        id: stack
+        property bool asking: false
+        property Component next: Component {
+            AppScreen {
+                Alert { objectName: "alert"; shown: stack.asking; onCancelled: stack.asking = false }
+            }
+        }
+        root: Component { AppScreen {} }
+        Component.onCompleted: push(next)
+    })qml");
+    QTRY_VERIFY(screen.settledAt(2));
+    open(screen);
+    screen.key(Qt::Key_Escape);
+    QVERIFY(!screen.root()->property("asking").toBool());
+    for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Tab})
+        screen.key(key);
+    QTRY_VERIFY(!screen.find(u"alert"_s)->isVisible());
+    QVERIFY(screen.settledAt(2));
+}
+
+void AlertTest::focusComesBackToWhereItWas_data()
+{
+    QTest::addColumn<QString>("below");
+    QTest::addColumn<Qt::FocusReason>("reason");
+    QTest::newRow("tapped field") << u"field"_s << Qt::MouseFocusReason;
+    QTest::newRow("field by key") << u"field"_s << Qt::TabFocusReason;
+    QTest::newRow("button by key") << u"below"_s << Qt::TabFocusReason;
+}
+
+void AlertTest::focusComesBackToWhereItWas()
+{
+    QFETCH(QString, below);
+    QFETCH(Qt::FocusReason, reason);
+    TestScreen screen(page());
+    QQuickItem *const item = screen.find(below);
+    QQuickItem *const field = screen.find(u"field"_s);
+    field->setProperty("text", u"Ana Lucía"_s);
+    item->forceActiveFocus(reason);
+    field->setProperty("cursorPosition", 3);
+    open(screen);
+    QVERIFY(!item->hasActiveFocus());
+    screen.key(Qt::Key_Escape);
+    QTRY_VERIFY(item->hasActiveFocus());
+    // The caret is where it was, and the focus ring is there if it was.
+    QCOMPARE(item->property("focusReason").value<Qt::FocusReason>(), reason);
+    QCOMPARE(field->property("cursorPosition").toInt(), 3);
+}
+
+void AlertTest::outlineOfItsInputIsAHairline()
+{
+    TestScreen screen(page());
+    open(screen);
+    const auto *const shape = screen.find(u"alertInput"_s)->property("background").value<QQuickItem *>();
+    QCOMPARE(shape->property("borderWidth").toReal(), 1 / screen.window().effectiveDevicePixelRatio());
 }
 
 MAROVENDA_TEST_MAIN(AlertTest)

@@ -1,8 +1,10 @@
 #include "MarovendaTest.h"
 #include "TestScreen.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -12,6 +14,13 @@ class FieldsTest : public QObject {
 private Q_SLOTS:
     void hintStandsInAnEmptyFieldAndNeverInItsText();
     void everyKeystrokeReachesTheBoundText();
+    void unfinishedTextReachesTheBoundText();
+    void unfinishedTextStaysWhereItsFieldLosesTheFocus();
+    void boundTextReplacesUnfinishedText();
+    void hintGoesWithTheFirstUnfinishedText();
+    void assistiveTechnologyReachesTheBoundText_data();
+    void assistiveTechnologyReachesTheBoundText();
+    void nothingThatArrivesIsCut();
     void twoFieldsOnOneTextStayInStep();
     void decimalFieldAsksForTheDecimalPadAndKeepsWhatIsPasted();
     void plainFieldAsksForTheDefaultKeyboard();
@@ -34,14 +43,14 @@ private:
             property string number: ""
             property string secret: ""
             property int submitted: 0
-            CustomTextField { objectName: "plain"; width: 300; hint: "Nombre Completo"; text: form.plain; isDecimal: false
-                onTextEdited: form.plain = text; onAccepted: ++form.submitted }
-            CustomTextField { objectName: "twin"; width: 300; hint: "El mismo"; text: form.plain; isDecimal: false
-                onTextEdited: form.plain = text }
-            CustomTextField { objectName: "number"; width: 300; hint: "Peso (Lbs)"; text: form.number; isDecimal: true
-                onTextEdited: form.number = text }
-            CustomSecureField { objectName: "secret"; width: 300; hint: "Contraseña"; text: form.secret
-                onTextEdited: form.secret = text }
+            CustomTextField { objectName: "plain"; width: 300; hint: "Nombre Completo"; value: form.plain; isDecimal: false
+                onEdited: shown => form.plain = shown; onAccepted: ++form.submitted }
+            CustomTextField { objectName: "twin"; width: 300; hint: "El mismo"; value: form.plain; isDecimal: false
+                onEdited: shown => form.plain = shown }
+            CustomTextField { objectName: "number"; width: 300; hint: "Peso (Lbs)"; value: form.number; isDecimal: true
+                onEdited: shown => form.number = shown }
+            CustomSecureField { objectName: "secret"; width: 300; hint: "Contraseña"; value: form.secret
+                onEdited: shown => form.secret = shown }
         })qml";
     }
 };
@@ -70,6 +79,102 @@ void FieldsTest::everyKeystrokeReachesTheBoundText()
         QTest::sendKeyEvent(QTest::Click, &screen.window(), Qt::Key_unknown, QString(each), Qt::NoModifier);
         soFar += each;
         QCOMPARE(screen.root()->property("plain").toString(), soFar);
+    }
+}
+
+void FieldsTest::unfinishedTextReachesTheBoundText()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    screen.type(field, u"María Díaz"_s);
+    field->setProperty("cursorPosition", 6);
+    const auto typed = [&] { return screen.root()->property("plain").toString(); };
+    TestScreen::compose(field, u"L"_s);
+    QCOMPARE(typed(), u"María LDíaz"_s);
+    TestScreen::compose(field, u"Lucía "_s);
+    QCOMPARE(typed(), u"María Lucía Díaz"_s);
+    // It goes on: what reached the bound text does not come back as if the customer had finished.
+    QCOMPARE(field->property("preeditText").toString(), u"Lucía "_s);
+    QCOMPARE(screen.find(u"twin"_s)->property("text").toString(), u"María Lucía Díaz"_s);
+    TestScreen::compose(field, {});
+    QCOMPARE(typed(), u"María Díaz"_s);
+    TestScreen::compose(field, u"Luz "_s);
+    QInputMethodEvent finished;
+    finished.setCommitString(u"Luisa "_s);
+    QCoreApplication::sendEvent(field, &finished);
+    QCOMPARE(typed(), u"María Luisa Díaz"_s);
+    QCOMPARE(field->property("text").toString(), typed());
+
+    QQuickItem *const secret = screen.find(u"secret"_s);
+    screen.type(secret, u"Cla"_s);
+    TestScreen::compose(secret, u"ve.1"_s);
+    QCOMPARE(screen.root()->property("secret").toString(), u"Clave.1"_s);
+}
+
+void FieldsTest::unfinishedTextStaysWhereItsFieldLosesTheFocus()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    screen.type(field, u"e"_s);
+    TestScreen::compose(field, u"Luc"_s);
+    screen.tap(screen.find(u"number"_s));
+    QCOMPARE(field->property("text").toString(), u"eLuc"_s);
+    QCOMPARE(field->property("preeditText").toString(), QString());
+    QCOMPARE(screen.root()->property("plain").toString(), u"eLuc"_s);
+    QCOMPARE(screen.root()->property("number").toString(), QString());
+}
+
+void FieldsTest::boundTextReplacesUnfinishedText()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    screen.type(field, u"e"_s);
+    TestScreen::compose(field, u"Luc"_s);
+    screen.root()->setProperty("plain", QString());
+    QCOMPARE(field->property("text").toString(), QString());
+    QCOMPARE(field->property("preeditText").toString(), QString());
+    QCOMPARE(screen.root()->property("plain").toString(), QString());
+}
+
+void FieldsTest::hintGoesWithTheFirstUnfinishedText()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    screen.tap(field);
+    TestScreen::compose(field, u"´"_s);
+    QVERIFY(!screen.texts(field).contains(u"Nombre Completo"_s));
+}
+
+void FieldsTest::assistiveTechnologyReachesTheBoundText_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << u"plain"_s;
+    QTest::newRow("secret") << u"secret"_s;
+}
+
+void FieldsTest::assistiveTechnologyReachesTheBoundText()
+{
+    QFETCH(QString, name);
+    TestScreen screen(fields());
+    QAccessible::queryAccessibleInterface(screen.find(name))->setText(QAccessible::Value, u"Dictado"_s);
+    QCOMPARE(screen.root()->property(name.toLatin1()).toString(), u"Dictado"_s);
+}
+
+void FieldsTest::nothingThatArrivesIsCut()
+{
+    TestScreen screen(fields());
+    // Qt's own limit is 32,767.
+    const QString longText(40'000, u'x');
+    screen.root()->setProperty("plain", longText);
+    screen.tap(screen.find(u"plain"_s));
+    screen.key(Qt::Key_End);
+    QTest::sendKeyEvent(QTest::Click, &screen.window(), Qt::Key_unknown, u"y"_s, Qt::NoModifier);
+    QCOMPARE(screen.root()->property("plain").toString(), longText + u'y');
+    QGuiApplication::clipboard()->setText(longText);
+    for (const QString &name : {u"number"_s, u"secret"_s}) {
+        screen.tap(screen.find(name));
+        QTest::keySequence(&screen.window(), QKeySequence::Paste);
+        QCOMPARE(screen.root()->property(name.toLatin1()).toString(), longText);
     }
 }
 

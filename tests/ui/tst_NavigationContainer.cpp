@@ -19,6 +19,8 @@ private Q_SLOTS:
     void secondPopDuringAPopDoesNothing();
     void swipeFollowsTheFingerAndPopsPastHalf();
     void swipeThatStopsShortComesBack();
+    void keysDuringASwipeAreNoPop();
+    void repeatedKeyIsNoPop();
     void flickPops();
     void swipeElsewhereIsNoPop();
     void swipeOverACoveredScreenIsNoPop();
@@ -238,6 +240,41 @@ void NavigationContainerTest::swipeThatStopsShortComesBack()
     QCOMPARE(depth(screen), 2);
     QCOMPARE(appearances(screen), 1);
     QTRY_VERIFY(next->isEnabled());
+}
+
+void NavigationContainerTest::keysDuringASwipeAreNoPop()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    drag(screen, 5, 120, 2);
+    QQuickItem *const next = screen.find(u"next"_s);
+    const qreal at = next->x();
+    QVERIFY(at > 50);
+    screen.key(Qt::Key_Escape);
+    screen.key(Qt::Key_Left, Qt::AltModifier);
+    QCOMPARE(next->x(), at);
+    for (int i = 0; i < 20; ++i)
+        QTest::mouseMove(&screen.window(), QPoint(120 + i % 2, 400), 20);
+    release(screen, 120);
+    QTRY_VERIFY(screen.settledAt(2));
+    QCOMPARE(next->x(), 0);
+    QVERIFY(next->isEnabled());
+    QCOMPARE(appearances(screen), 1);
+    // Afterwards they are again.
+    screen.key(Qt::Key_Escape);
+    QTRY_COMPARE(depth(screen), 1);
+    QCOMPARE(appearances(screen), 2);
+}
+
+void NavigationContainerTest::repeatedKeyIsNoPop()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    // The key that closed something over the screen is still down.
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, {}, true);
+    QCoreApplication::sendEvent(&screen.window(), &repeated);
+    QCOMPARE(appearances(screen), 1);
+    QVERIFY(screen.settledAt(2));
 }
 
 void NavigationContainerTest::flickPops()

@@ -35,6 +35,10 @@ private Q_SLOTS:
     void escapeLeavesThePickerBeforeTheScreen();
     void focusCannotLeave();
     void whatIsBelowCannotBeReachedOrHeard();
+    void nothingBelowCanBeReachedUntilItHasGone();
+    void heldKeyThatOpenedItPicksNothing_data();
+    void heldKeyThatOpenedItPicksNothing();
+    void focusComesBackToWhatOpenedIt();
     void profileTakesThePickedPhoto();
     void brokenPicturesHurtNothing();
     void fitsEveryWindow_data();
@@ -49,7 +53,7 @@ private:
             property int presses: 0
             property url chosen
             title: "Debajo"
-            covered: picker.shown
+            covered: picker.covering
             PrimaryButton { objectName: "below"; width: page.width; height: 700; text: "Tapado"; onClicked: ++page.presses }
             PhotoPicker {
                 id: picker
@@ -243,7 +247,7 @@ void PhotoPickerTest::tapPicks()
     screen.tap(screen.named(u"dos ñ #%20"_s));
     QCOMPARE(screen.root()->property("picks").toInt(), 1);
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"sub/dos ñ #%20.png"_s));
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
     QVERIFY(screen.named(u"Tapado"_s));
 }
 
@@ -255,10 +259,10 @@ void PhotoPickerTest::screenReaderPicks()
     open(screen, 2);
     press(screen.named(u"dos"_s));
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"dos.png"_s));
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
     open(screen, 2);
     press(screen.named(u"Cancelar"_s));
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
     QCOMPARE(screen.root()->property("picks").toInt(), 1);
 }
 
@@ -279,7 +283,7 @@ void PhotoPickerTest::keysPick()
     open(screen, 4);
     screen.key(key);
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"0.png"_s));
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
     open(screen, 4);
     screen.key(Qt::Key_Right);
     screen.key(Qt::Key_Right);
@@ -334,7 +338,7 @@ void PhotoPickerTest::keysInAnEmptyFolderDoNothing()
     QVERIFY(shown(screen));
     QCOMPARE(screen.root()->property("picks").toInt(), 0);
     screen.key(Qt::Key_Escape);
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
 }
 
 void PhotoPickerTest::cancelPicksNothing_data()
@@ -359,7 +363,7 @@ void PhotoPickerTest::cancelPicksNothing()
     } else {
         screen.key(way == u"Escape"_s ? Qt::Key_Escape : Qt::Key_Back);
     }
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
     QCOMPARE(screen.root()->property("picks").toInt(), 0);
     QVERIFY(screen.named(u"Tapado"_s));
     QVERIFY(!screen.named(u"Cancelar"_s) && !screen.named(u"Elegir foto"_s) && !screen.named(u"uno"_s));
@@ -375,7 +379,7 @@ void PhotoPickerTest::escapeLeavesThePickerBeforeTheScreen()
     screen.tap(screen.find(u"cambiarFoto"_s));
     QVERIFY(shown(screen));
     screen.key(Qt::Key_Escape);
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
     QCOMPARE(screen.root()->property("depth").toInt(), 2);
     screen.key(Qt::Key_Escape);
     QTRY_VERIFY(screen.settledAt(1));
@@ -407,8 +411,65 @@ void PhotoPickerTest::whatIsBelowCannotBeReachedOrHeard()
     screen.tap(screen.find(u"below"_s));
     QCOMPARE(screen.root()->property("presses").toInt(), 0);
     screen.key(Qt::Key_Escape);
+    QTRY_VERIFY(!shown(screen));
     screen.tap(screen.find(u"below"_s));
     QCOMPARE(screen.root()->property("presses").toInt(), 1);
+}
+
+void PhotoPickerTest::nothingBelowCanBeReachedUntilItHasGone()
+{
+    add(u"uno.png"_s, 10);
+    TestScreen screen(page());
+    open(screen, 1);
+    const QPoint photo = TestScreen::box(screen.named(u"uno"_s)).center().toPoint();
+    for (int i = 0; i < 3; ++i)
+        QTest::mouseClick(&screen.window(), Qt::LeftButton, {}, photo);
+    screen.key(Qt::Key_Space);
+    QVERIFY(shown(screen));
+    QCOMPARE(screen.root()->property("picks").toInt(), 1);
+    QCOMPARE(screen.root()->property("presses").toInt(), 0);
+    QVERIFY(!screen.named(u"Tapado"_s) && !screen.named(u"uno"_s));
+    QTRY_VERIFY(!shown(screen));
+}
+
+void PhotoPickerTest::heldKeyThatOpenedItPicksNothing_data() { keysPick_data(); }
+
+void PhotoPickerTest::heldKeyThatOpenedItPicksNothing()
+{
+    QFETCH(Qt::Key, key);
+    add(u"uno.png"_s, 10);
+    TestScreen screen(page());
+    screen.hold(key, true, [&] { open(screen, 1); });
+    QCOMPARE(screen.root()->property("picks").toInt(), 0);
+    QVERIFY(screen.named(u"uno"_s));
+    // The key that picks is still down when the picker has gone: it does not open it again.
+    screen.key(Qt::Key_Escape);
+    QTRY_VERIFY(!shown(screen));
+    screen.find(u"below"_s)->forceActiveFocus(Qt::TabFocusReason);
+    open(screen, 1);
+    screen.hold(key, true, [&] { QTRY_VERIFY(!shown(screen)); });
+    QCOMPARE(screen.root()->property("picks").toInt(), 1);
+    QCOMPARE(screen.root()->property("presses").toInt(), 0);
+}
+
+void PhotoPickerTest::focusComesBackToWhatOpenedIt()
+{
+    TestScreen screen(TestScreen::pushing("PerfilView {}"));
+    screen.tap(screen.find(u"open"_s));
+    QTRY_VERIFY(screen.settledAt(2));
+    QQuickItem *const photo = screen.named(u"Cambiar foto"_s);
+    photo->forceActiveFocus(Qt::TabFocusReason);
+    screen.key(Qt::Key_Return);
+    QVERIFY(shown(screen));
+    screen.key(Qt::Key_Escape);
+    QTRY_VERIFY(photo->property("visualFocus").toBool());
+    // By tap it stays with the field that had it.
+    QQuickItem *const name = screen.find(u"nombre"_s);
+    screen.type(name, u"Ana"_s);
+    screen.tap(photo);
+    QVERIFY(shown(screen));
+    screen.key(Qt::Key_Escape);
+    QTRY_VERIFY(name->hasActiveFocus());
 }
 
 void PhotoPickerTest::profileTakesThePickedPhoto()
@@ -424,7 +485,7 @@ void PhotoPickerTest::profileTakesThePickedPhoto()
     // All of the screen, its bar too.
     QCOMPARE(TestScreen::box(screen.find(u"picker"_s)), QRectF(0, 0, 390, 844));
     screen.tap(screen.named(u"uno"_s));
-    QVERIFY(!shown(screen));
+    QTRY_VERIFY(!shown(screen));
     QTRY_VERIFY(screen.find(u"avatar"_s)->property("decoded").toBool());
     QFile file(path(u"uno.png"_s));
     QVERIFY(file.open(QFile::ReadOnly));

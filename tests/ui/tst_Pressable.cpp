@@ -2,7 +2,6 @@
 #include "TestScreen.h"
 
 #include <QAccessible>
-#include <QInputMethodEvent>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -13,6 +12,11 @@ class PressableTest : public QObject {
 private Q_SLOTS:
     void everyWayOfPressingIsOnePress_data();
     void everyWayOfPressingIsOnePress();
+    void heldKeyIsOnePress_data();
+    void heldKeyIsOnePress();
+    void spaceThatWasPressedElsewhereIsNoPress();
+    void tapLeavesTheFocusWhereItIs_data();
+    void tapLeavesTheFocusWhereItIs();
     void unfinishedTextIsCommittedBeforeTheAction();
     void primaryButtonHasTheDesignedLook();
     void smallTextHasALargeTarget();
@@ -28,8 +32,8 @@ private:
             property string typed: ""
             property string seen: ""
             spacing: 60
-            CustomTextField { objectName: "field"; width: 300; hint: "Nombre"; text: form.typed; isDecimal: false
-                onTextEdited: form.typed = text }
+            CustomTextField { objectName: "field"; width: 300; hint: "Nombre"; value: form.typed; isDecimal: false
+                onEdited: shown => form.typed = shown }
             PrimaryButton { objectName: "button"; width: 300; text: "Enviar"
                 onClicked: { ++form.presses; form.seen = form.typed } }
             TextButton { objectName: "link"; text: "Ver"; textStyle: Theme.caption
@@ -55,11 +59,7 @@ void PressableTest::everyWayOfPressingIsOnePress()
     TestScreen screen(form());
     QQuickItem *const item = screen.find(button);
     if (way == u"finger"_s) {
-        static auto *const device = QTest::createTouchDevice();
-        const QPoint at = TestScreen::box(item).center().toPoint();
-        QTest::touchEvent(&screen.window(), device).press(1, at, &screen.window());
-        QCOMPARE(screen.root()->property("presses").toInt(), 0);
-        QTest::touchEvent(&screen.window(), device).release(1, at, &screen.window());
+        screen.touch(item);
     } else if (way == u"mouse"_s) {
         screen.tap(item);
     } else if (way == u"reader"_s) {
@@ -73,15 +73,73 @@ void PressableTest::everyWayOfPressingIsOnePress()
     QCOMPARE(screen.root()->property("presses").toInt(), 1);
 }
 
+void PressableTest::heldKeyIsOnePress_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<bool>("releasesBetween");
+    for (const char *button : {"button", "link"}) {
+        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+            for (const bool releasesBetween : {true, false})
+                QTest::addRow("%s, %#x, %d", button, unsigned(key), releasesBetween)
+                    << QString::fromLatin1(button) << key << releasesBetween;
+        }
+    }
+}
+
+void PressableTest::heldKeyIsOnePress()
+{
+    QFETCH(QString, button);
+    QFETCH(Qt::Key, key);
+    QFETCH(bool, releasesBetween);
+    TestScreen screen(form());
+    screen.find(button)->forceActiveFocus(Qt::TabFocusReason);
+    screen.hold(key, releasesBetween);
+    QCOMPARE(screen.root()->property("presses").toInt(), 1);
+}
+
+void PressableTest::spaceThatWasPressedElsewhereIsNoPress()
+{
+    TestScreen screen(form());
+    screen.find(u"button"_s)->forceActiveFocus(Qt::TabFocusReason);
+    screen.hold(Qt::Key_Space, true, [&] { screen.find(u"link"_s)->forceActiveFocus(Qt::TabFocusReason); });
+    QCOMPARE(screen.root()->property("presses").toInt(), 0);
+    screen.key(Qt::Key_Space);
+    QCOMPARE(screen.root()->property("presses").toInt(), 1);
+}
+
+void PressableTest::tapLeavesTheFocusWhereItIs_data()
+{
+    QTest::addColumn<bool>("byFinger");
+    QTest::newRow("mouse") << false;
+    QTest::newRow("finger") << true;
+}
+
+void PressableTest::tapLeavesTheFocusWhereItIs()
+{
+    QFETCH(bool, byFinger);
+    TestScreen screen(form());
+    QQuickItem *const field = screen.find(u"field"_s);
+    screen.type(field, u"Ana"_s);
+    field->setProperty("cursorPosition", 1);
+    for (const QString &name : {u"button"_s, u"link"_s}) {
+        if (byFinger)
+            screen.touch(screen.find(name));
+        else
+            screen.tap(screen.find(name));
+        QVERIFY(field->hasActiveFocus());
+        QCOMPARE(field->property("cursorPosition").toInt(), 1);
+    }
+    QCOMPARE(screen.root()->property("presses").toInt(), 2);
+}
+
 void PressableTest::unfinishedTextIsCommittedBeforeTheAction()
 {
     TestScreen screen(form());
     QQuickItem *const field = screen.find(u"field"_s);
     screen.type(field, u"Ana "_s);
-    QInputMethodEvent unfinished(u"Luc"_s, {});
-    QCoreApplication::sendEvent(field, &unfinished);
+    TestScreen::compose(field, u"Luc"_s);
     QCOMPARE(field->property("preeditText").toString(), u"Luc"_s);
-    QCOMPARE(screen.root()->property("typed").toString(), u"Ana "_s);
 
     QAccessibleInterface *const button = QAccessible::queryAccessibleInterface(screen.find(u"button"_s));
     button->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
@@ -141,8 +199,10 @@ void PressableTest::focusRingComesWithTheKeyboardOnly()
     TestScreen screen(form());
     QQuickItem *const button = screen.find(u"button"_s);
     screen.tap(button);
-    QVERIFY(button->hasActiveFocus());
     QVERIFY(!button->property("visualFocus").toBool());
+    screen.tap(screen.find(u"field"_s));
+    screen.key(Qt::Key_Tab);
+    QVERIFY(button->property("visualFocus").toBool());
     screen.key(Qt::Key_Tab);
     QVERIFY(screen.find(u"link"_s)->property("visualFocus").toBool());
 }

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void recoveryWithoutAnAddressDoesNothing();
     void cancelledRecoveryDoesNothing();
     void messageIsAnnounced();
+    void messageThatComesBehindTheAlertIsAnnouncedAfterIt();
     void everythingIsReadInOrder();
     void nothingIsCut_data();
     void nothingIsCut();
@@ -391,6 +392,28 @@ void LoginViewTest::messageIsAnnounced()
     QQuickItem *const line = screen.named(u"Completa los campos"_s);
     QCOMPARE(line, screen.find(u"msg"_s));
     QCOMPARE(QAccessible::queryAccessibleInterface(line)->role(), QAccessible::AlertMessage);
+}
+
+void LoginViewTest::messageThatComesBehindTheAlertIsAnnouncedAfterIt()
+{
+    TestScreen screen(login());
+    press(screen);
+    QQuickItem *const line = screen.find(u"msg"_s);
+    screen.tap(screen.find(u"recuperar"_s));
+    QQuickItem *const alert = screen.find(u"recuperarDialog"_s);
+    QTRY_COMPARE(alert->opacity(), 1);
+    server.reply("/api_recuperar.php", R"({"message":"Revisa tu correo"})");
+    screen.type(screen.find(u"alertInput"_s), u"a@b"_s);
+    // It begins to show anew each time that it has something to tell.
+    QStringList told;
+    connect(line, &QQuickItem::visibleChanged, this, [&] {
+        if (line->isVisible() && line->isEnabled())
+            told.append(line->property("text").toString());
+    });
+    screen.key(Qt::Key_Return);
+    QTRY_VERIFY(screen.named(u"Revisa tu correo"_s));
+    QVERIFY(!alert->isVisible());
+    QTRY_COMPARE(told, QStringList(u"Revisa tu correo"_s));
 }
 
 void LoginViewTest::everythingIsReadInOrder()
