@@ -3,6 +3,8 @@ import Marovenda.Ui
 
 // Shows where the keyboard's focus is, around its parent.
 ContinuousRectangle {
+    objectName: "focusRing"
+
     property bool shown: false
     property real around: 3
 

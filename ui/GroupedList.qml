@@ -50,4 +50,11 @@ ListView {
     // qmllint enable unqualified
 
     ScrollIndicator { area: list }
+    // Where the keys are, before they have chosen a row.
+    FocusRing {
+        parent: list
+        around: -2
+        shown: Keyboard.navigating && list.activeFocus && list.currentIndex < 0
+        radius: 10
+    }
 }

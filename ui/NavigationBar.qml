@@ -22,6 +22,8 @@ Item {
         height: bar.height
         text: "Atrás"
         rightPadding: Theme.spacing
+        // The bar ends at the window's edge.
+        focusAround: -2
         Accessible.name: "Atrás"
         onClicked: bar.back()
 

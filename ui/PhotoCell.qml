@@ -21,7 +21,8 @@ Item {
     Accessible.onPressAction: cell.chosen()
 
     Rectangle {
-        anchors.fill: view
+        anchors.fill: parent
+        anchors.margins: cell.gap / 2
         color: Theme.greyFill
     }
     PhotoView {
@@ -31,9 +32,13 @@ Item {
         anchors.margins: cell.gap / 2
         square: true
         file: cell.file
+        // The ring goes around the photo, which may be as blue.
+        scale: cell.marked ? (width - 10) / width : 1
     }
     Rectangle {
-        anchors.fill: view
+        objectName: "focusRing"
+        anchors.fill: parent
+        anchors.margins: cell.gap / 2
         visible: cell.marked
         color: "transparent"
         border.color: Theme.blue

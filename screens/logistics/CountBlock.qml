@@ -9,6 +9,8 @@ Pressable {
     required property string caption
 
     text: block.count + " " + block.caption
+    // On the blue card.
+    focusColor: Theme.white
 
     contentItem: Column {
         spacing: Theme.spacing

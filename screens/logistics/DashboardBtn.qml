@@ -8,15 +8,24 @@ Item {
 
     required property string icon
     required property string text
+    readonly property bool ringShown: button.visualFocus
 
     signal clicked()
 
-    implicitWidth: 64
+    // Wider than designed only where the text is so large that a word of the caption would break.
+    implicitWidth: {
+        const words = tile.text.split(" ").map(word => metrics.advanceWidth(word))
+        return words.reduce((widest, each) => Math.max(widest, Math.ceil(each)), 64)
+    }
     implicitHeight: button.implicitHeight
 
+    FontMetrics {
+        id: metrics
+        font: caption.font
+    }
     Pressable {
         id: button
-        width: 64
+        width: tile.width
         text: tile.text
         onClicked: tile.clicked()
 
@@ -38,7 +47,8 @@ Item {
                 }
             }
             AppText {
-                width: 64
+                id: caption
+                width: tile.width
                 text: tile.text
                 textStyle: Theme.caption
                 bold: true

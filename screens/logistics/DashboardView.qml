@@ -123,33 +123,14 @@ AppScreen {
                 }
             }
 
-            Flickable {
+            TileRow {
                 objectName: "tiles"
-                readonly property Item focused: Window.activeFocusItem
-
-                // A tile that gets the focus is brought into view.
-                onFocusedChanged: {
-                    for (let each = focused; each; each = each.parent) {
-                        if (each.parent === tiles)
-                            contentX = Math.max(0, Math.max(each.x + each.width - width, Math.min(contentX, each.x)))
-                    }
-                }
                 width: column.inner
-                height: tiles.height
-                contentWidth: tiles.width
-                flickableDirection: Flickable.HorizontalFlick
-                interactive: contentWidth > width
-                clip: true
-
-                Row {
-                    id: tiles
-                    spacing: 16
-                    DashboardBtn { icon: "shippingbox"; text: "Casillero"; onClicked: screen.push(screens.casillero) }
-                    DashboardBtn { icon: "doc.text"; text: "Cotizar"; onClicked: screen.push(screens.cotizar) }
-                    DashboardBtn { icon: "car"; text: "Autos"; onClicked: screen.push(screens.autos) }
-                    DashboardBtn { icon: "person"; text: "Perfil"; onClicked: screen.push(screens.perfil) }
-                    DashboardBtn { icon: "info.circle"; text: "Dev"; onClicked: screen.push(screens.dev) }
-                }
+                DashboardBtn { icon: "shippingbox"; text: "Casillero"; onClicked: screen.push(screens.casillero) }
+                DashboardBtn { icon: "doc.text"; text: "Cotizar"; onClicked: screen.push(screens.cotizar) }
+                DashboardBtn { icon: "car"; text: "Autos"; onClicked: screen.push(screens.autos) }
+                DashboardBtn { icon: "person"; text: "Perfil"; onClicked: screen.push(screens.perfil) }
+                DashboardBtn { icon: "info.circle"; text: "Dev"; onClicked: screen.push(screens.dev) }
             }
 
             Column {

@@ -6,6 +6,8 @@
 
 #include <QAccessible>
 #include <QBuffer>
+#include <QGuiApplication>
+#include <QScopeGuard>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -48,6 +50,9 @@ private Q_SLOTS:
     void lateReplyAfterSignOutHurtsNothing();
     void layoutHasTheDesignedMeasures();
     void focusedTileIsBroughtIntoView();
+    void captionsOfTilesAreNotBrokenWithinAWord_data();
+    void captionsOfTilesAreNotBrokenWithinAWord();
+    void tappedButtonIsNotScrolledTo();
     void everythingIsReadInOrder();
     void markupFromTheServiceIsShownAsItStands();
     void nothingIsCut_data();
@@ -424,8 +429,8 @@ void DashboardViewTest::layoutHasTheDesignedMeasures()
         QCOMPARE(box(blocks[i]).width(), 390 - 48);
     }
     // The tiles are 64 wide, 16 apart, and reach beyond the column: they scroll.
-    QCOMPARE(screen.find(u"tiles"_s)->property("contentWidth").toReal(), 5 * 64 + 4 * 16);
-    QVERIFY(screen.find(u"tiles"_s)->property("interactive").toBool());
+    QCOMPARE(screen.find(u"tileScroll"_s)->property("contentWidth").toReal(), 5 * 64 + 4 * 16);
+    QVERIFY(screen.find(u"tileScroll"_s)->property("interactive").toBool());
     const auto *const summary = screen.find(u"summary"_s)->childItems().first();
     QCOMPARE(summary->property("radius").toReal(), 24);
     QCOMPARE(summary->property("color").value<QColor>(), QColor(0x00, 0x7A, 0xFF));
@@ -454,7 +459,67 @@ void DashboardViewTest::focusedTileIsBroughtIntoView()
     QVERIFY(!inView(u"Casillero"_s));
     screen.named(u"Casillero"_s)->forceActiveFocus(Qt::TabFocusReason);
     QVERIFY(inView(u"Casillero"_s));
-    QCOMPARE(screen.find(u"tiles"_s)->property("contentX").toReal(), 0);
+    // With its ring; without one the first tile stands at the edge.
+    QVERIFY(screen.find(u"tileScroll"_s)->property("contentX").toReal() < -4);
+    screen.find(u"cerrarSesion"_s)->forceActiveFocus(Qt::TabFocusReason);
+    QCOMPARE(screen.find(u"tileScroll"_s)->property("contentX").toReal(), 0);
+}
+
+void DashboardViewTest::captionsOfTilesAreNotBrokenWithinAWord_data()
+{
+    QTest::addColumn<double>("textScale");
+    for (const double scale : {1.0, 1.3, 2.0, 3.0})
+        QTest::addRow("%.1f", scale) << scale;
+}
+
+void DashboardViewTest::captionsOfTilesAreNotBrokenWithinAWord()
+{
+    QFETCH(double, textScale);
+    const QFont before = QGuiApplication::font();
+    QFont font = before;
+    font.setPointSizeF(9 * textScale);
+    QGuiApplication::setFont(font);
+    const auto restore = qScopeGuard([&] { QGuiApplication::setFont(before); });
+    TestScreen screen(dashboard());
+    for (const QString &caption : {u"Casillero"_s, u"Cotizar"_s, u"Autos"_s, u"Perfil"_s, u"Dev"_s}) {
+        const QQuickItem *const tile = screen.named(caption);
+        const QList<QQuickItem *> parts = tile->property("contentItem").value<QQuickItem *>()->childItems();
+        const QQuickItem *const text = parts.last();
+        QCOMPARE(text->property("text").toString(), caption);
+        QCOMPARE(text->property("lineCount").toInt(), 1);
+        // No wider than the word needs.
+        const qreal word = text->property("contentWidth").toReal();
+        QVERIFY2(tile->width() == 64 || tile->width() <= word + 1, qUtf8Printable(caption));
+        QVERIFY(tile->width() >= 64);
+    }
+}
+
+void DashboardViewTest::tappedButtonIsNotScrolledTo()
+{
+    // Two pixels of the button are in view when it is tapped: it stays there, and so it is pressed.
+    TestScreen screen(dashboard(), {390, 480});
+    QQuickItem *const button = screen.find(u"buscar"_s);
+    QQuickItem *area = button->parentItem();
+    while (!area->inherits("QQuickFlickable"))
+        area = area->parentItem();
+    screen.type(screen.find(u"trackingText"_s), u"MRV-1"_s);
+    screen.scrollTo(button);
+    area->setProperty("contentY", area->property("contentY").toReal() + TestScreen::box(button).top() - 478);
+    screen.settle();
+    const QRectF box = TestScreen::box(button);
+    QCOMPARE(box.top(), 478);
+    QTest::mouseClick(&screen.window(), Qt::LeftButton, {}, QPoint(int(box.center().x()), 479));
+    QTRY_COMPARE(opened.size(), 1);
+    // A reply that changes the height moves nothing to it either.
+    screen.find(u"cerrarSesion"_s)->forceActiveFocus(Qt::TabFocusReason);
+    screen.settle();
+    const qreal away = 100;
+    area->setProperty("contentY", away);
+    answer(packages(3) + "," + quotations(3));
+    QMetaObject::invokeMethod(screen.root()->property("current").value<QQuickItem *>(), "appeared");
+    QTRY_COMPARE(count(screen, "paqueteCount"), 3);
+    screen.settle();
+    QCOMPARE(area->property("contentY").toReal(), away);
 }
 
 void DashboardViewTest::everythingIsReadInOrder()

@@ -1,0 +1,183 @@
+#include "MarovendaTest.h"
+#include "Scenes.h"
+#include "ServiceTest.h"
+
+#include <QAccessible>
+#include <QDir>
+#include <QGuiApplication>
+#include <QTest>
+
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Relative luminance (https://www.w3.org/TR/WCAG21/#dfn-relative-luminance).
+double luminance(QRgb colour)
+{
+    const auto linear = [](int channel) {
+        const double c = channel / 255.0;
+        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(qRed(colour)) + 0.7152 * linear(qGreen(colour)) + 0.0722 * linear(qBlue(colour));
+}
+
+double contrast(QRgb one, QRgb other)
+{
+    const double a = luminance(one) + 0.05;
+    const double b = luminance(other) + 0.05;
+    return std::max(a, b) / std::min(a, b);
+}
+
+/// Whether a line of at least 3 : 1 against what it is drawn on goes around `middle` without a gap: the
+/// way from the middle to the picture's edge, in steps to the four neighbours, is barred.
+bool isClosedRing(const QImage &without, const QImage &with, QPoint middle)
+{
+    const auto isLine = [&](QPoint at) {
+        const QRgb before = without.pixel(at);
+        const QRgb now = with.pixel(at);
+        return before != now && contrast(before, now) >= 3;
+    };
+    QImage seen(with.size(), QImage::Format_Grayscale8);
+    seen.fill(0);
+    QList<QPoint> open{middle};
+    while (!open.isEmpty()) {
+        const QPoint at = open.takeLast();
+        if (!seen.rect().contains(at))
+            return false;
+        uchar &visited = seen.scanLine(at.y())[at.x()];
+        if (visited || isLine(at))
+            continue;
+        visited = 1;
+        for (const QPoint step : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)})
+            open.append(at + step);
+    }
+    return true;
+}
+
+/// The rings that are on show, whatever they are drawn around.
+QList<QQuickItem *> ringsOf(const TestScreen &screen)
+{
+    QList<QQuickItem *> shown;
+    for (QQuickItem *ring : screen.all(u"focusRing"_s)) {
+        if (ring->isVisible())
+            shown.append(ring);
+    }
+    return shown;
+}
+
+} // namespace
+
+class FocusRingsTest : public ServiceTest {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { ServiceTest::init(); }
+    void cleanup() { ServiceTest::cleanup(); }
+
+    void everyStopOfTheTabKeyHasAClosedRing_data();
+    void everyStopOfTheTabKeyHasAClosedRing();
+
+private:
+    static QString nameOf(const QQuickItem *item)
+    {
+        QAccessibleInterface *const heard = QAccessible::queryAccessibleInterface(const_cast<QQuickItem *>(item));
+        return heard ? heard->text(QAccessible::Name) : QString();
+    }
+    static void check(TestScreen &screen);
+};
+
+void FocusRingsTest::everyStopOfTheTabKeyHasAClosedRing_data()
+{
+    QTest::addColumn<int>("scene");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<double>("textScale");
+    // One state of each screen; the others have no more stops.
+    const QStringList shown{u"ingreso"_s,
+                            u"recuperar"_s,
+                            u"registro"_s,
+                            u"perfil"_s,
+                            u"fotos"_s,
+                            u"panel"_s,
+                            u"cotizar"_s,
+                            u"autos"_s,
+                            u"casillero"_s,
+                            u"paquetes"_s,
+                            u"cotizaciones-vacio"_s,
+                            u"creditos"_s};
+    const QList<Scene> all = scenes();
+    qsizetype found = 0;
+    for (int scene = 0; scene < all.size(); ++scene) {
+        if (!shown.contains(QString::fromUtf8(all[scene].name)))
+            continue;
+        ++found;
+        QTest::newRow(all[scene].name + "-390") << scene << QSize(390, 844) << 1.0;
+        QTest::newRow(all[scene].name + "-text200") << scene << QSize(390, 844) << 2.0;
+    }
+    QCOMPARE(found, shown.size());
+}
+
+void FocusRingsTest::everyStopOfTheTabKeyHasAClosedRing()
+{
+    QFETCH(int, scene);
+    QFETCH(QSize, size);
+    QFETCH(double, textScale);
+    QFont font;
+    font.setPointSizeF(9 * textScale);
+    QGuiApplication::setFont(font);
+    const Scene wanted = scenes()[scene];
+    wanted.given(server);
+    TestScreen screen(wanted.qml, size);
+    QVERIFY(wanted.when(screen));
+    screen.settle();
+
+    QList<const QQuickItem *> stops;
+    for (int i = 0; i < 30; ++i) {
+        screen.key(Qt::Key_Tab);
+        const QQuickItem *const item = screen.window().activeFocusItem();
+        if (stops.contains(item))
+            break;
+        stops.append(item);
+        check(screen);
+        if (QTest::currentTestFailed())
+            return;
+        // In a list and among photos the arrows go on.
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_End}) {
+            if (!item->inherits("QQuickItemView"))
+                break;
+            screen.key(key);
+            check(screen);
+            if (QTest::currentTestFailed())
+                return;
+        }
+    }
+    QVERIFY(!stops.isEmpty());
+}
+
+void FocusRingsTest::check(TestScreen &screen)
+{
+    const QByteArray where = nameOf(screen.window().activeFocusItem()).toUtf8();
+    QImage with;
+    const auto isSeen = [&] {
+        const QList<QQuickItem *> rings = ringsOf(screen);
+        with = screen.picture();
+        if (rings.size() != 1)
+            return false;
+        rings.first()->setOpacity(0);
+        const QImage without = screen.picture();
+        rings.first()->setOpacity(1);
+        return isClosedRing(without, with, TestScreen::box(rings.first()).center().toPoint());
+    };
+    // A list may have to scroll first.
+    const bool seen = QTest::qWaitFor(isSeen, 3000);
+    const QString folder = qEnvironmentVariable("MAROVENDA_KEEP_PICTURES", QStringLiteral(DIFFERENCES));
+    if (!seen || qEnvironmentVariableIsSet("MAROVENDA_KEEP_PICTURES")) {
+        QDir().mkpath(folder);
+        static int number = 0;
+        with.save(u"%1/ring-%2-%3.png"_s.arg(folder, QString::fromUtf8(QTest::currentDataTag())).arg(++number));
+    }
+    QVERIFY2(seen, where + ": it has no ring, or one with a gap or hard to see; see picture-differences");
+}
+
+MAROVENDA_TEST_MAIN(FocusRingsTest)
+#include "tst_FocusRings.moc"
