@@ -19,7 +19,11 @@ Flickable {
         return Math.max(0, bottom - InputMethod.keyboardRectangle.y)
     }
     readonly property real viewHeight: height - keyboardCover
+    // The line that is brought into view when it has something new to say.
+    property MessageLine message: null
     readonly property Item focused: Window.activeFocusItem
+    // What the next arranging brings into view besides the focused field.
+    property Item wanted: null
 
     function isInside(item: Item): bool {
         for (let each = item; each; each = each.parent) {
@@ -29,6 +33,7 @@ Flickable {
         return false
     }
 
+    // Scrolls just so far that an item is in the visible part.
     function reveal(item: Item) {
         if (!item || !isInside(item) || moving)
             return
@@ -43,6 +48,23 @@ Flickable {
         contentY = Math.max(0, Math.min(wanted, Math.max(0, contentHeight + bottomMargin - height)))
     }
 
+    // Where things are is known once the positioners have been polished: that is before the next frame.
+    function arrangeLater() {
+        frame.target = Window.window
+        Window.window?.update()
+    }
+
+    // A button stays where it is: the finger may be on its way to another.
+    function arrange() {
+        frame.target = null
+        if (!interactive)
+            contentY = 0
+        if (focused instanceof TextInput)
+            reveal(focused)
+        reveal(wanted)
+        wanted = null
+    }
+
     contentWidth: width
     contentHeight: Math.max(title.height + holder.childrenRect.height, 1)
     bottomMargin: keyboardCover
@@ -54,19 +76,29 @@ Flickable {
     pressDelay: 0
 
     onFocusedChanged: reveal(focused)
-    onHeightChanged: later.restart()
-    onKeyboardCoverChanged: later.restart()
-    onContentHeightChanged: {
-        if (!interactive)
-            contentY = 0
-        later.restart()
-    }
+    onHeightChanged: arrangeLater()
+    onKeyboardCoverChanged: arrangeLater()
+    onContentHeightChanged: arrangeLater()
 
-    // Once the layout has settled.
-    Timer {
-        id: later
-        interval: 0
-        onTriggered: scroller.reveal(scroller.focused)
+    Connections {
+        target: scroller.message
+        function onTextChanged() {
+            scroller.wanted = scroller.message.text !== "" ? scroller.message : null
+            scroller.arrangeLater()
+        }
+    }
+    // Typing goes on in a field that was scrolled away.
+    Connections {
+        target: scroller.focused as FormField
+        function onEdited() {
+            scroller.wanted = null
+            scroller.arrangeLater()
+        }
+    }
+    Connections {
+        id: frame
+        target: null
+        function onAfterAnimating() { scroller.arrange() }
     }
     LargeTitle {
         id: title

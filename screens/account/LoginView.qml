@@ -15,6 +15,7 @@ AppScreen {
         anchors.fill: parent
         centred: true
         enabled: !dialog.covering
+        message: outcome
 
         Column {
             id: column
@@ -77,6 +78,7 @@ AppScreen {
                 onClicked: viewModel.iniciarSesion()
             }
             MessageLine {
+                id: outcome
                 objectName: "msg"
                 width: column.inner
                 text: viewModel.msg

@@ -17,6 +17,7 @@ AppScreen {
         anchors.fill: parent
         heading: screen.title
         centred: true
+        message: outcome
 
         Column {
             id: column
@@ -76,6 +77,7 @@ AppScreen {
                 onClicked: viewModel.guardarCambios()
             }
             MessageLine {
+                id: outcome
                 objectName: "msg"
                 width: column.inner
                 text: viewModel.msg

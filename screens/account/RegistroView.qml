@@ -5,10 +5,14 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    scrolled: scroller.contentY
+
     RegistroViewModel { id: viewModel }
 
     Scroller {
+        id: scroller
         anchors.fill: parent
+        message: outcome
 
         Column {
             id: column
@@ -77,6 +81,7 @@ AppScreen {
                 onClicked: viewModel.registrar()
             }
             MessageLine {
+                id: outcome
                 objectName: "msg"
                 width: column.inner
                 text: viewModel.msg

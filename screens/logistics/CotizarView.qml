@@ -5,10 +5,14 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    scrolled: scroller.contentY
+
     CotizarViewModel { id: viewModel }
 
     Scroller {
+        id: scroller
         anchors.fill: parent
+        message: outcome
 
         Column {
             id: column
@@ -70,6 +74,7 @@ AppScreen {
                 onClicked: viewModel.enviarCotizacion()
             }
             MessageLine {
+                id: outcome
                 objectName: "msg"
                 width: column.inner
                 text: viewModel.msg

@@ -5,10 +5,14 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    scrolled: scroller.contentY
+
     ImportarAutoViewModel { id: viewModel }
 
     Scroller {
+        id: scroller
         anchors.fill: parent
+        message: outcome
 
         Column {
             id: column
@@ -65,6 +69,7 @@ AppScreen {
                 onClicked: viewModel.enviarSolicitud()
             }
             MessageLine {
+                id: outcome
                 objectName: "msg"
                 width: column.inner
                 text: viewModel.msg
