@@ -19,8 +19,8 @@ QString Finding::where() const
     if (rows.isEmpty())
         return place;
     QStringList numbers;
-    for (const qsizetype row : rows.first(std::min(shownRows, rows.size())))
-        numbers += QString::number(row);
+    for (qsizetype i = 0; i < std::min(shownRows, rows.size()); ++i)
+        numbers += QString::number(rows[i]);
     QString list = numbers.join(u", "_s);
     if (rows.size() > shownRows)
         list += u" and %1 more"_s.arg(rows.size() - shownRows);

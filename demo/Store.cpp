@@ -8,7 +8,7 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
+#include <ranges>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -64,13 +64,6 @@ constexpr auto tables = R"(
         email TEXT NOT NULL,
         customer INTEGER REFERENCES customers);
 )";
-
-template <class T>
-QList<T> reversed(QList<T> rows)
-{
-    std::reverse(rows.begin(), rows.end());
-    return rows;
-}
 
 QString keyOf(const QString &email) { return email.trimmed().toLower(); }
 
@@ -266,12 +259,12 @@ void Store::seed(const DemoCustomer &customer)
     insert.add(customer.direccion).add(customer.ciudad).run();
     const qint64 id = sqlite3_last_insert_rowid(m_database.get());
     // The newest row gets the largest number.
-    for (const auto &row : reversed(customer.paquetes)) {
+    for (const auto &row : customer.paquetes | std::views::reverse) {
         Statement package(*this, "INSERT INTO packages (customer, tracking, descripcion, estado, fecha_recibido) "
                                  "VALUES (?, ?, ?, ?, ?)");
         package.add(id).add(row.tracking).add(row.descripcion).add(row.estado).add(row.fecha_recibido).run();
     }
-    for (const auto &row : reversed(customer.cotizaciones)) {
+    for (const auto &row : customer.cotizaciones | std::views::reverse) {
         Statement quotation(*this,
                             "INSERT INTO quotations (customer, origen, descripcion, estado) VALUES (?, ?, ?, ?)");
         quotation.add(id).add(row.origen).add(row.descripcion).add(row.estado).run();
