@@ -51,8 +51,8 @@ constexpr auto portalService = "org.freedesktop.portal.Desktop"_L1;
 constexpr auto portalPath = "/org/freedesktop/portal/desktop"_L1;
 constexpr auto portalSettings = "org.freedesktop.portal.Settings"_L1;
 
-// The older of the two settings that tell; the newer one, "reduced-motion" in org.freedesktop.appearance, is asked
-// too.
+// Two settings tell, and either is enough: GNOME's own, and the one that all desktops share since
+// (https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Settings.html).
 constexpr auto gnomeArea = "org.gnome.desktop.interface"_L1;
 constexpr auto gnomeKey = "enable-animations"_L1;
 constexpr auto appearanceArea = "org.freedesktop.appearance"_L1;
@@ -122,12 +122,12 @@ void PlatformSettings::readTextScale()
     emit textScaleChanged();
 }
 
-void PlatformSettings::setReducedMotion(bool reduced)
+void PlatformSettings::noteMotion(bool &wish, bool reduced)
 {
-    if (reduced == m_reducedMotion)
-        return;
-    m_reducedMotion = reduced;
-    emit reducedMotionChanged();
+    const bool before = reducedMotion();
+    wish = reduced;
+    if (reducedMotion() != before)
+        emit reducedMotionChanged();
 }
 
 void PlatformSettings::askForMotion()
@@ -163,7 +163,10 @@ void PlatformSettings::portalSettingChanged(const QString &area, const QString &
         // The portal wraps the setting in a second variant.
         if (value.canConvert<QDBusVariant>())
             value = value.value<QDBusVariant>().variant();
-        setReducedMotion(gnome ? !value.toBool() : value.toUInt() == 1);
+        if (gnome)
+            noteMotion(m_animationsOff, !value.toBool());
+        else
+            noteMotion(m_motionReduced, value.toUInt() == 1);
     });
 #else
     Q_UNUSED(area)

@@ -10,7 +10,7 @@ class PlatformSettings : public QObject {
     QML_SINGLETON
     /// The desktop's text size against its standard one: 1 at the standard, 2 at twice that size; 0.8 to 3.
     Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)
-    /// True when the platform asks programs not to move things.
+    /// True when one of the platform's settings asks programs not to move things.
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY reducedMotionChanged)
     /// Whether the platform has a picker for photos of its own.
     Q_PROPERTY(bool photoPicker READ photoPicker NOTIFY photoPickerChanged)
@@ -18,7 +18,7 @@ public:
     explicit PlatformSettings(QObject *parent = nullptr);
 
     double textScale() const { return m_textScale; }
-    bool reducedMotion() const { return m_reducedMotion; }
+    bool reducedMotion() const { return m_animationsOff || m_motionReduced; }
 
     bool photoPicker() const { return m_photoPicker; }
 
@@ -35,12 +35,13 @@ Q_SIGNALS:
 
 private:
     void readTextScale();
-    void setReducedMotion(bool reduced);
+    void noteMotion(bool &wish, bool reduced);
     void askForMotion();
     void askForPhotoPicker();
     Q_SLOT void portalSettingChanged(const QString &area, const QString &key);
 
     double m_textScale = 1;
-    bool m_reducedMotion = false;
+    bool m_animationsOff = false;
+    bool m_motionReduced = false;
     bool m_photoPicker = false;
 };
