@@ -12,6 +12,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qint64 mebibyte = qint64(1024) * 1024;
@@ -199,7 +201,7 @@ QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
     return reader.read();
 }
 
-QImage readWebp(const QByteArray &bytes, qint64 memory)
+QImage readWebp(const QByteArray &bytes, int, qint64 memory)
 {
     const WebpCost cost = costOf(bytes);
     if (cost.parts > memory)
@@ -209,19 +211,44 @@ QImage readWebp(const QByteArray &bytes, qint64 memory)
     return isPhotoSize(size) && cost.parts + cost.pixel * pixels(size) <= memory ? reader.read() : QImage();
 }
 
-QImage readGif(const QByteArray &bytes, qint64 memory)
+QImage readGif(const QByteArray &bytes, int, qint64 memory)
 {
     FormatReader reader(bytes, "gif");
     const QSize size = reader.size().expandedTo(canvasOf(bytes));
     return isPhotoSize(size) && 12 * pixels(size) <= memory ? reader.read() : QImage();
 }
 
-QImage readBmp(const QByteArray &bytes, qint64 memory)
+QImage readBmp(const QByteArray &bytes, int, qint64 memory)
 {
     FormatReader reader(bytes, "bmp");
     const QSize size = reader.size();
     // With a palette it is made once more without.
     return isPhotoSize(size) && 5 * pixels(size) <= memory ? reader.read() : QImage();
+}
+
+/// One format: how its files end and begin, and what reads it within this memory.
+struct Format {
+    QStringList endings;
+    bool (*begins)(const QByteArray &bytes);
+    QImage (*read)(const QByteArray &bytes, int diameter, qint64 memory);
+};
+
+const QList<Format> &formats()
+{
+    static const QList<Format> all{
+        {{u"jpg"_s, u"jpeg"_s}, [](const QByteArray &bytes) { return bytes.startsWith("\xFF\xD8\xFF"); }, readJpeg},
+        {{u"png"_s},
+         [](const QByteArray &bytes) { return bytes.startsWith("\x89PNG\r\n\x1A\n"); },
+         [](const QByteArray &bytes, int, qint64 memory) { return decodePng(bytes, memory); }},
+        {{u"webp"_s},
+         [](const QByteArray &bytes) { return bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP"; },
+         readWebp},
+        {{u"gif"_s},
+         [](const QByteArray &bytes) { return bytes.startsWith("GIF87a") || bytes.startsWith("GIF89a"); },
+         readGif},
+        {{u"bmp"_s}, [](const QByteArray &bytes) { return bytes.startsWith("BM"); }, readBmp},
+    };
+    return all;
 }
 
 /// Chosen by the bytes and not by trying: every plugin of the platform would have a go otherwise.
@@ -231,15 +258,8 @@ QImage read(const QByteArray &bytes, int diameter)
     const qint64 memory = mostMemory - bytes.size() - bytes.size() * 8 / 3;
     if (memory <= 0)
         return {};
-    if (bytes.startsWith("\xFF\xD8\xFF"))
-        return readJpeg(bytes, diameter, memory);
-    if (bytes.startsWith("\x89PNG\r\n\x1A\n"))
-        return decodePng(bytes, memory);
-    if (bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP")
-        return readWebp(bytes, memory);
-    if (bytes.startsWith("GIF87a") || bytes.startsWith("GIF89a"))
-        return readGif(bytes, memory);
-    return bytes.startsWith("BM") ? readBmp(bytes, memory) : QImage();
+    const auto format = std::ranges::find_if(formats(), [&](const Format &each) { return each.begins(bytes); });
+    return format == formats().end() ? QImage() : format->read(bytes, diameter, memory);
 }
 
 /// Qt tells of each damaged picture; the app logs nothing.
@@ -252,6 +272,14 @@ void silenceQt()
 }
 
 } // namespace
+
+QStringList photoEndings()
+{
+    QStringList all;
+    for (const Format &format : formats())
+        all += format.endings;
+    return all;
+}
 
 QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape)
 {

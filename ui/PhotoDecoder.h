@@ -2,8 +2,12 @@
 
 #include <QByteArray>
 #include <QImage>
+#include <QStringList>
 
 enum class PhotoShape { Circle, Square };
+
+/// How the names of files end, in small letters, that decodePhoto reads: "jpg", "png" and so on.
+QStringList photoEndings();
 
 /// Decodes a photo (JPEG, PNG, WebP, GIF or BMP, told by its first bytes) so that it fills a circle or square of
 /// `diameter` pixels: upright, scaled and cropped around its middle, transparent outside. Null for anything that

@@ -1,5 +1,7 @@
 #include "PictureFolder.h"
 
+#include "PhotoDecoder.h"
+
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QPointer>
@@ -17,7 +19,9 @@ constexpr int nameRole = Qt::UserRole + 1;
 
 QStringList picturesByAge(const QString &folder)
 {
-    const QStringList endings{u"*.jpg"_s, u"*.jpeg"_s, u"*.png"_s, u"*.webp"_s, u"*.gif"_s, u"*.bmp"_s};
+    QStringList endings;
+    for (const QString &ending : photoEndings())
+        endings += u"*."_s + ending;
     QList<std::pair<QDateTime, QString>> found;
     QDirIterator each(folder, endings, QDir::Files | QDir::Readable, QDirIterator::Subdirectories);
     while (each.hasNext()) {

@@ -1,6 +1,7 @@
 import QtCore
 import QtQuick
 import QtQuick.Dialogs
+import Marovenda.Ui
 
 // The platform's own picker, limited to images, open from the start. Loaded only where there is one.
 Item {
@@ -12,7 +13,7 @@ Item {
         id: dialog
         title: "Elegir foto"
         fileMode: FileDialog.OpenFile
-        nameFilters: ["Imágenes (*.jpg *.jpeg *.png *.webp *.gif *.bmp *.heic)"]
+        nameFilters: ["Imágenes (" + PhotoFormats.patterns.join(" ") + ")"]
         currentFolder: StandardPaths.writableLocation(StandardPaths.PicturesLocation)
         Component.onCompleted: open()
         onAccepted: picker.picked(dialog.selectedFile)

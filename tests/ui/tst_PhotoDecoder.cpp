@@ -5,6 +5,7 @@
 #include <QColorSpace>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QHash>
 #include <QImageWriter>
 #include <QTemporaryFile>
 #include <QtEndian>
@@ -28,6 +29,7 @@ private Q_SLOTS:
     void damagedPicturesAreSilent();
     void pngOfEveryDepthIsRead_data();
     void pngOfEveryDepthIsRead();
+    void listedEndingsAreThoseOfTheFormatsThatAreRead();
 
 private:
     static QByteArray encoded(const QImage &image, const char *format, bool progressive = false)
@@ -204,6 +206,25 @@ void PhotoDecoderTest::pngOfEveryDepthIsRead()
         const QByteArray bytes = encoded(clear.convertToFormat(QImage::Format(depth)), "png");
         QCOMPARE(decodePhoto(bytes, 40, PhotoShape::Square).pixelColor(20, 20), QColor(255, 0, 0, 128));
     }
+}
+
+void PhotoDecoderTest::listedEndingsAreThoseOfTheFormatsThatAreRead()
+{
+    // Every format that Qt can write here, in a file of its ending, and the one that it cannot.
+    QHash<QString, QByteArray> files{{u"gif"_s, QByteArray::fromHex("47494638396101000100800000ff0000000000"
+                                                                    "2c00000000010001000002024401003b")}};
+    for (const QByteArray &format : QImageWriter::supportedImageFormats())
+        files[QString::fromLatin1(format)] = encoded(halves(32, 32), format.constData());
+    QVERIFY(files.size() > 6);
+    QStringList read;
+    for (const auto &[ending, bytes] : files.asKeyValueRange()) {
+        if (!decodePhoto(bytes, 20).isNull())
+            read += ending;
+    }
+    read.sort();
+    QStringList listed = photoEndings();
+    listed.sort();
+    QCOMPARE(listed, read);
 }
 
 MAROVENDA_TEST_MAIN(PhotoDecoderTest)

@@ -1,4 +1,5 @@
 #include "MarovendaTest.h"
+#include "PhotoDecoder.h"
 #include "PictureFolder.h"
 #include "TestScreen.h"
 
@@ -6,6 +7,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QQmlComponent>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -43,6 +45,7 @@ private Q_SLOTS:
     void brokenPicturesHurtNothing();
     void fitsEveryWindow_data();
     void fitsEveryWindow();
+    void dialogOffersWhatCanBeDecoded();
 
 private:
     static QByteArray page()
@@ -558,6 +561,38 @@ void PhotoPickerTest::fitsEveryWindow()
     QTRY_VERIFY(!grid->property("moving").toBool());
     screen.tap(screen.named(u"59"_s));
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"59.png"_s));
+}
+
+void PhotoPickerTest::dialogOffersWhatCanBeDecoded()
+{
+    // There is no platform's dialog here: what is asked of it is.
+    QVERIFY(QDir(path({})).mkpath(u"QtQuick/Dialogs"_s));
+    addBytes(u"QtQuick/Dialogs/qmldir"_s, 0, "module QtQuick.Dialogs\nFileDialog 6.0 FileDialog.qml\n");
+    addBytes(u"QtQuick/Dialogs/FileDialog.qml"_s, 0, R"qml(import QtQuick
+        QtObject {
+            enum FileMode { OpenFile }
+            signal accepted
+            objectName: "dialog"
+            property string title
+            property int fileMode
+            property var nameFilters
+            property url currentFolder
+            property url selectedFile
+            function open() {}
+        })qml");
+    TestScreen screen("Item {}");
+    screen.engine().addImportPath(path({}));
+    QQmlComponent component(&screen.engine());
+    component.setData("import Marovenda.Ui\nPlatformPhotoPicker {}", QUrl(u"qrc:/test/Page.qml"_s));
+    const std::unique_ptr<QObject> picker(component.create());
+    QVERIFY2(picker, qPrintable(component.errorString()));
+    const auto *const dialog = picker->findChild<QObject *>(u"dialog"_s);
+    QVERIFY(dialog);
+    QStringList patterns;
+    for (const QString &ending : photoEndings())
+        patterns << u"*."_s + ending << u"*."_s + ending.toUpper();
+    QCOMPARE(dialog->property("nameFilters").toStringList(),
+             QStringList(u"Imágenes (%1)"_s.arg(patterns.join(u' '))));
 }
 
 MAROVENDA_TEST_MAIN(PhotoPickerTest)
