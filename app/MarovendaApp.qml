@@ -6,6 +6,8 @@ Window {
     id: window
 
     property bool appeared: false
+    // However slow the device is, the splash is not followed by nothing.
+    readonly property bool splash: viewModel.showSplash || !screens.found
 
     width: 390
     height: 844
@@ -29,22 +31,22 @@ Window {
     Loader {
         id: first
         anchors.fill: parent
-        active: !viewModel.showSplash
+        active: !window.splash
         focus: true
         // Nothing asks for the session before: to open it may take longer than a frame.
         sourceComponent: {
-            if (viewModel.showSplash || !screens.found)
+            if (window.splash)
                 return null
             return viewModel.someoneSignedIn ? screens.found.dashboard : screens.found.login
         }
-        opacity: viewModel.showSplash ? 0 : 1
+        opacity: window.splash ? 0 : 1
         Behavior on opacity { CrossFade {} }
     }
     Loader {
-        active: viewModel.showSplash || opacity > 0
+        active: window.splash || opacity > 0
         anchors.fill: parent
-        enabled: viewModel.showSplash
-        opacity: viewModel.showSplash ? 1 : 0
+        enabled: window.splash
+        opacity: window.splash ? 1 : 0
         Behavior on opacity { CrossFade {} }
         sourceComponent: SplashView {
             // qmllint disable unqualified
@@ -57,11 +59,18 @@ Window {
     // Loaded while the splash is on show.
     Loader {
         id: screens
+        readonly property Component file: window.appeared
+            ? Qt.createComponent("FirstScreens.qml", Component.Asynchronous, window) : null
+        readonly property bool failed: file !== null && file.status === Component.Error
         // Not by its type, which would have to be loaded first.
         readonly property var found: item
-        active: window.appeared
+        active: file !== null && file.status === Component.Ready
         asynchronous: true
-        source: "FirstScreens.qml"
+        sourceComponent: file
+        onFailedChanged: {
+            viewModel.faltanPantallas(file.errorString())
+            Qt.exit(1)
+        }
     }
 
     component CrossFade: NumberAnimation {

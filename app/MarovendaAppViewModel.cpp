@@ -3,6 +3,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <cstdio>
 
 using namespace std::chrono_literals;
 
@@ -14,4 +15,10 @@ void MarovendaAppViewModel::iniciarSplash()
     // chosen.
     QTimer::singleShot(1200ms, this, [] { Session::instance().userAvatarData(); });
     QTimer::singleShot(2500ms, Qt::PreciseTimer, this, [this] { showSplash = false; });
+}
+
+void MarovendaAppViewModel::faltanPantallas(const QString &reasons)
+{
+    std::fprintf(stderr, "marovenda: the screens cannot be loaded: %s\n",
+                 qUtf8Printable(reasons.section(u'\n', 0, 0)));
 }

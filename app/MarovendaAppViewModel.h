@@ -24,4 +24,7 @@ public:
 
     /// To be called once, when the splash has appeared: the logo comes in, and 2.5 seconds later the splash goes.
     Q_INVOKABLE void iniciarSplash();
+    /// Says on stderr, in one line, that the screens after the splash cannot be loaded, with the first of the
+    /// reasons.
+    Q_INVOKABLE static void faltanPantallas(const QString &reasons);
 };

@@ -1,6 +1,9 @@
+#include "Activation.h"
 #include "Artwork.h"
 #include "Modules.h"
+#include "OnlyInstance.h"
 #include "PlatformSettings.h"
+#include "Session.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -8,12 +11,16 @@
 #include <QPixmap>
 #include <QQmlApplicationEngine>
 #include <QTimer>
+#include <QWindow>
+
+#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
     PlatformSettings::preferPortal();
+    const QByteArray activationToken = Activation::token();
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"marovenda"_s);
     QGuiApplication::setApplicationDisplayName(u"Marovenda"_s);
@@ -34,10 +41,25 @@ int main(int argc, char *argv[])
         return 2;
     }
 
+    OnlyInstance instance(Session::usersDirectory());
+    switch (instance.start(activationToken)) {
+    case OnlyInstance::Start::First:
+        break;
+    case OnlyInstance::Start::AnotherWasRaised:
+        return 0;
+    case OnlyInstance::Start::Unanswered:
+        std::fputs("marovenda: the app is open already, but does not answer\n", stderr);
+        return 3;
+    }
+
     int code = 1;
     {
         QQmlApplicationEngine engine;
         addModules(engine);
+        instance.setRaise([&engine](const QByteArray &token) {
+            auto *const window = qobject_cast<QWindow *>(engine.rootObjects().value(0));
+            return window && Activation::bringToFront(*window, token);
+        });
         engine.load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
         // Painting it takes milliseconds, for which the window's first frame does not wait.
         QTimer::singleShot(

@@ -32,9 +32,11 @@ Session::Session(QString directory, QObject *parent) : QObject(parent), m_direct
 
 Session &Session::instance()
 {
-    static auto *const session = new Session(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+    static auto *const session = new Session(usersDirectory());
     return *session;
 }
+
+QString Session::usersDirectory() { return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation); }
 
 SessionStore &Session::store()
 {

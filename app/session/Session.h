@@ -22,6 +22,9 @@ public:
     /// The one session of the process, in the user's data directory; made at first use, never destroyed.
     static Session &instance();
 
+    /// Where its store is. Depends on the application's name.
+    static QString usersDirectory();
+
     /// 0 means that nobody is signed in; every other number is a customer.
     qint64 userId();
     void setUserId(qint64 value);

@@ -39,6 +39,8 @@ WORDS = re.compile(r"""
 # File: what it has of one platform, and what for. docs/porting.md says what other platforms put there.
 SEAMS = {
     "api/FreedMemory.cpp": r"malloc\.h | __GLIBC__ | malloc_trim",
+    "app/Activation.cpp": r"XDG_ACTIVATION_TOKEN",
+    "app/InstanceLock.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | O_\w+",
     "app/session/StoreFile.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | fsync | O_\w+",
     "check/Password.cpp": r"termios\.h | unistd\.h | isatty | tcgetattr | tcsetattr | STDIN_FILENO | SIG\w+",
     "check/main.cpp": r"unistd\.h | isatty | STDOUT_FILENO",

@@ -53,7 +53,12 @@ def check_entry_and_page(root):
     for command in (("desktop-file-validate", *root.glob("share/applications/*")),
                     ("appstreamcli", "validate", "--no-net", "--pedantic", *root.glob("share/metainfo/*"))):
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-        expect(done.returncode == 0, f"{command[0]}: {done.stdout}")
+        # Version 1.5 of the entries' specification has this key; the validator knows it from 0.27 on.
+        said = done.stdout.splitlines()
+        only_that = said and all('contains key "SingleMainWindow"' in line for line in said)
+        expect(done.returncode == 0 or only_that, f"{command[0]}: {done.stdout}")
+    entry = next(root.glob("share/applications/*")).read_text().splitlines()
+    expect({"SingleMainWindow=true", "StartupNotify=true"} <= set(entry), "the entry does not say that there is one window")
 
 
 def check_icons(root):

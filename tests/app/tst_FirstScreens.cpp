@@ -1,0 +1,147 @@
+#include "MarovendaTest.h"
+#include "Modules.h"
+#include "ServiceTest.h"
+
+#include <QProcess>
+#include <QQmlAbstractUrlInterceptor>
+#include <QQmlApplicationEngine>
+#include <QQmlContext>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The screens that follow the splash come from the test's server, which says when.
+class FromServer : public QQmlAbstractUrlInterceptor {
+public:
+    explicit FromServer(QUrl server) : m_server(std::move(server)) {}
+
+    QUrl intercept(const QUrl &url, DataType) override
+    {
+        return url.fileName() == u"FirstScreens.qml"_s ? m_server.resolved(QUrl(url.fileName())) : url;
+    }
+
+private:
+    QUrl m_server;
+};
+
+constexpr auto screens = R"qml(import QtQuick
+    QtObject {
+        property Component login: Component { Item { objectName: "login" } }
+        property Component dashboard: login
+    })qml";
+
+} // namespace
+
+/// The root window where the screens behind the splash load slowly, or not at all.
+class FirstScreensTest : public ServiceTest {
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { ServiceTest::init(); }
+    void cleanup()
+    {
+        m_engine.reset();
+        ServiceTest::cleanup();
+    }
+
+    void splashStaysUntilTheyAreLoaded();
+    void appEndsWhereTheyCannotBeLoaded_data();
+    void appEndsWhereTheyCannotBeLoaded();
+    void theirAbsenceIsToldInOneLine();
+
+private:
+    QQuickWindow *start()
+    {
+        m_engine = std::make_unique<QQmlApplicationEngine>();
+        addModules(*m_engine);
+        m_engine->addUrlInterceptor(&m_fromServer);
+        m_engine->load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
+        return qobject_cast<QQuickWindow *>(m_engine->rootObjects().value(0));
+    }
+    static QQuickItem *find(QQuickItem *from, const QString &objectName)
+    {
+        if (from->objectName() == objectName)
+            return from;
+        for (QQuickItem *child : from->childItems()) {
+            if (QQuickItem *const found = find(child, objectName))
+                return found;
+        }
+        return nullptr;
+    }
+    /// The item that fades.
+    static QQuickItem *splash(QQuickWindow *window)
+    {
+        QQuickItem *const credit = find(window->contentItem(), u"credit"_s);
+        return credit ? credit->parentItem()->parentItem() : nullptr;
+    }
+    static QQuickItem *login(QQuickWindow *window) { return find(window->contentItem(), u"login"_s); }
+
+    FromServer m_fromServer{QUrl(server.baseUrl())};
+    std::unique_ptr<QQmlApplicationEngine> m_engine;
+};
+
+void FirstScreensTest::splashStaysUntilTheyAreLoaded()
+{
+    server.hold("/FirstScreens.qml");
+    QQuickWindow *const window = start();
+    QTRY_COMPARE(server.held.size(), 1);
+    const auto *const viewModel = qmlContext(window)->objectForName(u"viewModel"_s);
+    QVERIFY(viewModel);
+    QTRY_VERIFY(!viewModel->property("showSplash").toBool());
+    // Longer than it would take to fade.
+    for (int i = 0; i < 25; ++i) {
+        QTest::qWait(20);
+        QVERIFY(splash(window));
+        QCOMPARE(splash(window)->opacity(), 1);
+        QVERIFY(splash(window)->isEnabled());
+    }
+    server.held.first()->send(screens);
+    QTRY_VERIFY(login(window));
+    bool between = false;
+    while (splash(window)) {
+        between = between || (splash(window)->opacity() > 0 && splash(window)->opacity() < 1);
+        QTest::qWait(5);
+    }
+    QVERIFY(between);
+    QCOMPARE(login(window)->parentItem()->opacity(), 1);
+}
+
+void FirstScreensTest::appEndsWhereTheyCannotBeLoaded_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("qml");
+    QTest::newRow("missing") << 404 << QByteArray();
+    QTest::newRow("malformed") << 200 << QByteArray("import QtQuick\nQtObject {");
+    QTest::newRow("module missing") << 200 << QByteArray("import Marovenda.Other\nQtObject {}");
+}
+
+void FirstScreensTest::appEndsWhereTheyCannotBeLoaded()
+{
+    QFETCH(int, status);
+    QFETCH(QByteArray, qml);
+    server.reply("/FirstScreens.qml", qml, status);
+    start();
+    QSignalSpy ended(m_engine.get(), &QQmlEngine::exit);
+    QTRY_COMPARE(ended.size(), 1);
+    QCOMPARE(ended.first().first().toInt(), 1);
+}
+
+void FirstScreensTest::theirAbsenceIsToldInOneLine()
+{
+    QProcess app;
+    app.start(QStringLiteral(MAROVENDA_WITHOUT_SCREENS), QStringList());
+    QVERIFY(app.waitForFinished());
+    QCOMPARE(app.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(app.exitCode(), 1);
+    const QByteArrayList lines = app.readAllStandardError().trimmed().split('\n');
+    QVERIFY2(lines.size() == 1, lines.join('\n').constData());
+    QVERIFY2(lines.first().startsWith("marovenda: ") && lines.first().contains(" is not installed"),
+             lines.first().constData());
+}
+
+MAROVENDA_TEST_MAIN(FirstScreensTest)
+#include "tst_FirstScreens.moc"
