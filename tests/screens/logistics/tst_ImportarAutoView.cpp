@@ -12,15 +12,30 @@ private Q_SLOTS:
     void startsAsDesigned();
     void layoutHasTheDesignedMeasures();
     void untouchedFormIsSentAsItStands();
+    void typedFormIsSentByteForByte_data();
     void typedFormIsSentByteForByte();
     void successKeepsWhatWasTyped();
-    void failureIsTold_data();
-    void failureIsTold();
+    void failureIsToldAndKeepsWhatWasTyped_data();
+    void failureIsToldAndKeepsWhatWasTyped();
     void nothingChangesWhileSending();
     void lastReplyWins();
 
 private:
+    static constexpr std::array fields{"marca", "modelo", "anio", "ubicacion"};
+
     static QByteArray form() { return "ImportarAutoView {}"; }
+    static void fillAll(TestScreen &screen, const QStringList &texts)
+    {
+        for (std::size_t i = 0; i < fields.size(); ++i)
+            fill(screen, fields[i], texts[static_cast<qsizetype>(i)]);
+    }
+    static QStringList typed(TestScreen &screen)
+    {
+        QStringList all;
+        for (const char *field : fields)
+            all.append(text(screen, field));
+        return all;
+    }
 };
 
 void ImportarAutoViewTest::startsAsDesigned()
@@ -58,49 +73,56 @@ void ImportarAutoViewTest::untouchedFormIsSentAsItStands()
     QCOMPARE(server.requests().first().body, R"({"user_id":42,"marca":"","modelo":"","anio":"","ubicacion":""})");
 }
 
+void ImportarAutoViewTest::typedFormIsSentByteForByte_data()
+{
+    QTest::addColumn<QStringList>("typed");
+    QTest::addColumn<QByteArray>("sent");
+    QTest::newRow("slash and accent")
+        << QStringList({u"Toyota"_s, u"Corolla/LE"_s, u"2019"_s, u"Subasta Ñ"_s})
+        << QByteArray(R"("marca":"Toyota","modelo":"Corolla\/LE","anio":"2019","ubicacion":"Subasta Ñ")");
+    QTest::newRow("blanks around and inside")
+        << QStringList({u" Land  Rover "_s, u"  CR  V "_s, u" 20  19 "_s, u" Lote  7  "_s})
+        << QByteArray(R"("marca":" Land  Rover ","modelo":"  CR  V ","anio":" 20  19 ","ubicacion":" Lote  7  ")");
+    QTest::newRow("blanks only") << QStringList({u" "_s, u"  "_s, u" "_s, u"   "_s})
+                                 << QByteArray(R"("marca":" ","modelo":"  ","anio":" ","ubicacion":"   ")");
+}
+
 void ImportarAutoViewTest::typedFormIsSentByteForByte()
 {
+    QFETCH(QStringList, typed);
+    QFETCH(QByteArray, sent);
     TestScreen screen(form());
-    fill(screen, "marca", u" Toyota "_s);
-    fill(screen, "modelo", u"Corolla/LE"_s);
-    fill(screen, "anio", u"2019"_s);
-    fill(screen, "ubicacion", u"Subasta Ñ"_s);
+    fillAll(screen, typed);
     press(screen);
     waitForRequests(1);
-    const QByteArray stated =
-        R"({"user_id":42,"marca":" Toyota ","modelo":"Corolla\/LE","anio":"2019","ubicacion":"Subasta Ñ"})";
-    QCOMPARE(server.requests().first().body, stated);
+    QCOMPARE(server.requests().first().body, QByteArray(R"({"user_id":42,)" + sent + "}"));
 }
 
 void ImportarAutoViewTest::successKeepsWhatWasTyped()
 {
     server.reply("/api_auto.php", R"({"status":"success","message":"Hola"})");
     TestScreen screen(form());
-    fill(screen, "marca", u"a"_s);
-    fill(screen, "modelo", u"b"_s);
-    fill(screen, "anio", u"c"_s);
-    fill(screen, "ubicacion", u"d"_s);
+    fillAll(screen, {u"a"_s, u"b"_s, u"c"_s, u"d"_s});
     press(screen);
     QTRY_COMPARE(msg(screen), u"Solicitud enviada"_s);
     press(screen);
     waitForRequests(2);
     QCOMPARE(server.requests()[0].body, server.requests()[1].body);
-    QCOMPARE(text(screen, "marca") + text(screen, "modelo") + text(screen, "anio") + text(screen, "ubicacion"),
-             u"abcd"_s);
+    QCOMPARE(typed(screen), QStringList({u"a"_s, u"b"_s, u"c"_s, u"d"_s}));
 }
 
-void ImportarAutoViewTest::failureIsTold_data() { addFailures(); }
+void ImportarAutoViewTest::failureIsToldAndKeepsWhatWasTyped_data() { addFailures(); }
 
-void ImportarAutoViewTest::failureIsTold()
+void ImportarAutoViewTest::failureIsToldAndKeepsWhatWasTyped()
 {
     QFETCH(QByteArray, reply);
     QFETCH(int, status);
     server.reply("/api_auto.php", reply, status);
     TestScreen screen(form());
-    fill(screen, "marca", u"a"_s);
+    fillAll(screen, {u"a"_s, u"b"_s, u"c"_s, u"d"_s});
     press(screen);
     QTRY_COMPARE(msg(screen), u"Error al enviar"_s);
-    QCOMPARE(text(screen, "marca"), u"a"_s);
+    QCOMPARE(typed(screen), QStringList({u"a"_s, u"b"_s, u"c"_s, u"d"_s}));
 }
 
 void ImportarAutoViewTest::nothingChangesWhileSending()
