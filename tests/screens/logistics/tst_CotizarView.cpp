@@ -22,10 +22,10 @@ private Q_SLOTS:
     void numbersThatCannotBeReadAreZero_data();
     void numbersThatCannotBeReadAreZero();
     void infiniteWeightIsSentWithoutABody();
-    void successEmptiesWhatWasTypedAndKeepsTheMode();
+    void successEmptiesWhatWasTypedAndKeepsTheRest();
     void failureKeepsWhatWasTyped_data();
     void failureKeepsWhatWasTyped();
-    void successComesOneTurnAfterTheReply();
+    void successIsToldBeforeTheFieldsAreEmptied();
     void nothingChangesWhileSending();
     void everyPressSendsOneMoreRequestAndTheLastReplyWins();
     void lateReplyHurtsNothing();
@@ -166,7 +166,7 @@ void CotizarViewTest::infiniteWeightIsSentWithoutABody()
     }
 }
 
-void CotizarViewTest::successEmptiesWhatWasTypedAndKeepsTheMode()
+void CotizarViewTest::successEmptiesWhatWasTypedAndKeepsTheRest()
 {
     server.reply("/api_cotizar.php", R"({"status":"success","message":"Recibida"})");
     TestScreen screen(form());
@@ -181,7 +181,10 @@ void CotizarViewTest::successEmptiesWhatWasTypedAndKeepsTheMode()
     QCOMPARE(screen.find(u"tipo"_s)->property("selection").toString(), u"Marítimo"_s);
     press(screen);
     waitForRequests(2);
-    QCOMPARE(sent("/api_cotizar.php")[1].value("tipo"_L1).toString(), u"maritimo"_s);
+    QCOMPARE(
+        server.requests()[1].body,
+        QByteArray(
+            R"({"user_id":42,"tipo":"maritimo","origen":"Miami, USA","destino":"Panamá","peso":0,"valor":0,"descripcion":""})"));
 }
 
 void CotizarViewTest::failureKeepsWhatWasTyped_data() { addFailures(); }
@@ -192,6 +195,7 @@ void CotizarViewTest::failureKeepsWhatWasTyped()
     QFETCH(int, status);
     server.reply("/api_cotizar.php", reply, status);
     TestScreen screen(form());
+    screen.tap(screen.named(u"Marítimo"_s));
     fill(screen, "peso", u"1"_s);
     fill(screen, "valor", u"2"_s);
     fill(screen, "descripcion", u"x"_s);
@@ -202,19 +206,28 @@ void CotizarViewTest::failureKeepsWhatWasTyped()
     QCOMPARE(text(screen, "descripcion"), u"x"_s);
     // The same blue as a success.
     QCOMPARE(screen.find(u"msg"_s)->property("color").value<QColor>(), QColor(0x00, 0x7A, 0xFF));
+    // The mode, and what is not on show, is kept too.
+    press(screen);
+    waitForRequests(2);
+    QCOMPARE(server.requests()[1].body, server.requests()[0].body);
+    QVERIFY(server.requests()[1].body.contains(
+        R"("tipo":"maritimo","origen":"Miami, USA","destino":"Panamá","peso":1,"valor":2,)"));
 }
 
-void CotizarViewTest::successComesOneTurnAfterTheReply()
+void CotizarViewTest::successIsToldBeforeTheFieldsAreEmptied()
 {
     CotizarViewModel viewModel;
     server.reply("/api_cotizar.php", R"({"status":"success"})");
     viewModel.pesoAssign(u"1"_s);
+    viewModel.valorAssign(u"2"_s);
+    viewModel.descripcionAssign(u"x"_s);
     viewModel.enviarCotizacion();
-    // The message comes first, then the fields are emptied.
     QStringList order;
     connect(&viewModel, &CotizarViewModel::msgChanged, this, [&] { order.append(u"msg"_s); });
     connect(&viewModel, &CotizarViewModel::pesoChanged, this, [&] { order.append(u"peso"_s); });
-    QTRY_COMPARE(order, QStringList({u"msg"_s, u"peso"_s}));
+    connect(&viewModel, &CotizarViewModel::valorChanged, this, [&] { order.append(u"valor"_s); });
+    connect(&viewModel, &CotizarViewModel::descripcionChanged, this, [&] { order.append(u"descripcion"_s); });
+    QTRY_COMPARE(order, QStringList({u"msg"_s, u"peso"_s, u"valor"_s, u"descripcion"_s}));
 }
 
 void CotizarViewTest::nothingChangesWhileSending()
