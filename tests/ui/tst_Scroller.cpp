@@ -15,6 +15,8 @@ private Q_SLOTS:
     void shortContentIsCentredWhereAsked();
     void columnIsAtMostSixHundredWideAndCentred();
     void shrinkingContentReturnsToTheTop();
+    void indicatorShowsWhileItMoves_data();
+    void indicatorShowsWhileItMoves();
 
 private:
     static QByteArray column(int rows, const QByteArray &more = {})
@@ -23,6 +25,21 @@ private:
                " Column { objectName: 'column'; width: parent.width; Repeater { model: " + QByteArray::number(rows) +
                "; CustomTextField { required property int index; objectName: 'field' + index; width: parent.width;"
                " hint: 'Campo ' + index; isDecimal: false } } } }";
+    }
+    static bool isOfType(const QQuickItem *item, const QByteArray &type)
+    {
+        return QByteArray(item->metaObject()->className()).startsWith(type + "_QMLTYPE");
+    }
+    /// The first item of a type of ours at or below `from`; null when there is none.
+    static const QQuickItem *ofType(const QQuickItem *from, const QByteArray &type)
+    {
+        if (isOfType(from, type))
+            return from;
+        for (const QQuickItem *child : from->childItems()) {
+            if (const QQuickItem *const found = ofType(child, type))
+                return found;
+        }
+        return nullptr;
     }
     static void drag(TestScreen &screen, int from, int to)
     {
@@ -105,6 +122,52 @@ void ScrollerTest::shrinkingContentReturnsToTheTop()
     screen.root()->setProperty("contentY", 500);
     screen.root()->setProperty("rows", 3);
     QTRY_COMPARE(screen.root()->property("contentY").toReal(), 0);
+}
+
+void ScrollerTest::indicatorShowsWhileItMoves_data()
+{
+    QTest::addColumn<QByteArray>("view");
+    QTest::addColumn<QString>("area");
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("quotation form") << QByteArray("CotizarView {}") << QString() << true;
+    QTest::newRow("vehicle form") << QByteArray("ImportarAutoView {}") << QString() << true;
+    QTest::newRow("registration") << QByteArray("RegistroView {}") << QString() << true;
+    QTest::newRow("dashboard") << QByteArray("DashboardView {}") << QString() << true;
+    QTest::newRow("tiles") << QByteArray("DashboardView {}") << u"tiles"_s << false;
+}
+
+void ScrollerTest::indicatorShowsWhileItMoves()
+{
+    QFETCH(QByteArray, view);
+    QFETCH(QString, area);
+    QFETCH(bool, shown);
+    TestScreen screen(view, {390, 300});
+    const QQuickItem *const moved = area.isEmpty() ? ofType(screen.root(), "Scroller") : screen.find(area);
+    QVERIFY(moved);
+    QVERIFY(moved->property("interactive").toBool());
+    // Its own, not one of an area inside.
+    const auto indicatorShown = [&] {
+        const QList<QQuickItem *> children = moved->childItems();
+        return std::any_of(children.begin(), children.end(), [](const QQuickItem *each) {
+            return isOfType(each, "ScrollIndicator") && each->isVisible() && each->width() > 0 &&
+                   each->property("color").value<QColor>().alpha() > 0;
+        });
+    };
+    QVERIFY(!indicatorShown());
+    if (!area.isEmpty())
+        screen.scrollTo(moved);
+    QPoint finger = TestScreen::box(moved).center().toPoint();
+    const QPoint step = area.isEmpty() ? QPoint(0, -8) : QPoint(-8, 0);
+    if (area.isEmpty())
+        finger = QPoint(380, 250);
+    QTest::mousePress(&screen.window(), Qt::LeftButton, {}, finger);
+    for (int i = 0; i < 10; ++i)
+        QTest::mouseMove(&screen.window(), finger += step, 5);
+    QVERIFY(moved->property("moving").toBool());
+    QCOMPARE(indicatorShown(), shown);
+    QTest::mouseRelease(&screen.window(), Qt::LeftButton, {}, finger);
+    QTRY_VERIFY(!moved->property("moving").toBool());
+    QVERIFY(!indicatorShown());
 }
 
 MAROVENDA_TEST_MAIN(ScrollerTest)
