@@ -1,12 +1,44 @@
 #include "MarovendaTest.h"
 #include "ParseDecimal.h"
 
+#include <QFile>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Makes a locale with a decimal comma in a folder and gives it to the process, since a system may have none of its
+/// own. False with localedef's words when that fails.
+bool useCommaLocale(const QString &folder, QString &problem)
+{
+    QFile source(folder + u"/source"_s);
+    if (!source.open(QIODevice::WriteOnly) ||
+        source.write("LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"<U002E>\"\ngrouping 3;3\n"
+                     "END LC_NUMERIC\n") < 0) {
+        problem = source.errorString();
+        return false;
+    }
+    source.close();
+    // The other categories are missing, so it needs to be told to go on, and its exit status says little.
+    QProcess localedef;
+    localedef.setProcessChannelMode(QProcess::MergedChannels);
+    localedef.start(u"localedef"_s, {u"-c"_s, u"-i"_s, source.fileName(), u"-f"_s, u"UTF-8"_s, folder + u"/comma"_s});
+    if (!localedef.waitForFinished())
+        problem = localedef.errorString();
+    problem += QString::fromLocal8Bit(localedef.readAll());
+    qputenv("LOCPATH", folder.toLocal8Bit());
+    return std::setlocale(LC_NUMERIC, "comma") && qstrcmp(std::localeconv()->decimal_point, ",") == 0;
+}
+
+} // namespace
 
 class ParseDecimalTest : public QObject {
     Q_OBJECT
@@ -66,15 +98,18 @@ void ParseDecimalTest::readsAsCDoes()
 
 void ParseDecimalTest::localeOfTheProcessDoesNotMatter()
 {
-    // Any of these has a decimal comma; a system without them has no such customers, but the wanted locale is in the
-    // environment of this test where it exists.
-    for (const char *locale : {"es_ES.UTF-8", "es_ES.utf8", "es_ES", "de_DE.UTF-8", "C"}) {
-        if (!std::setlocale(LC_ALL, locale))
-            continue;
-        QCOMPARE(parseDecimal(u"12.5"_s), 12.5);
-        QCOMPARE(parseDecimal(u"12,5"_s), 0);
-    }
-    std::setlocale(LC_ALL, "C");
+    const QTemporaryDir folder;
+    const auto restore = qScopeGuard([before = qgetenv("LOCPATH")] {
+        std::setlocale(LC_ALL, "C");
+        before.isNull() ? qunsetenv("LOCPATH") : qputenv("LOCPATH", before);
+    });
+    QString problem;
+    QVERIFY2(useCommaLocale(folder.path(), problem), qPrintable(problem));
+    // What reads by the process's locale wants a comma now.
+    QCOMPARE(std::strtod("12,5", nullptr), 12.5);
+    QCOMPARE(std::strtod("12.5", nullptr), 12.0);
+    QCOMPARE(parseDecimal(u"12.5"_s), 12.5);
+    QCOMPARE(parseDecimal(u"12,5"_s), 0);
 }
 
 MAROVENDA_TEST_MAIN(ParseDecimalTest)
