@@ -23,8 +23,10 @@ private Q_SLOTS:
     void emptyQuotationListSaysSo_data();
     void emptyQuotationListSaysSo();
     void emptyTextIsThereFromTheStart();
+    void failureEmptiesWhatWasShown_data();
     void failureEmptiesWhatWasShown();
-    void everyShowingFetchesAgain();
+    void everyShowingFetchesAgainAndKeepsTheRowsUntilTheReply_data();
+    void everyShowingFetchesAgainAndKeepsTheRowsUntilTheReply();
     void tapOnARowOpensNothing();
     void rowsAreHeardAsOneElementEach();
     void rolesAreTheFieldsOfTheRecord();
@@ -61,6 +63,21 @@ private:
                         R"(","descripcion":"Caja","estado":"recibido"})");
         return R"({"paquetes":[)" + rows.join(',') + "]}";
     }
+    static void addScreens()
+    {
+        QTest::addColumn<QByteArray>("view");
+        QTest::newRow("packages") << QByteArray("MisPaquetesView");
+        QTest::newRow("quotations") << QByteArray("MisCotizacionesView");
+    }
+    /// As many packages as quotations.
+    static QByteArray bothLists(int count)
+    {
+        QByteArrayList rows;
+        for (int i = 1; i <= count; ++i)
+            rows.append(R"({"origen":"O)" + QByteArray::number(i) + R"(","descripcion":"Cosa"})");
+        return manyPackages(count).chopped(1) + R"(,"cotizaciones":[)" + rows.join(',') + "]}";
+    }
+    static void appear(TestScreen &screen) { QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared"); }
     static void settle(TestScreen &screen)
     {
         QTRY_VERIFY(!screen.root()->property("moving").toBool());
@@ -148,7 +165,7 @@ void ListViewsTest::emptyPackageListIsBlank()
     TestScreen screen(packages());
     QTRY_COMPARE(count(screen), 1);
     server.reply(listing, reply);
-    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
+    appear(screen);
     QTRY_COMPARE(count(screen), 0);
     settle(screen);
     QCOMPARE(rows(screen), QStringList());
@@ -175,7 +192,7 @@ void ListViewsTest::emptyQuotationListSaysSo()
     settle(screen);
     QVERIFY(!rows(screen).contains(u"No tienes cotizaciones registradas."_s));
     server.reply(listing, reply);
-    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
+    appear(screen);
     QTRY_COMPARE(count(screen), 0);
     QTRY_COMPARE(rows(screen), QStringList({u"No tienes cotizaciones registradas."_s}));
     QVERIFY(screen.named(u"No tienes cotizaciones registradas."_s));
@@ -190,28 +207,39 @@ void ListViewsTest::emptyTextIsThereFromTheStart()
     QCOMPARE(text->property("color").value<QColor>(), QColor(0x8E, 0x8E, 0x93));
 }
 
+void ListViewsTest::failureEmptiesWhatWasShown_data() { addScreens(); }
+
 void ListViewsTest::failureEmptiesWhatWasShown()
 {
-    server.reply(listing, manyPackages(3));
-    TestScreen screen(packages());
+    QFETCH(QByteArray, view);
+    server.reply(listing, bothLists(3));
+    TestScreen screen(list(view));
     QTRY_COMPARE(count(screen), 3);
     server.on(listing,
               [](const ScriptedServer::Request &, const ScriptedServer::AnswerPtr &answer) { answer->close(); });
-    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
+    appear(screen);
     QTRY_COMPARE(count(screen), 0);
 }
 
-void ListViewsTest::everyShowingFetchesAgain()
+void ListViewsTest::everyShowingFetchesAgainAndKeepsTheRowsUntilTheReply_data() { addScreens(); }
+
+void ListViewsTest::everyShowingFetchesAgainAndKeepsTheRowsUntilTheReply()
 {
-    server.reply(listing, manyPackages(1));
-    TestScreen screen(packages());
-    QTRY_COMPARE(count(screen), 1);
-    server.hold(listing);
-    QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared");
-    waitForRequests(2);
-    QCOMPARE(count(screen), 1); // what was shown stays until the reply
-    server.held.first()->send(manyPackages(2));
+    QFETCH(QByteArray, view);
+    server.reply(listing, bothLists(2));
+    TestScreen screen(list(view));
     QTRY_COMPARE(count(screen), 2);
+    settle(screen);
+    const QStringList shown = rows(screen);
+    Session::instance().setUserId(43);
+    server.hold(listing);
+    appear(screen);
+    QTRY_COMPARE(server.held.size(), 1);
+    QCOMPARE(server.requests().last().path, "/api_paquetes.php?user_id=43");
+    QCOMPARE(count(screen), 2);
+    QCOMPARE(rows(screen), shown);
+    server.held.first()->send(bothLists(3));
+    QTRY_COMPARE(count(screen), 3);
 }
 
 void ListViewsTest::tapOnARowOpensNothing()
@@ -299,12 +327,34 @@ void ListViewsTest::titleScrollsAwayAndComesBackInTheBar()
     TestScreen screen(packages());
     QTRY_COMPARE(count(screen), 60);
     settle(screen);
-    QCOMPARE(screen.texts().count(u"Mis Paquetes"_s), 1);
     QQuickItem *const list = screen.find(u"rows"_s);
+    const QRectF area = TestScreen::box(list);
+    // Which of the titles are in the bar, and which in view below it.
+    const auto titles = [&] {
+        QStringList found;
+        const std::function<void(const QQuickItem *)> look = [&](const QQuickItem *item) {
+            if (!item->isVisible())
+                return;
+            const QRectF box = TestScreen::box(item);
+            if (item->inherits("QQuickText") && item->property("text").toString() == u"Mis Paquetes"_s) {
+                if (box.bottom() <= area.top())
+                    found.append(list->isAncestorOf(item) ? u"scrolled away"_s : u"bar"_s);
+                else
+                    found.append(list->isAncestorOf(item) && box.top() >= area.top() ? u"large"_s : u"elsewhere"_s);
+            }
+            for (const QQuickItem *child : item->childItems())
+                look(child);
+        };
+        look(screen.root());
+        found.removeAll(u"scrolled away"_s);
+        return found;
+    };
+    QCOMPARE(titles(), QStringList(u"large"_s));
     list->setProperty("contentY", list->property("originY").toReal() + 400);
-    QTRY_VERIFY(screen.texts().contains(u"Mis Paquetes"_s));
-    QQuickItem *const heading = screen.named(u"Mis Paquetes"_s);
-    QVERIFY(heading);
+    QTRY_COMPARE(titles(), QStringList(u"bar"_s));
+    QVERIFY(screen.named(u"Mis Paquetes"_s));
+    list->setProperty("contentY", list->property("originY").toReal());
+    QTRY_COMPARE(titles(), QStringList(u"large"_s));
 }
 
 void ListViewsTest::longTextsAreNotCut()
