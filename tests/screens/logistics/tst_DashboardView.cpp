@@ -1,3 +1,4 @@
+#include "DashboardViewModel.h"
 #include "MarovendaTest.h"
 #include "ServiceTest.h"
 #include "Session.h"
@@ -26,8 +27,11 @@ private Q_SLOTS:
 
     void showsEverythingBeforeTheReply();
     void fetchesEachTimeItComesOnScreen();
+    void whatWasShownStaysUntilTheReply();
     void fetchesForWhoeverIsStored_data();
     void fetchesForWhoeverIsStored();
+    void countsAreNotGrouped_data();
+    void countsAreNotGrouped();
     void countsAllAndShowsTheFirstThree();
     void fewerThanThreeAreAllShown();
     void missingListsCountZero_data();
@@ -38,6 +42,7 @@ private Q_SLOTS:
     void emptyFieldsStayEmpty();
     void badgesAreInUpperCaseWithTheirColours();
     void rowsOfOneTrackingAreAllShown();
+    void packagesAreKnownByTrackingAndQuotationsByPosition();
     void packageRowOpensItsTracking();
     void quotationRowDoesNothing();
     void searchOpensTheTrackingPage_data();
@@ -83,6 +88,10 @@ private:
     {
         return screen.texts(screen.find(section)).sliced(2); // title and link
     }
+    static void appear(TestScreen &screen)
+    {
+        QMetaObject::invokeMethod(screen.root()->property("current").value<QQuickItem *>(), "appeared");
+    }
     static int count(TestScreen &screen, const char *block)
     {
         return screen.find(QString::fromLatin1(block))->property("count").toInt();
@@ -124,11 +133,27 @@ void DashboardViewTest::fetchesEachTimeItComesOnScreen()
     QCOMPARE(server.requests().first().path, "/api_paquetes.php?user_id=42");
     QCOMPARE(server.requests().first().header("Content-Type"), QByteArray());
     QTRY_COMPARE(count(screen, "paqueteCount"), 1);
+    Session::instance().setUserId(43);
     answer(packages(2));
-    QMetaObject::invokeMethod(screen.root()->property("current").value<QQuickItem *>(), "appeared");
+    appear(screen);
     waitForRequests(2);
-    // What was shown stays until the reply.
+    QCOMPARE(server.requests()[1].path, "/api_paquetes.php?user_id=43");
     QTRY_COMPARE(count(screen, "paqueteCount"), 2);
+}
+
+void DashboardViewTest::whatWasShownStaysUntilTheReply()
+{
+    answer(packages(2) + "," + quotations(2));
+    TestScreen screen(dashboard());
+    QTRY_COMPARE(count(screen, "paqueteCount"), 2);
+    const QStringList shown = screen.texts();
+    server.hold(listing);
+    appear(screen);
+    QTRY_COMPARE(server.held.size(), 1);
+    QCOMPARE(screen.texts(), shown);
+    server.held.first()->send("{" + packages(1) + "}");
+    QTRY_COMPARE(count(screen, "paqueteCount"), 1);
+    QCOMPARE(count(screen, "cotizacionCount"), 0);
 }
 
 void DashboardViewTest::fetchesForWhoeverIsStored_data()
@@ -149,6 +174,27 @@ void DashboardViewTest::fetchesForWhoeverIsStored()
     TestScreen screen(dashboard());
     waitForRequests(1);
     QCOMPARE(server.requests().first().path, path);
+}
+
+void DashboardViewTest::countsAreNotGrouped_data()
+{
+    QTest::addColumn<QLocale>("locale");
+    QTest::newRow("1,234 here") << QLocale(QLocale::Spanish, QLocale::Panama);
+    QTest::newRow("1.234 here") << QLocale(QLocale::German, QLocale::Germany);
+}
+
+void DashboardViewTest::countsAreNotGrouped()
+{
+    QFETCH(QLocale, locale);
+    const auto restore = qScopeGuard([before = QLocale()] { QLocale::setDefault(before); });
+    QLocale::setDefault(locale);
+    QVERIFY(locale.toString(1234) != u"1234"_s);
+    answer(packages(1234) + "," + quotations(4321));
+    TestScreen screen(dashboard());
+    QTRY_COMPARE(screen.texts(screen.find(u"paqueteCount"_s)), QStringList({u"1234"_s, u"Paquetes"_s}));
+    QCOMPARE(screen.texts(screen.find(u"cotizacionCount"_s)), QStringList({u"4321"_s, u"Cotizaciones"_s}));
+    QVERIFY(screen.named(u"1234 Paquetes"_s));
+    QVERIFY(screen.named(u"4321 Cotizaciones"_s));
 }
 
 void DashboardViewTest::countsAllAndShowsTheFirstThree()
@@ -207,9 +253,16 @@ void DashboardViewTest::failedFetchClearsWhatWasShown()
         TestScreen screen(dashboard());
         QTRY_COMPARE(count(screen, "paqueteCount"), 5);
         const QStringList before = screen.texts();
-        server.reply(listing, failure);
-        QMetaObject::invokeMethod(screen.root()->property("current").value<QQuickItem *>(), "appeared");
+        const qsizetype requests = server.requests().size();
+        server.on(listing, [&, asked = false](const auto &, const ScriptedServer::AnswerPtr &answer) mutable {
+            // Another try would wait here for ever.
+            if (!std::exchange(asked, true))
+                answer->send(failure);
+        });
+        appear(screen);
         QTRY_COMPARE(count(screen, "paqueteCount"), 0);
+        QTRY_COMPARE(exchangesInFlight(), 0);
+        QCOMPARE(server.requests().size(), requests + 1);
         QCOMPARE(count(screen, "cotizacionCount"), 0);
         QVERIFY(rows(screen, u"recentPackages"_s).isEmpty());
         QVERIFY(rows(screen, u"recentQuotes"_s).isEmpty());
@@ -221,7 +274,7 @@ void DashboardViewTest::laterReplyWins()
 {
     server.hold(listing);
     TestScreen screen(dashboard());
-    QMetaObject::invokeMethod(screen.root()->property("current").value<QQuickItem *>(), "appeared");
+    appear(screen);
     waitForRequests(2);
     server.held[1]->send("{" + packages(2) + "}");
     QTRY_COMPARE(count(screen, "paqueteCount"), 2);
@@ -279,15 +332,31 @@ void DashboardViewTest::rowsOfOneTrackingAreAllShown()
     QCOMPARE(rows(screen, u"recentQuotes"_s).size(), 2 * 4);
 }
 
+void DashboardViewTest::packagesAreKnownByTrackingAndQuotationsByPosition()
+{
+    answer(R"("paquetes":[{"tracking":"A"},{"tracking":"A"},{}],"cotizaciones":[{"origen":"B"},{"origen":"B"}])");
+    DashboardViewModel viewModel;
+    viewModel.cargarDatos();
+    QTRY_COMPARE(viewModel.paqueteCount(), 3);
+    const auto identities = [](const QAbstractItemModel *model) {
+        QVariantList all;
+        for (int row = 0; row < model->rowCount(); ++row)
+            all.append(model->data(model->index(row, 0), model->roleNames().key("identity")));
+        return all;
+    };
+    QCOMPARE(identities(viewModel.paquetesRecientes()), QVariantList({u"A"_s, u"A"_s, QVariant()}));
+    QCOMPARE(identities(viewModel.cotizacionesRecientes()), QVariantList({0, 1}));
+}
+
 void DashboardViewTest::packageRowOpensItsTracking()
 {
-    answer(R"("paquetes":[{"tracking":" MRV-1 "},{"tracking":"N/A"}])");
+    answer(R"("paquetes":[{"tracking":" MRV  1 "},{"tracking":"N/A"}])");
     TestScreen screen(dashboard());
     QTRY_VERIFY(screen.named(u"Tracking: N/A, Sin descripción, RECIBIDO"_s));
     screen.tap(screen.named(u"Tracking: N/A, Sin descripción, RECIBIDO"_s));
     QVERIFY(opened.isEmpty());
-    screen.tap(screen.named(u"Tracking:  MRV-1 , Sin descripción, RECIBIDO"_s));
-    QCOMPARE(opened, QList<QUrl>({QUrl(u"https://track.example/MRV-1"_s)}));
+    screen.tap(screen.named(u"Tracking:  MRV  1 , Sin descripción, RECIBIDO"_s));
+    QCOMPARE(opened, QList<QUrl>({QUrl(u"https://track.example/MRV%20%201"_s)}));
 }
 
 void DashboardViewTest::quotationRowDoesNothing()
@@ -310,6 +379,8 @@ void DashboardViewTest::searchOpensTheTrackingPage_data()
     QTest::newRow("blanks around") << u" \tMRV-1\u00A0 "_s << QByteArray("https://track.example/MRV-1");
     QTest::newRow("line breaks around") << u"\u2028MRV-1\u2029"_s << QByteArray("https://track.example/MRV-1");
     QTest::newRow("blank inside") << u"MRV 1"_s << QByteArray("https://track.example/MRV%201");
+    QTest::newRow("blanks inside") << u" MRV  1 \u00A0 2 "_s
+                                   << QByteArray("https://track.example/MRV%20%201%20%C2%A0%202");
     QTest::newRow("no escaping of its own") << u"a/b?c=d&e#f"_s << QByteArray("https://track.example/a/b?c=d&e#f");
     QTest::newRow("lower case is a number") << u"n/a"_s << QByteArray("https://track.example/n/a");
     QTest::newRow("empty") << QString() << QByteArray();
@@ -401,15 +472,26 @@ void DashboardViewTest::signOutWritesTheNumberOnly()
 void DashboardViewTest::lateReplyAfterSignOutHurtsNothing()
 {
     server.hold(listing);
-    {
-        TestScreen screen(dashboard());
-        waitForRequests(1);
-    }
-    server.held.first()->send("{" + packages(3) + "}");
-    // Served after the late one, so that this has been handled by then.
-    answer(packages(1));
-    TestScreen next(dashboard());
-    QTRY_COMPARE(count(next, "paqueteCount"), 1);
+    TestScreen screen("Loader { sourceComponent: app.someoneSignedIn ? screens.dashboard : screens.login;"
+                      " MarovendaAppViewModel { id: app } FirstScreens { id: screens } }");
+    waitForRequests(1);
+    screen.tap(screen.find(u"cerrarSesion"_s));
+    QVERIFY(screen.all(u"paqueteCount"_s).isEmpty());
+    const QStringList login = screen.texts();
+    server.held.first()->send(R"({"avatar":"AAAA",)" + packages(3) + "," + quotations(3) + "}");
+    QTRY_COMPARE(exchangesInFlight(), 0);
+    screen.settle();
+    QCOMPARE(screen.texts(), login);
+    QCOMPARE(Session::instance().userId(), 0);
+    QCOMPARE(Session::instance().userNombre(), u"Ana Lucía"_s);
+    QCOMPARE(Session::instance().userAvatarData(), QByteArray());
+    // Nor does the next customer see anything of it.
+    Session::instance().setUserId(43);
+    waitForRequests(2);
+    QCOMPARE(count(screen, "paqueteCount"), 0);
+    QVERIFY(rows(screen, u"recentPackages"_s).isEmpty());
+    server.held[1]->send("{" + packages(1) + "}");
+    QTRY_COMPARE(count(screen, "paqueteCount"), 1);
 }
 
 void DashboardViewTest::layoutHasTheDesignedMeasures()
