@@ -1,9 +1,14 @@
 #include "Exchanges.h"
 #include "MarovendaTest.h"
 
+#include <QScopeGuard>
 #include <QTest>
 
 #include <algorithm>
+#include <cerrno>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using Exchanges::completed;
@@ -34,6 +39,8 @@ private Q_SLOTS:
     void init();
     void cleanup() { server.clear(); }
 
+    void scriptedConnectionEndsAsTheScriptSays_data();
+    void scriptedConnectionEndsAsTheScriptSays();
     void brokenConnectionIsNotTriedAgain_data();
     void brokenConnectionIsNotTriedAgain();
     void connectionThatEndsUnreadIsNotTriedAgain_data();
@@ -73,6 +80,40 @@ void HttpFailuresTest::sendOneMore()
     const auto last = send(get(server, u"last"_s));
     QVERIFY(completed(last));
     QCOMPARE(last->reply.body, "last");
+}
+
+void HttpFailuresTest::scriptedConnectionEndsAsTheScriptSays_data()
+{
+    QTest::addColumn<bool>("reset");
+    QTest::newRow("closed") << false;
+    QTest::newRow("reset") << true;
+}
+
+/// Qt tells of both ends in the same way, so this asks the system.
+void HttpFailuresTest::scriptedConnectionEndsAsTheScriptSays()
+{
+    QFETCH(const bool, reset);
+    server.on("/a", [reset](const auto &, const auto &answer) { reset ? answer->reset() : answer->close(); });
+    const int client = ::socket(AF_INET, SOCK_STREAM, 0);
+    QVERIFY(client >= 0);
+    const auto closed = qScopeGuard([client] { ::close(client); });
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(server.port());
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    QCOMPARE(::connect(client, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    const QByteArray request = "GET /a HTTP/1.1\r\n\r\n";
+    QCOMPARE(::send(client, request.constData(), static_cast<size_t>(request.size()), 0), request.size());
+    // The end is told once.
+    int end = EAGAIN;
+    const auto ended = [&] {
+        char byte = 0;
+        if (end == EAGAIN)
+            end = ::recv(client, &byte, 1, MSG_DONTWAIT) < 0 ? errno : 0;
+        return end != EAGAIN;
+    };
+    QTRY_VERIFY(ended());
+    QCOMPARE(end, reset ? ECONNRESET : 0);
 }
 
 void HttpFailuresTest::brokenConnectionIsNotTriedAgain_data()
@@ -141,7 +182,7 @@ void HttpFailuresTest::connectionThatEndsUnreadIsNotTriedAgain()
         server.onConnection([&](QTcpSocket *socket) {
             const auto end = [this, socket, reset] {
                 raw += socket->peek(1 << 20);
-                reset ? socket->abort() : socket->close();
+                reset ? ScriptedServer::reset(socket) : socket->close();
             };
             if (afterSomeBytes)
                 connect(socket, &QTcpSocket::readyRead, socket, end);
@@ -177,7 +218,7 @@ void HttpFailuresTest::connectionThatEndsDuringTheUploadIsNotTriedAgain()
                 taken += bytes.size();
                 raw += bytes.first(qMin<qsizetype>(bytes.size(), 100));
                 if (taken > (afterSomeBytes ? 1'000'000 : 0))
-                    reset ? socket->abort() : socket->close();
+                    reset ? ScriptedServer::reset(socket) : socket->close();
             });
             return true;
         });

@@ -1,5 +1,7 @@
 #include "ScriptedServer.h"
 
+#include <sys/socket.h>
+
 using namespace Qt::StringLiterals;
 
 QByteArray ScriptedServer::Request::header(const QByteArray &name) const
@@ -35,11 +37,17 @@ void ScriptedServer::Answer::close()
 
 void ScriptedServer::Answer::reset()
 {
-    if (!m_socket)
-        return;
-    // With unread bytes or a linger of zero the kernel sends a reset instead of an orderly end.
-    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    m_socket->abort();
+    if (m_socket)
+        ScriptedServer::reset(m_socket);
+}
+
+void ScriptedServer::reset(QTcpSocket *socket)
+{
+    // SO_LINGER in socket(7): closed with a time of 0, TCP sends a reset instead of an orderly end.
+    const linger none{.l_onoff = 1, .l_linger = 0};
+    if (setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &none, sizeof none) != 0)
+        qFatal("A connection cannot be reset");
+    socket->abort();
 }
 
 ScriptedServer::ScriptedServer(quint16 port, QObject *parent) : QObject(parent)

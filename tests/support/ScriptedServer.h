@@ -46,6 +46,9 @@ public:
     using AnswerPtr = std::shared_ptr<Answer>;
     using Script = std::function<void(const Request &request, const AnswerPtr &answer)>;
 
+    /// Ends a connection with a reset, which throws away what the other end has not read yet.
+    static void reset(QTcpSocket *socket);
+
     /// Listens on 127.0.0.1, on a free port unless one is given.
     explicit ScriptedServer(quint16 port = 0, QObject *parent = nullptr);
 
