@@ -4,6 +4,9 @@
 #include "ScriptedServer.h"
 #include "TestDeployment.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkReply>
 #include <QTest>
 #include <QThread>
 
@@ -55,8 +58,8 @@ public:
 private Q_SLOTS:
     void cleanup() { server.clear(); }
 
-    void thereIsOneClient();
-    void everyRequestGoesToItsEndpoint();
+    void thereIsOneClientAndItKeepsItsAddress();
+    void everyRequestIsPostedToTheEndpointGiven();
     void everyReplyIsReadAsItsRecord();
     void listingIsAskedForByNumber_data();
     void listingIsAskedForByNumber();
@@ -70,6 +73,7 @@ private Q_SLOTS:
     void recordIsWrittenBeforeTheCallReturns();
     void completionComesLaterOnTheMainThread();
     void completionsComeInTheOrderOfFinishing();
+    void completionIsAJobOfItsOwn();
     void overlappingCallsAreIndependent();
     void capturesLiveUntilTheCompletionHasRun();
     void completionMayCallAgain();
@@ -78,25 +82,39 @@ private:
     ScriptedServer server;
 };
 
-void ApiClientTest::thereIsOneClient()
+void ApiClientTest::thereIsOneClientAndItKeepsItsAddress()
 {
-    QCOMPARE(&ApiClient::instance(), &ApiClient::instance());
+    const ApiClient *const client = &ApiClient::instance();
+    const QString address = std::exchange(TestDeployment::values().baseUrl, u"http://127.0.0.1:1/"_s);
+    server.reply("/a", "{}");
+    const auto delivery = post<StandardResponse>(u"a"_s, LoginRequest());
+    TestDeployment::values().baseUrl = address;
+    QTRY_COMPARE(delivery->count, 1);
+    QVERIFY(delivery->record);
+    QCOMPARE(&ApiClient::instance(), client);
     static_assert(!std::is_copy_constructible_v<ApiClient> && !std::is_move_constructible_v<ApiClient>);
     static_assert(!std::is_default_constructible_v<ApiClient>);
 }
 
-void ApiClientTest::everyRequestGoesToItsEndpoint()
+void ApiClientTest::everyRequestIsPostedToTheEndpointGiven()
 {
     RecordTools::forEachRecord<RecordTools::Requests>([&]<class R>(const R &) {
         const R request = RecordTools::filled<R>();
-        server.reply("/api_x.php", "{}");
-        const auto delivery = post<StandardResponse>(u"api_x.php"_s, request);
+        // As it stands: nothing in it is encoded or decoded.
+        const QByteArray endpoint = QByteArray(RecordTools::name<R>) + ".php?x=%2F&y=+%20";
+        server.reply('/' + endpoint, "{}");
+        const auto delivery = post<StandardResponse>(QString::fromLatin1(endpoint), request);
         QTRY_COMPARE(delivery->count, 1);
+        QVERIFY(delivery->record);
         const auto &sent = server.requests().last();
         QCOMPARE(sent.method, "POST");
-        QCOMPARE(sent.path, "/api_x.php");
+        QCOMPARE(sent.path, '/' + endpoint);
         QCOMPARE(sent.header("Content-Type"), "application/json");
-        QCOMPARE(sent.body, Json::write(request).value());
+        const QJsonObject body = QJsonDocument::fromJson(sent.body).object();
+        QJsonObject expected;
+        RecordTools::forEachField(
+            request, [&](const char *key, const auto &value) { expected.insert(QLatin1String(key), value); });
+        QCOMPARE(body, expected);
     });
     QCOMPARE(server.requests().size(), 7);
 }
@@ -261,6 +279,34 @@ void ApiClientTest::completionsComeInTheOrderOfFinishing()
         QTRY_COMPARE(order.size(), before + 1);
     }
     QCOMPARE(order, (QStringList{u"1"_s, u"2"_s, u"0"_s}));
+}
+
+void ApiClientTest::completionIsAJobOfItsOwn()
+{
+    server.hold("/a");
+    server.hold("/api_paquetes.php");
+    // Jobs that a failed check leaves behind still write here.
+    const auto order = std::make_shared<QStringList>();
+    const auto note = [order](const QString &what) { return [order, what](const auto &...) { *order += what; }; };
+    ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(), note(u"first"_s));
+    ApiClient::instance().fetchDashboard(7, note(u"second"_s));
+    ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(), note(u"third"_s));
+    QTRY_COMPARE(server.held.size(), 3);
+    const auto replies = QCoreApplication::instance()->findChildren<QNetworkReply *>();
+    QCOMPARE(replies.size(), 3);
+    const auto enqueue = [&](const QString &what) {
+        QMetaObject::invokeMethod(this, note(what), Qt::QueuedConnection);
+    };
+    // All of them finish in one turn of the event loop, among other jobs for it.
+    enqueue(u"before"_s);
+    emit replies[2]->finished();
+    enqueue(u"between"_s);
+    emit replies[0]->finished();
+    emit replies[1]->finished();
+    enqueue(u"behind"_s);
+    QCOMPARE(*order, QStringList());
+    QTRY_COMPARE(order->size(), 6);
+    QCOMPARE(*order, QStringList({u"before"_s, u"third"_s, u"between"_s, u"first"_s, u"second"_s, u"behind"_s}));
 }
 
 void ApiClientTest::overlappingCallsAreIndependent()
