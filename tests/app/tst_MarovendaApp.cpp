@@ -3,8 +3,11 @@
 #include "ServiceTest.h"
 #include "Session.h"
 
+#include <QEasingCurve>
 #include <QElapsedTimer>
 #include <QQmlApplicationEngine>
+#include <QQmlContext>
+#include <QQmlProperty>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
@@ -23,6 +26,9 @@ private Q_SLOTS:
     }
 
     void splashStandsForTwoAndAHalfSecondsThenFades();
+    void logoComesInOnTheSplash();
+    void motionHasTheDesignedTimeAndCurve_data();
+    void motionHasTheDesignedTimeAndCurve();
     void splashDoesNotWaitForTheNetwork();
     void storedNumberChoosesTheScreen_data();
     void storedNumberChoosesTheScreen();
@@ -91,6 +97,64 @@ void MarovendaAppTest::splashStandsForTwoAndAHalfSecondsThenFades()
     QCOMPARE(find(window, "LoginView"), login);
 }
 
+void MarovendaAppTest::logoComesInOnTheSplash()
+{
+    QQuickWindow *const window = start();
+    const auto *const logo = find(window, "SplashView")->findChild<QQuickItem *>(u"logo"_s);
+    QVERIFY(logo);
+    QVERIFY(!window->property("appeared").toBool());
+    QCOMPARE(logo->opacity(), 0.0);
+    QCOMPARE(logo->scale(), 0.8);
+    // Noted as they come, since both are gone with the splash.
+    QList<double> opacities;
+    QList<double> scales;
+    connect(logo, &QQuickItem::opacityChanged, window, [&] { opacities.append(logo->opacity()); });
+    connect(logo, &QQuickItem::scaleChanged, window, [&] { scales.append(logo->scale()); });
+    QTRY_VERIFY(!opacities.isEmpty() && opacities.last() == 1.0);
+    QTRY_VERIFY(!scales.isEmpty() && scales.last() == 1.0);
+}
+
+void MarovendaAppTest::motionHasTheDesignedTimeAndCurve_data()
+{
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<QString>("property");
+    QTest::addColumn<int>("milliseconds");
+    QTest::addColumn<QList<QPointF>>("curve");
+    const QList<QPointF> easeIn{{0.42, 0}, {1, 1}, {1, 1}};
+    const QList<QPointF> easeOut{{0, 0}, {0.58, 1}, {1, 1}};
+    QTest::newRow("logo fades in") << u"logo"_s << u"opacity"_s << 1000 << easeOut;
+    QTest::newRow("logo grows") << u"logo"_s << u"scale"_s << 1000 << easeOut;
+    QTest::newRow("splash goes") << u"splash"_s << u"opacity"_s << 300 << easeIn;
+    QTest::newRow("first screen comes") << u"first"_s << u"opacity"_s << 300 << easeIn;
+}
+
+void MarovendaAppTest::motionHasTheDesignedTimeAndCurve()
+{
+    QFETCH(const QString, item);
+    QFETCH(const QString, property);
+    QQuickWindow *const window = start();
+    QQuickItem *const splash = find(window, "SplashView");
+    const QObject *moving = splash->findChild<QQuickItem *>(item);
+    if (item == u"splash"_s)
+        moving = splash->parentItem();
+    else if (item == u"first"_s)
+        moving = qmlContext(window)->objectForName(u"first"_s);
+    QVERIFY(moving);
+    // An animation is made when it is first needed.
+    QObject *const viewModel = qmlContext(window)->objectForName(u"viewModel"_s);
+    for (const char *name : {"logoOpacity", "logoScale"})
+        viewModel->setProperty(name, 1.0);
+    viewModel->setProperty("showSplash", false);
+    const QObject *animation = nullptr;
+    for (const QObject *child : moving->children()) {
+        if (child->property("targetProperty").value<QQmlProperty>().name() == property)
+            animation = child->property("animation").value<QObject *>();
+    }
+    QVERIFY(animation);
+    QTEST(animation->property("duration").toInt(), "milliseconds");
+    QTEST(animation->property("easing").toEasingCurve().toCubicSpline(), "curve");
+}
+
 void MarovendaAppTest::splashDoesNotWaitForTheNetwork()
 {
     Session::instance().setUserId(42);
@@ -115,6 +179,10 @@ void MarovendaAppTest::storedNumberChoosesTheScreen()
     QFETCH(qint64, id);
     QFETCH(QByteArray, screen);
     Session::instance().setUserId(id);
+    // They stay on the device at a sign-out and are no sign of a session.
+    Session::instance().setUserNombre(u"Ana"_s);
+    Session::instance().setUserEmail(u"ana@x"_s);
+    Session::instance().setUserAvatarData("photo");
     QQuickWindow *const window = startPastSplash();
     QVERIFY(find(window, screen));
     QVERIFY(!find(window, screen == "LoginView" ? "DashboardView" : "LoginView"));
@@ -153,6 +221,12 @@ void MarovendaAppTest::pushedScreensGoWithTheSwitch()
     page.setData("import Marovenda.Ui\nAppScreen { objectName: 'pushed' }", QUrl(u"qrc:/test/Page.qml"_s));
     QVERIFY(QMetaObject::invokeMethod(container, "push", Q_ARG(QQmlComponent *, &page)));
     QTRY_COMPARE(container->property("depth").toInt(), 2);
+    // What a registration without a number writes switches nothing.
+    Session::instance().setUserId(0);
+    Session::instance().setUserNombre(u"Ana"_s);
+    Session::instance().setUserEmail(u"ana@x"_s);
+    QCOMPARE(find(window, "NavigationContainer"), container);
+    QCOMPARE(container->property("depth").toInt(), 2);
     Session::instance().setUserId(42);
     QQuickItem *const next = find(window, "NavigationContainer");
     QCOMPARE(next->property("depth").toInt(), 1);
