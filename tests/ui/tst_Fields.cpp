@@ -13,6 +13,8 @@ class FieldsTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void hintStandsInAnEmptyFieldAndNeverInItsText();
+    void hintGivesWayToUnfinishedText_data();
+    void hintGivesWayToUnfinishedText();
     void everyKeystrokeReachesTheBoundText();
     void unfinishedTextReachesTheBoundText();
     void unfinishedTextStaysWhereItsFieldLosesTheFocus();
@@ -68,6 +70,30 @@ void FieldsTest::hintStandsInAnEmptyFieldAndNeverInItsText()
     QCOMPARE(screen.root()->property("plain").toString(), QString());
     // The hint stays the name that is heard, also over a text.
     QCOMPARE(screen.named(u"Nombre Completo"_s), field);
+}
+
+void FieldsTest::hintGivesWayToUnfinishedText_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"plain", "number", "secret"})
+        QTest::newRow(name) << QString::fromLatin1(name);
+}
+
+void FieldsTest::hintGivesWayToUnfinishedText()
+{
+    QFETCH(const QString, name);
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(name);
+    const QString hint = field->property("hint").toString();
+    screen.tap(field);
+    QVERIFY(screen.texts(field).contains(hint));
+    QInputMethodEvent unfinished(u"n"_s, {});
+    QCoreApplication::sendEvent(field, &unfinished);
+    QVERIFY(!screen.texts(field).contains(hint));
+    QCOMPARE(field->property("text").toString(), QString());
+    QInputMethodEvent given;
+    QCoreApplication::sendEvent(field, &given);
+    QVERIFY(screen.texts(field).contains(hint));
 }
 
 void FieldsTest::everyKeystrokeReachesTheBoundText()
