@@ -64,6 +64,16 @@ void PasswordRuleTest::passwordIsAllowed_data()
     add("euro", u"A€"_s, true);
     add("emoji", u"A\U0001F600"_s, true);
     add("letter beyond 16 bits", u"A\U00010400"_s, false);
+    // The rule is looked for within a line, and what ends a line is special.
+    for (const char16_t end : {u'\n', u'\v', u'\f', u'\r', u'\u0085', u'\u2028', u'\u2029'}) {
+        const auto row = [&](const char *name, const QString &password, bool allowed) {
+            QTest::addRow("%s U+%04X", name, unsigned(end)) << password << allowed;
+        };
+        row("capital before", u"A"_s + end + u"b"_s, true);
+        row("capital behind", u"a"_s + end + u"B"_s, false);
+        row("stop before, capital behind", u"a."_s + end + u"B"_s, false);
+        row("capital and stop behind", u"a"_s + end + u"B."_s, true);
+    }
     add("half a pair", QString(u"A"_s + QChar(0xD83D)), true);
 }
 
