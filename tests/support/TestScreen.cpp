@@ -6,6 +6,7 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QQmlComponent>
+#include <QQmlContext>
 #include <QTest>
 #include <QtQml/qqmlextensionplugin.h>
 
@@ -158,6 +159,14 @@ void TestScreen::touch(const QQuickItem *item) const
     const QPoint at = box(item).center().toPoint();
     QTest::touchEvent(m_view.get(), device).press(1, at, m_view.get());
     QTest::touchEvent(m_view.get(), device).release(1, at, m_view.get());
+}
+
+QObject *TestScreen::viewModelOf(const QString &objectName) const
+{
+    QObject *const found = qmlContext(find(objectName))->objectForName(u"viewModel"_s);
+    if (!found)
+        qFatal("%s has no view model", qUtf8Printable(objectName));
+    return found;
 }
 
 QRectF TestScreen::box(const QQuickItem *item)

@@ -32,6 +32,9 @@ public:
     QStringList texts(const QQuickItem *from = nullptr) const;
     QList<QQuickItem *> all(const QString &objectName, const QQuickItem *from = nullptr) const;
 
+    /// The view model of the layout that an item of this object name stands in.
+    QObject *viewModelOf(const QString &objectName) const;
+
     /// Scrolls until an item is in view.
     void scrollTo(const QQuickItem *item) const;
     /// Moves the scroll areas around an item, whatever window it is in, so that it is in view.

@@ -7,8 +7,10 @@
 #include <QAccessible>
 #include <QBuffer>
 #include <QFile>
+#include <QMetaProperty>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QVariantMap>
 
 #include <memory>
 
@@ -41,6 +43,18 @@ protected:
     {
         screen.tap(screen.named(u"Atrás"_s));
         QTRY_VERIFY(screen.settledAt(1));
+    }
+    /// All that the screen holds but the message.
+    static QVariantMap state(const TestScreen &screen)
+    {
+        const QObject *const viewModel = screen.viewModelOf(u"msg"_s);
+        QVariantMap all;
+        for (int i = 0; i < viewModel->metaObject()->propertyCount(); ++i) {
+            const QString name = QString::fromLatin1(viewModel->metaObject()->property(i).name());
+            if (name != u"msg"_s)
+                all.insert(name, viewModel->metaObject()->property(i).read(viewModel));
+        }
+        return all;
     }
     static QString msg(TestScreen &screen) { return screen.find(u"msg"_s)->property("text").toString(); }
     static QByteArray photo(TestScreen &screen) { return screen.find(u"avatar"_s)->property("photo").toByteArray(); }

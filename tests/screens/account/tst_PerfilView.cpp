@@ -89,7 +89,7 @@ void PerfilViewTest::layoutHasTheDesignedMeasures()
 void PerfilViewTest::savingUntouchedSendsTheStoredName()
 {
     server.hold("/api_perfil.php");
-    Session::instance().setUserNombre(u"Ana \"Lu\" / Ñ"_s);
+    Session::instance().setUserNombre(u" \tAna \"Lu\" / Ñ  "_s);
     TestScreen screen(perfil());
     press(screen);
     waitForRequests(1);
@@ -97,7 +97,7 @@ void PerfilViewTest::savingUntouchedSendsTheStoredName()
     QCOMPARE(server.requests().first().path, "/api_perfil.php");
     QCOMPARE(server.requests().first().header("Content-Type"), "application/json");
     QCOMPARE(server.requests().first().body,
-             R"({"user_id":42,"nombre":"Ana \"Lu\" \/ Ñ","email":"","password":"","avatar_base64":""})");
+             R"({"user_id":42,"nombre":" \tAna \"Lu\" \/ Ñ  ","email":"","password":"","avatar_base64":""})");
     QCOMPARE(msg(screen), QString());
     QVERIFY(screen.find(u"guardar"_s)->isEnabled());
 }
@@ -173,12 +173,19 @@ void PerfilViewTest::outcomeOfSaving()
     TestScreen screen(perfil());
     pick(screen, file(u"a.png"_s, picked));
     QVERIFY(comesToShow(screen, picked));
+    screen.type(screen.find(u"nombre"_s), u" Bea "_s);
+    screen.type(screen.find(u"email"_s), u" bea@x "_s);
+    QVariantMap expected = state(screen);
     press(screen);
     QVERIFY(comesToSay(screen, success ? saved : failure));
+    if (success)
+        expected[u"userAvatarData"_s] = picked;
+    QCOMPARE(state(screen), expected);
+    QCOMPARE(expected.value(u"avatarBase64"_s).toString(), QString::fromLatin1(picked.toBase64()));
     QCOMPARE(screen.find(u"msg"_s)->property("color").value<QColor>(), blue);
     QCOMPARE(Session::instance().userAvatarData(), success ? picked : old);
     QCOMPARE(photo(screen), picked);
-    QCOMPARE(Session::instance().userNombre(), u"Ana"_s);
+    QCOMPARE(Session::instance().userNombre(), u" Bea "_s);
     QCOMPARE(Session::instance().userEmail(), u"ana@x"_s);
     QCOMPARE(Session::instance().userId(), 42);
 }
