@@ -1,3 +1,4 @@
+#include "LoginViewModel.h"
 #include "MarovendaTest.h"
 #include "ServiceTest.h"
 #include "Session.h"
@@ -5,6 +6,7 @@
 
 #include <QAccessible>
 #include <QInputMethodEvent>
+#include <QPointer>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -37,6 +39,7 @@ private Q_SLOTS:
     void outcomeOfRecovery();
     void recoveryWithoutAnAddressDoesNothing();
     void cancelledRecoveryDoesNothing();
+    void lateRecoveryWritesToTheScreenThatHasGone();
     void messageIsAnnounced();
     void messageThatComesBehindTheAlertIsAnnouncedAfterIt();
     void everythingIsReadInOrder();
@@ -135,6 +138,8 @@ void LoginViewTest::signInSendsWhatWasTyped()
     QCOMPARE(server.requests().first().path, "/api_login.php");
     QCOMPARE(server.requests().first().body, R"({"email":" Ana@x\/y ","password":"  "})");
     QCOMPARE(server.requests().first().header("Content-Type"), "application/json");
+    // The end of each test relies on this count.
+    QCOMPARE(exchangesInFlight(), 1);
     QCOMPARE(msg(screen), QString());
     QVERIFY(screen.find(u"iniciarSesion"_s)->isEnabled());
 }
@@ -153,6 +158,8 @@ void LoginViewTest::outcomeOfSigningIn_data()
     QTest::newRow("error without message") << QByteArray(R"({"status":"error"})") << 200 << failure;
     QTest::newRow("error with message") << QByteArray(R"({"status":"error","message":"Cuenta <b>bloqueada</b>"})")
                                         << 200 << u"Cuenta <b>bloqueada</b>"_s;
+    QTest::newRow("message with blanks around")
+        << QByteArray(R"({"status":"error","message":" \n Dos  renglones\t"})") << 200 << u" \n Dos  renglones\t"_s;
     QTest::newRow("empty message") << QByteArray(R"({"status":"error","message":""})") << 200 << QString();
     QTest::newRow("no status, message") << QByteArray(R"({"message":"Hola","id":"42"})") << 200 << u"Hola"_s;
     QTest::newRow("other letter case") << QByteArray(R"({"status":"Success","id":"42"})") << 200 << failure;
@@ -340,6 +347,9 @@ void LoginViewTest::outcomeOfRecovery_data()
     QTest::newRow("success with message") << QByteArray(R"({"status":"success","message":"Revisa"})") << u"Revisa"_s;
     QTest::newRow("failure with message")
         << QByteArray(R"({"status":"error","message":"No existe"})") << u"No existe"_s;
+    QTest::newRow("message with blanks around")
+        << QByteArray(R"({"status":"error","message":" \n No existe\t"})") << u" \n No existe\t"_s;
+    QTest::newRow("empty message") << QByteArray(R"({"message":""})") << QString();
 }
 
 void LoginViewTest::outcomeOfRecovery()
@@ -348,6 +358,7 @@ void LoginViewTest::outcomeOfRecovery()
     QFETCH(QString, shown);
     server.reply("/api_recuperar.php", reply);
     TestScreen screen(login());
+    press(screen); // another message first
     openRecovery(screen);
     screen.type(screen.find(u"alertInput"_s), u" yo@x "_s);
     screen.tap(screen.named(u"Enviar"_s));
@@ -382,6 +393,32 @@ void LoginViewTest::cancelledRecoveryDoesNothing()
     press(screen);
     waitForRequests(1);
     QCOMPARE(server.requests().first().path, "/api_login.php");
+}
+
+void LoginViewTest::lateRecoveryWritesToTheScreenThatHasGone()
+{
+    server.hold("/api_recuperar.php");
+    TestScreen screen("Loader { sourceComponent: Component { LoginView {} } }");
+    openRecovery(screen);
+    screen.type(screen.find(u"alertInput"_s), u"yo@x"_s);
+    screen.tap(screen.named(u"Enviar"_s));
+    waitForRequests(1);
+    const QPointer<LoginViewModel> gone = qobject_cast<LoginViewModel *>(screen.viewModelOf(u"msg"_s));
+    QVERIFY(gone);
+    QString written;
+    connect(gone, &LoginViewModel::msgChanged, this, [&] { written = gone->msgValue(); });
+    const QPointer<QQuickItem> page = screen.find(u"msg"_s);
+    screen.root()->setProperty("active", false);
+    QTRY_VERIFY(!page);
+    QVERIFY(gone);
+    // As after signing in and out again.
+    screen.root()->setProperty("active", true);
+    server.held.first()->send(R"({"message":"Revisa"})");
+    QTRY_COMPARE(written, u"Revisa"_s);
+    QTRY_VERIFY(!gone);
+    QCOMPARE(msg(screen), QString());
+    QCOMPARE(Session::instance().userId(), 0);
+    QCOMPARE(Session::instance().userEmail(), QString());
 }
 
 void LoginViewTest::messageIsAnnounced()
