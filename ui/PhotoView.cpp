@@ -35,6 +35,7 @@ void PhotoView::setPhoto(const QByteArray &photo)
     if (photo.isSharedWith(m_photo) || photo == m_photo)
         return;
     m_photo = photo;
+    voidRequests();
     emit photoChanged();
     polish();
 }
@@ -44,15 +45,19 @@ void PhotoView::setFile(const QUrl &file)
     if (file == m_file)
         return;
     m_file = file;
+    voidRequests();
     emit photoChanged();
     // Another file's picture would be a wrong one.
     show({});
     polish();
 }
 
+void PhotoView::voidRequests() { ++m_request; }
+
 void PhotoView::updatePolish()
 {
-    const quint64 request = ++m_request;
+    voidRequests();
+    const quint64 request = m_request;
     const int diameter = static_cast<int>(std::ceil(std::min(width(), height()) * pixelRatio()));
     if ((m_photo.isEmpty() && m_file.isEmpty()) || diameter <= 0) {
         show({});

@@ -41,12 +41,14 @@ protected:
     void itemChange(ItemChange change, const ItemChangeData &data) override;
 
 private:
+    /// What is being decoded is no longer wanted.
+    void voidRequests();
     void show(const QImage &image);
 
     QByteArray m_photo;
     QUrl m_file;
     bool m_square = false;
     QImage m_image;
-    /// What is being decoded or on show; a later request makes an earlier one's result void.
+    /// The latest: only its result is shown.
     quint64 m_request = 0;
 };

@@ -1,8 +1,10 @@
 #include "MarovendaTest.h"
 #include "PhotoDecoder.h"
+#include "PhotoView.h"
 #include "TestScreen.h"
 
 #include <QBuffer>
+#include <QTemporaryDir>
 #include <QtEndian>
 #include <QTest>
 
@@ -18,6 +20,8 @@ private Q_SLOTS:
     void whatIsNoPhotoShowsThePlaceholder_data();
     void whatIsNoPhotoShowsThePlaceholder();
     void newPhotoReplacesTheOldOne();
+    void lateDecodeOfTheFormerPhotoDoesNotShow_data();
+    void lateDecodeOfTheFormerPhotoDoesNotShow();
     void textChunksOfAPictureAreNotRead();
     void picturesBeyondTheBoundsAreRefused();
     void damagedPicturesNeverHurt();
@@ -45,6 +49,17 @@ private:
     }
     static QByteArray avatar() { return "Avatar { objectName: 'avatar'; width: 100; height: 100 }"; }
 };
+
+namespace {
+
+/// A view outside of any window, which begins to decode when it is told to.
+class LoneView : public PhotoView {
+public:
+    LoneView() { setSize({20, 20}); }
+    QColor middle() const { return paint(1).pixelColor(10, 10); }
+};
+
+} // namespace
 
 void AvatarTest::photoFillsACircle_data()
 {
@@ -126,6 +141,47 @@ void AvatarTest::newPhotoReplacesTheOldOne()
     screen.root()->setProperty("photo", encoded(green, "png"));
     QTRY_VERIFY(screen.picture().pixelColor(50, 50).green() > 200);
     QTRY_COMPARE(screen.picture().pixelColor(20, 50), QColor(Qt::green));
+}
+
+void AvatarTest::lateDecodeOfTheFormerPhotoDoesNotShow_data()
+{
+    QTest::addColumn<bool>("files");
+    QTest::newRow("photos") << false;
+    QTest::newRow("files") << true;
+}
+
+void AvatarTest::lateDecodeOfTheFormerPhotoDoesNotShow()
+{
+    QFETCH(bool, files);
+    const QTemporaryDir folder;
+    const auto set = [&](LoneView &view, const QColor &color) {
+        QImage image(20, 20, QImage::Format_RGB32);
+        image.fill(color);
+        const QString path = folder.filePath(color.name());
+        QVERIFY(image.save(path, "png"));
+        if (files)
+            view.setFile(QUrl::fromLocalFile(path));
+        else
+            view.setPhoto(encoded(image, "png"));
+    };
+    LoneView view;
+    set(view, Qt::red);
+    view.ensurePolished();
+    QTRY_VERIFY(view.decoded());
+    set(view, Qt::green);
+    view.ensurePolished();
+    set(view, Qt::blue);
+    // What is decoded after the green one shows after it.
+    LoneView next;
+    set(next, Qt::red);
+    next.ensurePolished();
+    QTRY_VERIFY(next.decoded());
+    // A new photo leaves the old one on show until it is decoded; another file's picture would be a wrong one.
+    QCOMPARE(view.decoded(), !files);
+    if (!files)
+        QCOMPARE(view.middle(), QColor(Qt::red));
+    view.ensurePolished();
+    QTRY_VERIFY(view.decoded() && view.middle() == QColor(Qt::blue));
 }
 
 void AvatarTest::textChunksOfAPictureAreNotRead()
