@@ -3,8 +3,6 @@
 #include "PngDecoder.h"
 
 #include <QBuffer>
-#include <QFile>
-#include <QFileInfo>
 #include <QImageReader>
 #include <QLoggingCategory>
 #include <QPainter>
@@ -17,7 +15,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 mebibyte = qint64(1024) * 1024;
-constexpr qint64 largestFile = 64 * mebibyte;
 /// What a photo may take: its bytes, their base64 text while it is a picked one, and all that decoding needs.
 constexpr qint64 mostMemory = 250 * mebibyte;
 /// A scan of a JPEG may cost a few bytes of the file and the time for all of the picture's pixels.
@@ -308,12 +305,4 @@ QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape)
     else
         painter.drawRect(circle.rect());
     return circle;
-}
-
-QImage decodePhotoFile(const QString &path, int diameter, PhotoShape shape)
-{
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QFile::ReadOnly) || file.size() > largestFile)
-        return {};
-    return decodePhoto(file.read(largestFile), diameter, shape);
 }

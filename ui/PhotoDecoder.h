@@ -14,6 +14,3 @@ QStringList photoEndings();
 /// cannot be decoded within bounds: 16,384 pixels a side, and 256 MiB of memory with the photo's bytes and their
 /// base64 text. Says nothing on stderr. Safe on any thread.
 QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape = PhotoShape::Circle);
-
-/// The same for a file of at most 64 MiB.
-QImage decodePhotoFile(const QString &path, int diameter, PhotoShape shape);

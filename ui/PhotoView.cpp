@@ -1,9 +1,10 @@
 #include "PhotoView.h"
 
+#include "Background.h"
 #include "PhotoDecoder.h"
+#include "PhotoFile.h"
 
 #include <QPointer>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <cmath>
@@ -12,20 +13,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// One thread: two photos decoded at once would take twice the memory.
-QThreadPool &decoderThread()
+/// For files. A photo waits for the one before it, so that few are in memory at once, but no longer for a file that
+/// gives nothing for so long.
+Background &reader()
 {
-    static auto *const pool = [] {
-        auto *made = new QThreadPool(qApp);
-        made->setMaxThreadCount(1);
-        // Decoding needs the application to the end.
-        qAddPostRoutine([] {
-            decoderThread().clear();
-            decoderThread().waitForDone();
-        });
-        return made;
-    }();
-    return *pool;
+    static auto *const made = new Background(16, std::chrono::milliseconds(500));
+    return *made;
+}
+
+/// For photos that are in memory, which need not wait for files.
+Background &decoder()
+{
+    static auto *const made = new Background(1, std::chrono::milliseconds(500));
+    return *made;
 }
 
 } // namespace
@@ -65,19 +65,16 @@ void PhotoView::updatePolish()
     }
     const QPointer<PhotoView> self(this);
     const auto shape = m_square ? PhotoShape::Square : PhotoShape::Circle;
-    decoderThread().start([self, request, photo = m_photo, file = m_file, diameter, shape] {
-        if (!self)
-            return;
-        const QImage image = file.isEmpty() ? decodePhoto(photo, diameter, shape)
-                                            : decodePhotoFile(file.toLocalFile(), diameter, shape);
-        QMetaObject::invokeMethod(
-            qApp,
-            [self, request, image] {
-                if (self && self->m_request == request)
-                    self->show(image);
-            },
-            Qt::QueuedConnection);
-    });
+    auto &background = m_file.isEmpty() ? decoder() : reader();
+    background.start(
+        [photo = m_photo, file = m_file, diameter, shape] {
+            const QByteArray bytes = file.isEmpty() ? photo : readPhotoFile(file);
+            // Two photos decoded at once would take twice the memory.
+            const Background::Turn turn;
+            return decodePhoto(bytes, diameter, shape);
+        },
+        [self, request] { return self && self->m_request == request; },
+        [self](const QImage &image) { self->show(image); });
 }
 
 void PhotoView::show(const QImage &image)

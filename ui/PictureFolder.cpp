@@ -1,12 +1,12 @@
 #include "PictureFolder.h"
 
+#include "Background.h"
 #include "PhotoDecoder.h"
 
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QPointer>
 #include <QStandardPaths>
-#include <QThreadPool>
 
 #include <algorithm>
 
@@ -17,6 +17,13 @@ namespace {
 constexpr int fileRole = Qt::UserRole;
 constexpr int nameRole = Qt::UserRole + 1;
 
+/// One walk does not wait for another, which may be lost in a folder of a network drive that is gone.
+Background &walks()
+{
+    static auto *const made = new Background(8, std::chrono::milliseconds(0));
+    return *made;
+}
+
 QStringList picturesByAge(const QString &folder)
 {
     QStringList endings;
@@ -25,6 +32,7 @@ QStringList picturesByAge(const QString &folder)
     QList<std::pair<QDateTime, QString>> found;
     QDirIterator each(folder, endings, QDir::Files | QDir::Readable, QDirIterator::Subdirectories);
     while (each.hasNext()) {
+        Background::signOfLife();
         const QString path = each.next();
         found.append({each.fileInfo().lastModified(), path});
         // Kept short while it grows, so that a huge folder takes no huge memory.
@@ -71,21 +79,19 @@ QVariant PictureList::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> PictureList::roleNames() const { return {{fileRole, "file"}, {nameRole, "name"}}; }
 
-void PictureFolder::refresh()
+void PictureFolder::refresh() { refreshWith(picturesByAge); }
+
+void PictureFolder::refreshWith(std::function<QStringList(const QString &folder)> list)
 {
     setReady(false);
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     const QPointer<PictureFolder> self(this);
-    QThreadPool::globalInstance()->start([self, folder] {
-        const QStringList files = picturesByAge(folder);
-        const auto show = [self, files] {
-            if (!self)
-                return;
-            self->m_pictures.setFiles(files);
-            self->setReady(true);
-        };
-        QMetaObject::invokeMethod(qApp, show, Qt::QueuedConnection);
-    });
+    walks().start([list = std::move(list), folder] { return list(folder); },
+                  [self, request = ++m_request] { return self && self->m_request == request; },
+                  [self](const QStringList &files) {
+                      self->m_pictures.setFiles(files);
+                      self->setReady(true);
+                  });
 }
 
 void PictureFolder::setReady(bool ready)

@@ -4,6 +4,8 @@
 #include <QtQmlIntegration>
 #include <QUrl>
 
+#include <functional>
+
 /// Pictures as the rows of a list, with the roles "file", a local address, and "name", the file's name without its
 /// ending.
 class PictureList final : public QAbstractListModel {
@@ -39,6 +41,9 @@ public:
     int count() const { return m_pictures.rowCount(); }
     bool ready() const { return m_ready; }
     Q_INVOKABLE void refresh();
+    /// The same with the paths that `list` finds for the folder's; it is called off the main thread and may stall,
+    /// which a later refresh does not wait for.
+    void refreshWith(std::function<QStringList(const QString &folder)> list);
 
 Q_SIGNALS:
     void readyChanged();
@@ -48,4 +53,6 @@ private:
 
     PictureList m_pictures;
     bool m_ready = false;
+    /// The latest: only its pictures are shown.
+    quint64 m_request = 0;
 };

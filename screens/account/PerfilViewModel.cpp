@@ -16,7 +16,11 @@ void PerfilViewModel::elegirFoto(const QUrl &item)
     if (item == selectedItem.value())
         return;
     selectedItem = item;
-    loadPhoto(item, this, [this, alive = hold()](const LoadedPhoto &photo) {
+    loadPhoto(item, this, [this, alive = hold(), pick = ++m_picks](const LoadedPhoto &photo) {
+        // An earlier pick from a slow drive, which comes after a later one, does not replace it.
+        if (pick < m_loadedPick)
+            return;
+        m_loadedPick = pick;
         selectedImageData = photo.bytes;
         avatarBase64 = photo.base64;
     });

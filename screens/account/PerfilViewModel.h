@@ -29,8 +29,13 @@ public:
 
     /// Shows the stored photo; to be called when the screen comes on screen.
     Q_INVOKABLE void mostrarFoto();
-    /// Takes a picked file; the same file a second time is no change. What cannot be loaded changes nothing.
+    /// Takes a picked file; the same file a second time is no change. What cannot be loaded changes nothing, and of
+    /// those that can the one picked last is shown, in whatever order they come.
     Q_INVOKABLE void elegirFoto(const QUrl &item);
     /// Sends the profile as it stands. A success stores the photo on show when the reply comes.
     Q_INVOKABLE void guardarCambios();
+
+private:
+    quint64 m_picks = 0;
+    quint64 m_loadedPick = 0;
 };

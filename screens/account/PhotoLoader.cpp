@@ -1,31 +1,20 @@
 #include "PhotoLoader.h"
 
-#include <QCoreApplication>
-#include <QFile>
-#include <QFileInfo>
+#include "Background.h"
+#include "PhotoFile.h"
+
 #include <QPointer>
-#include <QThreadPool>
 
 #include <algorithm>
-#include <optional>
+#include <utility>
 
 namespace {
 
-constexpr qint64 largestFile = qint64(64) * 1024 * 1024;
-
-QThreadPool &loaderThread()
+/// A pick does not wait for the one before it, whose file may lie on a network drive that is gone.
+Background &loads()
 {
-    static auto *const pool = [] {
-        auto *made = new QThreadPool(qApp);
-        made->setMaxThreadCount(1);
-        // Nothing may come once the view models' queued jobs have been dropped, which happens after this.
-        qAddPostRoutine([] {
-            loaderThread().clear();
-            loaderThread().waitForDone();
-        });
-        return made;
-    }();
-    return *pool;
+    static auto *const made = new Background(8, std::chrono::milliseconds(0));
+    return *made;
 }
 
 /// In steps, since the text itself takes 171 MiB for the largest file.
@@ -42,36 +31,18 @@ QString base64Of(const QByteArray &bytes)
     return text;
 }
 
-std::optional<LoadedPhoto> load(const QUrl &item)
-{
-    // A phone's picker gives addresses that Qt opens as files too.
-    const QString path = item.isLocalFile() ? item.toLocalFile() : item.toString();
-    // Whatever is no file, a pipe say, might never end.
-    if (item.isLocalFile() && !QFileInfo(path).isFile())
-        return std::nullopt;
-    QFile file(path);
-    if (!file.open(QFile::ReadOnly) || file.size() > largestFile)
-        return std::nullopt;
-    LoadedPhoto photo{file.read(largestFile + 1), {}};
-    if (photo.bytes.isEmpty() || photo.bytes.size() > largestFile || file.error() != QFile::NoError)
-        return std::nullopt;
-    photo.base64 = base64Of(photo.bytes);
-    return photo;
-}
-
 } // namespace
 
 void loadPhoto(const QUrl &item, QObject *context, std::function<void(LoadedPhoto)> loaded)
 {
-    const QPointer<QObject> alive(context);
-    loaderThread().start([item, alive, loaded = std::move(loaded)] {
-        auto photo = load(item);
-        if (!photo)
-            return;
-        const auto deliver = [alive, loaded, photo = *std::move(photo)] {
-            if (alive)
+    loads().start(
+        [item] {
+            const QByteArray bytes = readPhotoFile(item);
+            return LoadedPhoto{bytes, base64Of(bytes)};
+        },
+        [alive = QPointer<QObject>(context)] { return !alive.isNull(); },
+        [loaded = std::move(loaded)](const LoadedPhoto &photo) {
+            if (!photo.bytes.isEmpty())
                 loaded(photo);
-        };
-        QMetaObject::invokeMethod(qApp, deliver, Qt::QueuedConnection);
-    });
+        });
 }

@@ -14,7 +14,10 @@ struct LoadedPhoto {
     QString base64;
 };
 
-/// Reads and encodes a photo off the main thread, one after the other in the order of the calls, and hands it to
-/// `loaded` on the main thread, while `context` lives. For what is no file, cannot be read, is empty or has more than
-/// 64 MiB nothing is handed over.
+/// Reads and encodes a photo off the main thread and hands it to `loaded` on the main thread, while `context` lives.
+/// For what is no file, cannot be read, is empty or has more than 64 MiB nothing is handed over. Whatever becomes of
+/// the photo, `loaded` is destroyed on the main thread, when the application ends at the latest.
+///
+/// A photo waits for no other: one that was asked for earlier may come later, or never. Eight are read at once, at
+/// most.
 void loadPhoto(const QUrl &item, QObject *context, std::function<void(LoadedPhoto)> loaded);

@@ -1,6 +1,7 @@
 #include "MarovendaTest.h"
 #include "PhotoDecoder.h"
 #include "PictureFolder.h"
+#include "StalledFile.h"
 #include "TestScreen.h"
 
 #include <QAccessible>
@@ -11,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <semaphore>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
@@ -43,6 +45,8 @@ private Q_SLOTS:
     void focusComesBackToWhatOpenedIt();
     void profileTakesThePickedPhoto();
     void brokenPicturesHurtNothing();
+    void stalledPictureHoldsUpNoOther();
+    void lostWalkHoldsUpNoLaterOne();
     void fitsEveryWindow_data();
     void fitsEveryWindow();
     void dialogOffersWhatCanBeDecoded();
@@ -517,6 +521,56 @@ void PhotoPickerTest::brokenPicturesHurtNothing()
     QCOMPARE(middle(u"texto"_s), middle(u"vacia"_s));
     screen.tap(screen.named(u"texto"_s));
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"texto.png"_s));
+}
+
+void PhotoPickerTest::stalledPictureHoldsUpNoOther()
+{
+    add(u"lejos.png"_s, 1);
+    add(u"cerca.png"_s, 2, Qt::green);
+    const StalledFile stalled(path(u"lejos.png"_s));
+    TestScreen screen(TestScreen::pushing("PerfilView {}"));
+    screen.tap(screen.find(u"open"_s));
+    QTRY_VERIFY(screen.settledAt(2));
+    press(screen.named(u"Cambiar foto"_s));
+    QTRY_COMPARE(count(screen), 2);
+    screen.settle();
+    const auto middle = [&](const QString &name) {
+        return screen.picture().pixelColor(TestScreen::box(screen.named(name)).center().toPoint());
+    };
+    QTRY_VERIFY(stalled.isWaitedFor());
+    QTRY_COMPARE(middle(u"cerca"_s), QColor(Qt::green));
+    // Nor does it hold up the photo that is on show already.
+    screen.tap(screen.named(u"cerca"_s));
+    QTRY_VERIFY(screen.find(u"avatar"_s)->property("decoded").toBool());
+}
+
+void PhotoPickerTest::lostWalkHoldsUpNoLaterOne()
+{
+    struct Lost {
+        std::binary_semaphore found{0};
+        std::binary_semaphore ended{0};
+    };
+    const auto lost = std::make_shared<Lost>();
+    PictureFolder folder;
+    folder.refreshWith([lost](const QString &path) {
+        lost->found.acquire();
+        lost->ended.release();
+        return QStringList(path + u"/old.png"_s);
+    });
+    PictureFolder marker;
+    marker.refreshWith([](const QString &) { return QStringList(); });
+    QTRY_VERIFY(marker.ready());
+    QVERIFY(!folder.ready());
+    folder.refreshWith([](const QString &path) { return QStringList({path + u"/a.png"_s, path + u"/b.png"_s}); });
+    QTRY_VERIFY(folder.ready());
+    QCOMPARE(folder.count(), 2);
+    // Found after all, it does not replace what was found since.
+    lost->found.release();
+    lost->ended.acquire();
+    marker.refreshWith([](const QString &) { return QStringList(); });
+    QTRY_VERIFY(marker.ready());
+    QVERIFY(folder.ready());
+    QCOMPARE(folder.count(), 2);
 }
 
 void PhotoPickerTest::fitsEveryWindow_data()

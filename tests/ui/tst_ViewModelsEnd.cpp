@@ -1,10 +1,13 @@
 #include "MarovendaTest.h"
+#include "PhotoLoader.h"
 #include "PlainViewModel.h"
+#include "StalledFile.h"
 
 #include <QCoreApplication>
 #include <QPointer>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <functional>
@@ -27,6 +30,31 @@ class ViewModelsEndTest : public QObject {
 private Q_SLOTS:
     void goesWithWhatHoldsIt_data();
     void goesWithWhatHoldsIt();
+    void goesBeforeAFileThatStalls();
+
+private:
+    QPointer<PlainViewModel> m_viewModel;
+
+    /// The view model of a page that has gone, and that what this returns holds.
+    std::shared_ptr<ViewModel> abandoned()
+    {
+        qmlRegisterType<PlainViewModel>("Plain", 1, 0, "PlainViewModel");
+        QQmlEngine engine;
+        QQmlComponent component(&engine);
+        component.setData("import QtQml\nimport Plain\n"
+                          "QtObject { property PlainViewModel it: PlainViewModel {} }",
+                          QUrl());
+        const std::unique_ptr<QObject> page(component.create());
+        m_viewModel = page->property("it").value<PlainViewModel *>();
+        return m_viewModel->hold();
+    }
+    static void inAnApplication(const std::function<int()> &body)
+    {
+        QByteArray name("test");
+        int argc = 1;
+        char *argv[] = {name.data(), nullptr};
+        runMarovendaCheck(body, argc, argv);
+    }
 };
 
 void ViewModelsEndTest::goesWithWhatHoldsIt_data()
@@ -40,31 +68,35 @@ void ViewModelsEndTest::goesWithWhatHoldsIt_data()
 void ViewModelsEndTest::goesWithWhatHoldsIt()
 {
     QFETCH(const QString, holder);
-    QPointer<PlainViewModel> viewModel;
     bool called = false;
-    const auto leaveBehind = [&] {
-        qmlRegisterType<PlainViewModel>("Plain", 1, 0, "PlainViewModel");
-        QQmlEngine engine;
-        QQmlComponent component(&engine);
-        component.setData("import QtQml\nimport Plain\n"
-                          "QtObject { property PlainViewModel it: PlainViewModel {} }",
-                          QUrl());
-        const std::unique_ptr<QObject> page(component.create());
-        viewModel = page->property("it").value<PlainViewModel *>();
-        const auto job = [held = viewModel->hold(), &called] { called = true; };
+    inAnApplication([&] {
+        const auto job = [held = abandoned(), &called] { called = true; };
         if (holder == u"child")
             new Holder(job, QCoreApplication::instance());
         else
-            QMetaObject::invokeMethod(holder == u"itself" ? static_cast<QObject *>(viewModel)
+            QMetaObject::invokeMethod(holder == u"itself" ? static_cast<QObject *>(m_viewModel)
                                                           : QCoreApplication::instance(),
                                       job, Qt::QueuedConnection);
         return 0;
-    };
-    QByteArray name("test");
-    int argc = 1;
-    char *argv[] = {name.data(), nullptr};
-    runMarovendaCheck(leaveBehind, argc, argv);
-    QVERIFY(!viewModel);
+    });
+    QVERIFY(!m_viewModel);
+    QVERIFY(!called);
+}
+
+void ViewModelsEndTest::goesBeforeAFileThatStalls()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"photo"_s);
+    QVERIFY(QFile(path).open(QFile::WriteOnly));
+    const StalledFile stalled(path);
+    bool called = false;
+    inAnApplication([&] {
+        loadPhoto(QUrl::fromLocalFile(path), qApp,
+                  [held = abandoned(), &called](const LoadedPhoto &) { called = true; });
+        return QTest::qWaitFor([&] { return stalled.isWaitedFor(); });
+    });
+    QVERIFY(stalled.isWaitedFor());
+    QVERIFY(!m_viewModel);
     QVERIFY(!called);
 }
 

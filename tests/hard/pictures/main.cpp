@@ -38,8 +38,8 @@ protected:
     }
 };
 
-/// A window with the picture in question, and one beside it that is good: everything is decoded in the order of its
-/// coming, so once the good one shows, the other has been dealt with.
+/// A window with the picture in question, and one beside it that is good: what comes in the same way is decoded in
+/// the order of its coming, so once the good one shows, the other has been dealt with.
 class Stage {
 public:
     Stage()
@@ -60,13 +60,19 @@ public:
         PhotoView marker(m_window.contentItem());
         marker.setSize({100, 100});
         QObject::connect(&marker, &PhotoView::decodedChanged, [] { QGuiApplication::exit(); });
-        const auto mark = [&marker] { marker.setPhoto(picture("png", {8, 8})); };
+        const bool fromFile = how == u"listed"_s;
+        const auto mark = [&marker, fromFile, &good] {
+            if (fromFile)
+                marker.setFile(QUrl::fromLocalFile(good));
+            else
+                marker.setPhoto(picture("png", {8, 8}));
+        };
         QTimer::singleShot(120'000, &marker, [&ended] {
             ended = false;
             QGuiApplication::exit();
         });
         if (how == u"picked"_s)
-            pick(path, good, mark);
+            pick(path, mark);
         else
             start(path, mark);
         QGuiApplication::exec();
@@ -104,17 +110,17 @@ private:
             m_view.setPhoto(m_stored);
     }
 
-    void pick(const QString &path, const QString &good, const std::function<void()> &mark)
+    void pick(const QString &path, const std::function<void()> &mark)
     {
-        loadPhoto(QUrl::fromLocalFile(path), &m_window, [this, mark](const LoadedPhoto &photo) {
+        // Gone as soon as the photo has been handed over or will not be.
+        const std::shared_ptr<void> underWay(nullptr, [this, mark](void *) {
+            if (m_loaded.bytes.isNull())
+                mark();
+        });
+        loadPhoto(QUrl::fromLocalFile(path), &m_window, [this, mark, underWay](const LoadedPhoto &photo) {
             m_loaded = photo;
             m_view.asked = mark;
             m_view.setPhoto(photo.bytes);
-        });
-        // Handed over after it, or alone.
-        loadPhoto(QUrl::fromLocalFile(good), &m_window, [this, mark](auto) {
-            if (m_loaded.bytes.isNull())
-                mark();
         });
     }
 

@@ -1,9 +1,19 @@
 #include "MarovendaTest.h"
 #include "PerfilTest.h"
+#include "PerfilViewModel.h"
+#include "PhotoLoader.h"
+#include "StalledFile.h"
 
+#include <QPointer>
+#include <QQmlComponent>
+#include <QQmlEngine>
 #include <QSignalSpy>
+#include <QThread>
 #include <QTimer>
 
+#include <atomic>
+#include <memory>
+#include <optional>
 #include <sys/stat.h>
 
 class PerfilPhotoTest : public PerfilTest {
@@ -28,7 +38,52 @@ private Q_SLOTS:
     void successWithoutAPhotoStoresNone();
     void lateSuccessStoresThePhoto();
     void savedPhotoShowsOnTheDashboard();
+    void stalledFileHoldsUpNoLaterPick();
+    void earlierPickShowsWhereTheLaterCannotBeLoaded();
+    void abandonedProfileEndsOnTheMainThread_data();
+    void abandonedProfileEndsOnTheMainThread();
+
+private:
+    /// What loading a file hands over, or nothing.
+    static std::optional<LoadedPhoto> loaded(const QUrl &item)
+    {
+        std::optional<LoadedPhoto> photo;
+        auto underWay = std::make_shared<int>();
+        const std::weak_ptr<int> isUnderWay = underWay;
+        loadPhoto(item, qApp, [&photo, underWay](const LoadedPhoto &result) { photo = result; });
+        underWay.reset();
+        if (!QTest::qWaitFor([&] { return isUnderWay.expired(); }))
+            qWarning("still loading");
+        return photo;
+    }
 };
+
+namespace {
+
+/// The view model of a profile, as a page has it.
+class Profile {
+public:
+    Profile() : m_engine(std::make_unique<QQmlEngine>())
+    {
+        QQmlComponent component(m_engine.get());
+        component.setData("import QtQml\nimport Marovenda.Account\n"
+                          "QtObject { property PerfilViewModel it: PerfilViewModel {} }",
+                          QUrl());
+        m_page.reset(component.create());
+        viewModel = m_page->property("it").value<PerfilViewModel *>();
+    }
+    void leave() { m_page.reset(); }
+    void endTheEngine() { m_engine.reset(); }
+    QByteArray photo() const { return viewModel->property("selectedImageData").toByteArray(); }
+
+    QPointer<PerfilViewModel> viewModel;
+
+private:
+    std::unique_ptr<QQmlEngine> m_engine;
+    std::unique_ptr<QObject> m_page;
+};
+
+} // namespace
 
 void PerfilPhotoTest::storedPhotoIsShownAndNotSent()
 {
@@ -120,7 +175,6 @@ void PerfilPhotoTest::sameFileTwiceIsOneChange()
     pick(screen, first);
     const QByteArray other = picture(Qt::green);
     pick(screen, file(u"2.png"_s, other));
-    // Photos load in the order of the picks.
     QVERIFY(comesToShow(screen, other));
     QCOMPARE(changes.size(), 2);
     // After another one it is a change again.
@@ -155,6 +209,7 @@ void PerfilPhotoTest::whatCannotBeLoadedChangesNothing()
     else if (what == u"no address"_s)
         item = QUrl();
 
+    QVERIFY(!loaded(item));
     const QByteArray stored = picture(Qt::green);
     Session::instance().setUserAvatarData(stored);
     server.reply("/api_perfil.php", R"({"status":"success"})");
@@ -162,7 +217,6 @@ void PerfilPhotoTest::whatCannotBeLoadedChangesNothing()
     QTRY_VERIFY(decoded(screen));
     QSignalSpy changes(view(screen), SIGNAL(photoChanged()));
     pick(screen, item);
-    // What is loaded after it is the first to come.
     const QByteArray next = picture(Qt::red);
     pick(screen, file(u"next.png"_s, next));
     QVERIFY(comesToShow(screen, next));
@@ -307,6 +361,70 @@ void PerfilPhotoTest::savedPhotoShowsOnTheDashboard()
     QTRY_COMPARE(screen.find(u"photo"_s, home)->property("photo").toByteArray(), picked);
     leave(screen);
     QTRY_VERIFY(screen.find(u"photo"_s, home)->property("decoded").toBool());
+}
+
+void PerfilPhotoTest::stalledFileHoldsUpNoLaterPick()
+{
+    const QUrl early = file(u"early.png"_s, picture(Qt::red));
+    const QByteArray late = picture(Qt::green);
+    const StalledFile stalled(early.toLocalFile());
+    Profile profile;
+    const QPointer<PerfilViewModel> &viewModel = profile.viewModel;
+    viewModel->elegirFoto(early);
+    QTRY_VERIFY(stalled.isWaitedFor());
+    viewModel->elegirFoto(file(u"late.png"_s, late));
+    QTRY_COMPARE(profile.photo(), late);
+    // The earlier one comes after all, too late to be shown or sent; the view model waits for it.
+    const QSignalSpy changes(viewModel, &PerfilViewModel::selectedImageDataChanged);
+    const QSignalSpy textChanges(viewModel, &PerfilViewModel::avatarBase64Changed);
+    profile.leave();
+    QVERIFY(viewModel);
+    stalled.letGo();
+    QTRY_VERIFY(!viewModel);
+    QCOMPARE(changes.size(), 0);
+    QCOMPARE(textChanges.size(), 0);
+}
+
+void PerfilPhotoTest::earlierPickShowsWhereTheLaterCannotBeLoaded()
+{
+    const QByteArray early = picture(Qt::red);
+    const QUrl item = file(u"early.png"_s, early);
+    const StalledFile stalled(item.toLocalFile());
+    Profile profile;
+    profile.viewModel->elegirFoto(item);
+    QTRY_VERIFY(stalled.isWaitedFor());
+    const QUrl missing = QUrl::fromLocalFile(path(u"missing.png"_s));
+    profile.viewModel->elegirFoto(missing);
+    QVERIFY(!loaded(missing));
+    stalled.letGo();
+    QTRY_COMPARE(profile.photo(), early);
+}
+
+void PerfilPhotoTest::abandonedProfileEndsOnTheMainThread_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("photo") << picture(Qt::red);
+    QTest::newRow("cannot be loaded") << QByteArray();
+}
+
+void PerfilPhotoTest::abandonedProfileEndsOnTheMainThread()
+{
+    QFETCH(const QByteArray, bytes);
+    const QUrl item = file(u"x.png"_s, bytes);
+    const StalledFile stalled(item.toLocalFile());
+    Profile profile;
+    profile.viewModel->elegirFoto(item);
+    QTRY_VERIFY(stalled.isWaitedFor());
+    std::atomic<QThread *> endedOn = nullptr;
+    connect(
+        profile.viewModel, &QObject::destroyed, this, [&] { endedOn = QThread::currentThread(); },
+        Qt::DirectConnection);
+    profile.leave();
+    // Without an engine to wait for it goes at once, wherever the last that held it is.
+    profile.endTheEngine();
+    stalled.letGo();
+    QTRY_VERIFY(endedOn);
+    QCOMPARE(endedOn, QThread::currentThread());
 }
 
 MAROVENDA_TEST_MAIN(PerfilPhotoTest)

@@ -1,0 +1,45 @@
+#include "PhotoFile.h"
+
+#include "Background.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+constexpr qint64 largestFile = qint64(64) * 1024 * 1024;
+constexpr qsizetype step = qsizetype(1024) * 1024;
+
+} // namespace
+
+QByteArray readPhotoFile(const QUrl &file)
+{
+    // A phone's picker gives addresses that Qt opens as files too.
+    const QString path = file.isLocalFile() ? file.toLocalFile() : file.toString();
+    // Whatever is no file, a pipe say, might never end.
+    if (path.isEmpty() || (file.isLocalFile() && !QFileInfo(path).isFile()))
+        return {};
+    Background::signOfLife();
+    QFile opened(path);
+    if (!opened.open(QFile::ReadOnly | QFile::Unbuffered) || opened.size() > largestFile)
+        return {};
+    const qint64 size = opened.size();
+    QByteArray bytes;
+    bytes.reserve(size + 1);
+    while (bytes.size() <= largestFile) {
+        Background::signOfLife();
+        const qsizetype before = bytes.size();
+        // Its end is looked for with one byte; some files tell no size beforehand.
+        const qsizetype room = before <= size ? std::min(step, size - before + 1) : step;
+        bytes.resize(before + room);
+        const qint64 count = opened.read(bytes.data() + before, room);
+        bytes.resize(before + std::max<qint64>(count, 0));
+        if (count < 0)
+            return {};
+        if (count == 0)
+            return bytes;
+    }
+    return {};
+}
