@@ -19,6 +19,9 @@ private Q_SLOTS:
     void newStoreHasNoValues();
     void writtenValuesAreThereAfterARestart_data();
     void writtenValuesAreThereAfterARestart();
+    void storeOfAReleaseIsOpened_data();
+    void storeOfAReleaseIsOpened();
+    void thisReleasesStoreIsKept();
     void lastWriteCounts();
     void valuesDoNotTouchEachOther();
     void emptyIsNotNeverWritten();
@@ -81,6 +84,36 @@ void SessionStoreTest::writtenValuesAreThereAfterARestart()
         QVERIFY(*read == value);
     }
     QCOMPARE(again.reports, QStringList());
+}
+
+void SessionStoreTest::storeOfAReleaseIsOpened_data()
+{
+    QTest::addColumn<QString>("path");
+    const QDir stores(QStringLiteral(RELEASED_STORES));
+    const auto names = stores.entryList({u"*.sqlite"_s}, QDir::Files, QDir::Name);
+    for (const QString &name : names)
+        QTest::newRow(qPrintable(QFileInfo(name).completeBaseName())) << stores.filePath(name);
+}
+
+void SessionStoreTest::storeOfAReleaseIsOpened()
+{
+    QFETCH(const QString, path);
+    const Folder folder;
+    QFile released(path);
+    QVERIFY(released.open(QFile::ReadOnly));
+    folder.put(released.readAll());
+    {
+        Watched store(folder.path());
+        QCOMPARE(store.values(), Stores::sample);
+        QVERIFY(store.store->write(Key::UserNombre, "Eva"));
+        QCOMPARE(store.reports, QStringList());
+    }
+    QCOMPARE(Watched(folder.path()).store->read(Key::UserNombre), "Eva"_ba);
+}
+
+void SessionStoreTest::thisReleasesStoreIsKept()
+{
+    QVERIFY(QFile::exists(QStringLiteral(RELEASED_STORES "/" MAROVENDA_VERSION ".sqlite")));
 }
 
 void SessionStoreTest::lastWriteCounts()
