@@ -47,9 +47,9 @@ SessionStore &Session::store()
     return *m_store;
 }
 
-void Session::write(SessionStore::Key key, const QByteArray &value)
+void Session::write(const QList<std::pair<SessionStore::Key, QByteArray>> &values)
 {
-    store().write(key, value);
+    store().write(values);
     if (m_store->isLogLong())
         m_tidying.start();
 }
@@ -89,7 +89,7 @@ qint64 Session::userId()
 
 void Session::setUserId(qint64 value)
 {
-    write(SessionStore::Key::UserId, QByteArray::number(value));
+    write({{SessionStore::Key::UserId, QByteArray::number(value)}});
     if (std::exchange(m_userId, value) != value)
         emit userIdChanged();
 }
@@ -102,7 +102,7 @@ QString Session::userNombre()
 
 void Session::setUserNombre(const QString &value)
 {
-    write(SessionStore::Key::UserNombre, value.toUtf8());
+    write({{SessionStore::Key::UserNombre, value.toUtf8()}});
     if (std::exchange(m_userNombre, value) != value)
         emit userNombreChanged();
 }
@@ -115,8 +115,24 @@ QString Session::userEmail()
 
 void Session::setUserEmail(const QString &value)
 {
-    write(SessionStore::Key::UserEmail, value.toUtf8());
+    write({{SessionStore::Key::UserEmail, value.toUtf8()}});
     if (std::exchange(m_userEmail, value) != value)
+        emit userEmailChanged();
+}
+
+void Session::setCustomer(qint64 userId, const QString &nombre, const QString &email)
+{
+    write({{SessionStore::Key::UserId, QByteArray::number(userId)},
+           {SessionStore::Key::UserNombre, nombre.toUtf8()},
+           {SessionStore::Key::UserEmail, email.toUtf8()}});
+    const bool otherId = std::exchange(m_userId, userId) != userId;
+    const bool otherNombre = std::exchange(m_userNombre, nombre) != nombre;
+    const bool otherEmail = std::exchange(m_userEmail, email) != email;
+    if (otherId)
+        emit userIdChanged();
+    if (otherNombre)
+        emit userNombreChanged();
+    if (otherEmail)
         emit userEmailChanged();
 }
 
@@ -134,7 +150,7 @@ void Session::setUserAvatarData(const QByteArray &value)
 {
     const bool changed = value != userAvatarData();
     m_userAvatarData = value;
-    write(SessionStore::Key::UserAvatar, value);
+    write({{SessionStore::Key::UserAvatar, value}});
     if (changed)
         emit userAvatarDataChanged();
 }

@@ -36,6 +36,10 @@ public:
     QString userEmail();
     void setUserEmail(const QString &value);
 
+    /// Signs a customer in, with the name and the e-mail that go with the number: in the store are all three or none.
+    /// All have their new values when the first change is told; they are told in this order.
+    void setCustomer(qint64 userId, const QString &nombre, const QString &email);
+
     /// The photo's bytes as they were picked. They are read and checked at the first call; when that finds the store
     /// damaged, nobody is signed in from then on.
     QByteArray userAvatarData();
@@ -50,7 +54,7 @@ Q_SIGNALS:
 private:
     /// Opens it at the first use: nothing of it is needed for the window's first frame.
     SessionStore &store();
-    void write(SessionStore::Key key, const QByteArray &value);
+    void write(const QList<std::pair<SessionStore::Key, QByteArray>> &values);
     void load();
     void forget();
 

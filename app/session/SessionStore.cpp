@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStringList>
 
 #include <sqlite3.h>
 
@@ -334,33 +335,49 @@ SessionStore::Health SessionStore::find(Key key, std::optional<QByteArray> &valu
     return healthOf(code);
 }
 
-bool SessionStore::write(Key key, const QByteArray &value)
+bool SessionStore::write(const QList<std::pair<Key, QByteArray>> &values)
 {
     if (m_database)
         follow();
     if (!m_database)
         return false;
-    int code = SQLITE_OK;
-    {
-        const Statement statement = prepare("UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
-        if (statement) {
-            // A null pointer would be bound as NULL, which stands for "never written".
-            const char *bytes = value.isNull() ? "" : value.constData();
-            sqlite3_bind_blob64(statement.get(), 1, bytes, static_cast<sqlite3_uint64>(value.size()), SQLITE_STATIC);
-            sqlite3_bind_int64(statement.get(), 2, checkOf(key, value));
-            sqlite3_bind_int(statement.get(), 3, rowOf(key));
-            code = sqlite3_step(statement.get());
-            if (code == SQLITE_DONE && sqlite3_changes(m_database.get()) != 1)
-                code = SQLITE_CORRUPT;
-        }
+    int code = run("BEGIN IMMEDIATE");
+    for (const auto &[key, value] : values) {
+        if (code == SQLITE_OK)
+            code = update(key, value);
     }
-    if (code == SQLITE_DONE) {
+    if (code == SQLITE_OK)
+        code = run("COMMIT");
+    if (code == SQLITE_OK) {
         m_complained = false;
         return true;
     }
-    complain(u"%1 in %2 cannot be written: %3"_s.arg(QLatin1String(name(key)), m_path,
+    // Some failures have rolled it back by themselves.
+    if (!sqlite3_get_autocommit(m_database.get()))
+        run("ROLLBACK");
+    QStringList names;
+    for (const auto &[key, value] : values)
+        names += QLatin1String(name(key));
+    complain(u"%1 in %2 cannot be written: %3"_s.arg(names.join(u", "_s), m_path,
                                                      QString::fromUtf8(sqlite3_errstr(code))));
     return false;
+}
+
+int SessionStore::update(Key key, const QByteArray &value) const
+{
+    int code = SQLITE_OK;
+    const Statement statement = prepare("UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
+    if (!statement)
+        return code;
+    // A null pointer would be bound as NULL, which stands for "never written".
+    const char *bytes = value.isNull() ? "" : value.constData();
+    sqlite3_bind_blob64(statement.get(), 1, bytes, static_cast<sqlite3_uint64>(value.size()), SQLITE_STATIC);
+    sqlite3_bind_int64(statement.get(), 2, checkOf(key, value));
+    sqlite3_bind_int(statement.get(), 3, rowOf(key));
+    code = sqlite3_step(statement.get());
+    if (code != SQLITE_DONE)
+        return code;
+    return sqlite3_changes(m_database.get()) == 1 ? SQLITE_OK : SQLITE_CORRUPT;
 }
 
 bool SessionStore::isLogLong() const { return m_logLength >= longLog; }

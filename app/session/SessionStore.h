@@ -1,12 +1,14 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 #include <array>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -40,7 +42,9 @@ public:
     std::optional<QByteArray> read(Key key);
 
     /// False, with a report, when the value could not be written; the old one is then still there.
-    bool write(Key key, const QByteArray &value);
+    bool write(Key key, const QByteArray &value) { return write({{key, value}}); }
+    /// The same for several values, all of which are then in the store, or none.
+    bool write(const QList<std::pair<Key, QByteArray>> &values);
 
     /// Whether so much has been written that `shortenLog` is worth its while: with a large photo it takes about as
     /// long as the write did. Long before a log fills a disk, a write shortens it by itself.
@@ -70,6 +74,7 @@ private:
     /// Whatever is not good leaves its reason in m_obstacle; so does `find`.
     Health tryToOpen();
     Health prepareTables();
+    int update(Key key, const QByteArray &value) const;
     Health checkStructure();
     int checkRows() const;
     Health healthOf(int code) const;

@@ -15,19 +15,17 @@ void LoginViewModel::iniciarSesion()
         return;
     }
     const LoginRequest request{.email = email, .password = pass};
-    ApiClient::instance().post<LoginResponse>(u"api_login.php"_s, request,
-                                              [this, alive = hold()](const std::optional<LoginResponse> &reply) {
-                                                  const auto failure = u"Error de credenciales"_s;
-                                                  if (!reply) {
-                                                      msg = failure;
-                                                  } else if (reply->status != u"success"_s) {
-                                                      msg = reply->message.value_or(failure);
-                                                  } else {
-                                                      setUserId(parseUserId(reply->id));
-                                                      setUserNombre(reply->nombre.value_or(QString()));
-                                                      setUserEmail(email);
-                                                  }
-                                              });
+    ApiClient::instance().post<LoginResponse>(
+        u"api_login.php"_s, request, [this, alive = hold()](const std::optional<LoginResponse> &reply) {
+            const auto failure = u"Error de credenciales"_s;
+            if (!reply) {
+                msg = failure;
+            } else if (reply->status != u"success"_s) {
+                msg = reply->message.value_or(failure);
+            } else {
+                Session::instance().setCustomer(parseUserId(reply->id), reply->nombre.value_or(QString()), email);
+            }
+        });
 }
 
 void LoginViewModel::abrirRecuperacion()

@@ -24,18 +24,17 @@ void RegistroViewModel::registrar()
         msg = u"La contraseña debe incluir al menos una mayúscula y un carácter especial"_s;
         return;
     }
-    ApiClient::instance().post<LoginResponse>(u"api_registro.php"_s, request,
-                                              [this, alive = hold(), nombre = request.nombre,
-                                               email = request.email](const std::optional<LoginResponse> &reply) {
-                                                  const auto failure = u"Error al registrar"_s;
-                                                  if (!reply) {
-                                                      msg = failure;
-                                                  } else if (reply->status != u"success"_s) {
-                                                      msg = reply->message.value_or(failure);
-                                                  } else {
-                                                      setUserId(parseUserId(reply->id));
-                                                      setUserNombre(reply->nombre.value_or(nombre));
-                                                      setUserEmail(email);
-                                                  }
-                                              });
+    ApiClient::instance().post<LoginResponse>(
+        u"api_registro.php"_s, request,
+        [this, alive = hold(), nombre = request.nombre,
+         email = request.email](const std::optional<LoginResponse> &reply) {
+            const auto failure = u"Error al registrar"_s;
+            if (!reply) {
+                msg = failure;
+            } else if (reply->status != u"success"_s) {
+                msg = reply->message.value_or(failure);
+            } else {
+                Session::instance().setCustomer(parseUserId(reply->id), reply->nombre.value_or(nombre), email);
+            }
+        });
 }

@@ -1,6 +1,6 @@
 // Writes values until it is killed, or once:
 //
-//   session-writer DIRECTORY FIRST    the four values over and over, and says after each round
+//   session-writer DIRECTORY FIRST    the four values over and over, three of them at once, and says after each round
 //   that all of it was taken session-writer DIRECTORY sample   those of the tests, which is how a release's store in
 //   stores/ is made
 
@@ -28,9 +28,9 @@ int main(int argc, char *argv[])
     for (int round = QByteArray(argv[2]).toInt();; ++round) {
         const QByteArray number = QByteArray::number(round);
         // Each value tells its round; the photo is large enough for a kill to meet it half written.
-        store.write(SessionStore::Key::UserId, number);
-        store.write(SessionStore::Key::UserNombre, "nombre " + number);
-        store.write(SessionStore::Key::UserEmail, "email " + number);
+        store.write({{SessionStore::Key::UserId, number},
+                     {SessionStore::Key::UserNombre, "nombre " + number},
+                     {SessionStore::Key::UserEmail, "email " + number}});
         store.write(SessionStore::Key::UserAvatar, (number + ' ').repeated(20'000));
         std::printf("%d\n", round);
         std::fflush(stdout);

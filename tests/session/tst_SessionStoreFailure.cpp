@@ -22,6 +22,7 @@ private Q_SLOTS:
     void unusablePlaceIsSaidOnce_data();
     void unusablePlaceIsSaidOnce();
     void fullDiskKeepsTheOldValue();
+    void fullDiskKeepsAllOldValues();
     void fullDiskIsSaidAgainAfterItHadRoom();
     void newStoreOnAFullDiskIsUnusable();
     void lockedStoreRefusesTheWrite();
@@ -103,6 +104,27 @@ void SessionStoreFailureTest::fullDiskKeepsTheOldValue()
     QVERIFY(folder.aside().isEmpty());
 }
 
+void SessionStoreFailureTest::fullDiskKeepsAllOldValues()
+{
+    const Folder folder;
+    Watched store(folder.path());
+    QVERIFY(store.write(Stores::sample));
+    const QByteArray large(qsizetype(1024) * 1024, 'n');
+    for (const qsizetype room : {0, 10'000, 1'000'000}) {
+        {
+            const FullDisk full(QFileInfo(folder.file(u"-wal"_s)).size() + room);
+            QVERIFY(!store.store->write({{Key::UserId, "7"}, {Key::UserNombre, large}, {Key::UserEmail, large}}));
+        }
+        QCOMPARE(store.values(), Stores::sample);
+        QCOMPARE(store.reports.size(), 1);
+        const QString said = u"user_id, user_nombre, user_email in "_s;
+        QVERIFY2(store.reports.takeFirst().startsWith(said), qPrintable(said));
+        QCOMPARE(Watched(folder.path()).values(), Stores::sample);
+        // It says so again once it had room.
+        QVERIFY(store.store->write({{Key::UserId, "42"}, {Key::UserAvatar, *Stores::sample[3]}}));
+    }
+}
+
 void SessionStoreFailureTest::fullDiskIsSaidAgainAfterItHadRoom()
 {
     const Folder folder;
@@ -182,6 +204,9 @@ void SessionStoreFailureTest::killedProcessKeepsWhatWasTaken()
         const int next = taken + 1;
         const std::array<QByteArray, 4> prefixes{"", "nombre ", "email ", ""};
         bool begun = true;
+        // Those that are written at once are of one round.
+        QVERIFY2((values[0] == QByteArray::number(next)) == (values[2] == "email " + QByteArray::number(next)),
+                 values[2].value_or("nothing").constData());
         for (std::size_t i = 0; i < values.size(); ++i) {
             const auto of = [&](int number) {
                 const QByteArray text = prefixes[i] + QByteArray::number(number);
