@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
+#include <QUrl>
 
 #include <sqlite3.h>
 
@@ -13,9 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The layout of the database, kept in its user_version.
-constexpr int layoutVersion = 1;
 
 /// In pages. SQLite itself shortens the log at the first of these, within the write that reaches it.
 constexpr int longLog = 1000;
@@ -34,6 +32,8 @@ qint64 checkOf(SessionStore::Key key, const std::optional<QByteArray> &value)
 int rowOf(SessionStore::Key key) { return static_cast<int>(key) + 1; }
 
 } // namespace
+
+constexpr std::array<SessionStore::Step, SessionStore::layoutVersion> SessionStore::steps{&SessionStore::makeTable};
 
 void SessionStore::Closer::operator()(sqlite3 *database) const { sqlite3_close(database); }
 void SessionStore::Closer::operator()(sqlite3_stmt *statement) const { sqlite3_finalize(statement); }
@@ -124,6 +124,9 @@ SessionStore::Health SessionStore::tryToOpen()
         return Health::Damaged;
     }
 
+    if (const Health health = checkVersion(); health != Health::Good)
+        return health;
+
     sqlite3 *database = nullptr;
     const int code =
         sqlite3_open_v2(QFile::encodeName(m_path).constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
@@ -151,6 +154,30 @@ SessionStore::Health SessionStore::tryToOpen()
     return health == Health::Good ? checkStructure() : health;
 }
 
+SessionStore::Health SessionStore::checkVersion()
+{
+    const auto layout = StoreFile::layoutOf(m_path);
+    if (!layout || layout->version <= layoutVersion)
+        return Health::Good;
+    // What lies beside the file belongs to it, and may be another process's that is just working on it.
+    if (!layout->alone || isWhole())
+        return leaveToLaterVersion();
+    m_obstacle = u"%1 is damaged"_s.arg(m_path);
+    return Health::Damaged;
+}
+
+bool SessionStore::isWhole() const
+{
+    // Neither locked nor changed, nor anything made beside it (https://www.sqlite.org/uri.html#uriimmutable).
+    QUrl address = QUrl::fromLocalFile(m_path);
+    address.setQuery(u"immutable=1"_s);
+    sqlite3 *opened = nullptr;
+    int code =
+        sqlite3_open_v2(address.toEncoded().constData(), &opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
+    const std::unique_ptr<sqlite3, Closer> database(opened);
+    return code == SQLITE_OK && quickCheck(opened) == SQLITE_OK;
+}
+
 SessionStore::Health SessionStore::prepareTables()
 {
     // What SQLite promises for these two (https://www.sqlite.org/pragma.html#pragma_synchronous): a commit that has
@@ -166,30 +193,13 @@ SessionStore::Health SessionStore::prepareTables()
         code = run("PRAGMA cell_size_check = ON");
     if (code == SQLITE_OK)
         code = run("BEGIN IMMEDIATE");
-    int version = -1;
-    if (code == SQLITE_OK) {
-        const Statement statement = prepare("PRAGMA user_version", code);
-        if (statement && sqlite3_step(statement.get()) == SQLITE_ROW)
-            version = sqlite3_column_int(statement.get(), 0);
-    }
-    if (code == SQLITE_OK && version == 0) {
-        code = run("CREATE TABLE session (row INTEGER PRIMARY KEY, key TEXT NOT NULL, value BLOB, checksum INTEGER)");
-        for (const Key key : keys) {
-            if (code != SQLITE_OK)
-                break;
-            const Statement insert = prepare("INSERT INTO session VALUES (?, ?, NULL, ?)", code);
-            if (!insert)
-                break;
-            sqlite3_bind_int(insert.get(), 1, rowOf(key));
-            sqlite3_bind_text(insert.get(), 2, name(key), -1, SQLITE_STATIC);
-            sqlite3_bind_int64(insert.get(), 3, checkOf(key, std::nullopt));
-            code = sqlite3_step(insert.get()) == SQLITE_DONE ? SQLITE_OK : sqlite3_errcode(m_database.get());
-        }
-        if (code == SQLITE_OK)
-            code = run("PRAGMA user_version = 1");
-        StoreFile::synchroniseFoldersOf(m_directory);
-        version = layoutVersion;
-    }
+    const int found = code == SQLITE_OK ? version(code) : 0;
+    if (code == SQLITE_OK && found > layoutVersion)
+        return leaveToLaterVersion();
+    if (code == SQLITE_OK && found < 0)
+        code = SQLITE_CORRUPT;
+    if (code == SQLITE_OK && found < layoutVersion)
+        code = migrate(found);
     if (code == SQLITE_OK)
         code = run("COMMIT");
     if (code != SQLITE_OK) {
@@ -197,26 +207,62 @@ SessionStore::Health SessionStore::prepareTables()
         m_obstacle = u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
         return healthOf(code);
     }
-    if (version != layoutVersion) {
-        m_obstacle = u"%1 is not a session of this version"_s.arg(m_path);
-        return Health::Damaged;
-    }
     return Health::Good;
+}
+
+SessionStore::Health SessionStore::leaveToLaterVersion()
+{
+    m_obstacle = u"%1 was written by a later version of the app and is left as it is"_s.arg(m_path);
+    // Closing would move what the log holds into the file.
+    if (m_database)
+        sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    return Health::Unusable;
+}
+
+int SessionStore::version(int &code) const
+{
+    const Statement statement = prepare("PRAGMA user_version", code);
+    if (!statement)
+        return 0;
+    code = sqlite3_step(statement.get());
+    if (code == SQLITE_ROW)
+        code = SQLITE_OK;
+    return sqlite3_column_int(statement.get(), 0);
+}
+
+int SessionStore::migrate(int version) const
+{
+    int code = SQLITE_OK;
+    for (auto at = static_cast<std::size_t>(version); code == SQLITE_OK && at < steps.size(); ++at)
+        code = (this->*steps[at])();
+    if (code == SQLITE_OK)
+        code = run("PRAGMA user_version = " + QByteArray::number(layoutVersion));
+    if (version == 0)
+        StoreFile::synchroniseFoldersOf(m_directory);
+    return code;
+}
+
+int SessionStore::makeTable() const
+{
+    int code = run("CREATE TABLE session (row INTEGER PRIMARY KEY, key TEXT NOT NULL, value BLOB, checksum INTEGER)");
+    for (const Key key : keys) {
+        if (code != SQLITE_OK)
+            break;
+        const Statement insert = prepare("INSERT INTO session VALUES (?, ?, NULL, ?)", code);
+        if (!insert)
+            break;
+        sqlite3_bind_int(insert.get(), 1, rowOf(key));
+        sqlite3_bind_text(insert.get(), 2, name(key), -1, SQLITE_STATIC);
+        sqlite3_bind_int64(insert.get(), 3, checkOf(key, std::nullopt));
+        code = sqlite3_step(insert.get()) == SQLITE_DONE ? SQLITE_OK : sqlite3_errcode(m_database.get());
+    }
+    return code;
 }
 
 SessionStore::Health SessionStore::checkStructure()
 {
     // Damage that only a write would meet: pages that hang together wrongly, or a header that forbids writing.
-    int code = SQLITE_OK;
-    {
-        const Statement statement = prepare("PRAGMA quick_check(1)", code);
-        if (statement) {
-            code = sqlite3_step(statement.get());
-            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), 0));
-            if (code == SQLITE_ROW)
-                code = qstrcmp(text, "ok") == 0 ? SQLITE_OK : SQLITE_CORRUPT;
-        }
-    }
+    int code = quickCheck(m_database.get());
     if (code == SQLITE_OK && sqlite3_db_readonly(m_database.get(), "main") == 1 && QFileInfo(m_path).isWritable())
         code = SQLITE_CORRUPT;
     if (code == SQLITE_OK)
@@ -274,6 +320,20 @@ SessionStore::Health SessionStore::healthOf(int code) const
     }
 }
 
+int SessionStore::quickCheck(sqlite3 *database)
+{
+    sqlite3_stmt *prepared = nullptr;
+    int code = sqlite3_prepare_v2(database, "PRAGMA quick_check(1)", -1, &prepared, nullptr);
+    const Statement statement(prepared);
+    if (!statement)
+        return code;
+    code = sqlite3_step(statement.get());
+    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(statement.get(), 0));
+    if (code == SQLITE_ROW)
+        code = qstrcmp(text, "ok") == 0 ? SQLITE_OK : SQLITE_CORRUPT;
+    return code;
+}
+
 SessionStore::Statement SessionStore::prepare(const char *sql, int &code) const
 {
     sqlite3_stmt *statement = nullptr;
@@ -281,9 +341,9 @@ SessionStore::Statement SessionStore::prepare(const char *sql, int &code) const
     return Statement(statement);
 }
 
-int SessionStore::run(const char *sql) const
+int SessionStore::run(const QByteArray &sql) const
 {
-    return sqlite3_exec(m_database.get(), sql, nullptr, nullptr, nullptr);
+    return sqlite3_exec(m_database.get(), sql.constData(), nullptr, nullptr, nullptr);
 }
 
 std::optional<QByteArray> SessionStore::read(Key key)
@@ -342,6 +402,11 @@ bool SessionStore::write(const QList<std::pair<Key, QByteArray>> &values)
     if (!m_database)
         return false;
     int code = run("BEGIN IMMEDIATE");
+    // A later version, started beside this one, may have changed the layout meanwhile.
+    if (code == SQLITE_OK && version(code) > layoutVersion) {
+        settle(leaveToLaterVersion());
+        return false;
+    }
     for (const auto &[key, value] : values) {
         if (code == SQLITE_OK)
             code = update(key, value);

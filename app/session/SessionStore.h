@@ -21,6 +21,10 @@ struct sqlite3_stmt;
 /// A store that cannot be opened, or is found damaged, says so once through `report`. A damaged file is moved
 /// aside, beside the new one, and all values start empty; one that cannot be opened, or not be moved, leaves a store
 /// that reads nothing and refuses every write.
+///
+/// A store of an earlier layout is brought to the one of this version when it is opened. One that a later version of
+/// the app wrote is no damage: it is only read as far as is needed to know that, stays as it is, and leaves a store
+/// like one that cannot be opened.
 class SessionStore {
 public:
     enum class Key { UserId, UserNombre, UserEmail, UserAvatar };
@@ -73,15 +77,31 @@ private:
     Health replace();
     /// Whatever is not good leaves its reason in m_obstacle; so does `find`.
     Health tryToOpen();
+    /// What a file says of its layout before it is opened for writing: whether this version may open it.
+    Health checkVersion();
+    bool isWhole() const;
     Health prepareTables();
+    /// Leaves the file to the later version that wrote it, from which moment on nothing of it changes.
+    Health leaveToLaterVersion();
+    int makeTable() const;
+    int version(int &code) const;
+    int migrate(int version) const;
     int update(Key key, const QByteArray &value) const;
     Health checkStructure();
     int checkRows() const;
     Health healthOf(int code) const;
     Statement prepare(const char *sql, int &code) const;
-    int run(const char *sql) const;
+    int run(const QByteArray &sql) const;
+    static int quickCheck(sqlite3 *database);
     Health find(Key key, std::optional<QByteArray> &value);
     void complain(const QString &what);
+
+    /// The layout of this version; a database has its own as its user_version.
+    static constexpr int layoutVersion = 1;
+    /// Each makes the layout of a version out of the one before: the first makes version 1 in an empty file. They
+    /// stay as they were released, since stores of every release are about.
+    using Step = int (SessionStore::*)() const;
+    static const std::array<Step, layoutVersion> steps;
 
     const QString m_directory;
     const QString m_path;

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QtEndian>
 #include <QThread>
 
 #include <array>
@@ -39,7 +40,93 @@ bool isReadableOrMissing(const QString &path)
     return size == 0 && file.error() == QFile::NoError;
 }
 
+constexpr qsizetype versionAt = 60;
+
+quint32 number(QByteArrayView bytes, qsizetype at) { return qFromBigEndian<quint32>(bytes.data() + at); }
+
+bool isPageSize(quint32 size) { return size >= 512 && size <= 65536 && (size & (size - 1)) == 0; }
+
+/// The sums that a log keeps over its header and frames, each over all that came before.
+struct LogSums {
+    bool bigEndian;
+    quint32 first = 0;
+    quint32 second = 0;
+
+    void add(QByteArrayView bytes)
+    {
+        const auto word = [&](qsizetype at) {
+            return bigEndian ? number(bytes, at) : qFromLittleEndian<quint32>(bytes.data() + at);
+        };
+        for (qsizetype at = 0; at + 8 <= bytes.size(); at += 8) {
+            first += word(at) + second;
+            second += word(at + 4) + first;
+        }
+    }
+    bool are(QByteArrayView bytes, qsizetype at) const
+    {
+        return number(bytes, at) == first && number(bytes, at + 4) == second;
+    }
+};
+
+/// The version that the last transaction in a log left, if one of them wrote it.
+std::optional<int> versionInLog(const QString &path)
+{
+    constexpr qsizetype headSize = 32;
+    constexpr qsizetype frameHeadSize = 24;
+    QFile log(path);
+    if (!log.open(QFile::ReadOnly))
+        return std::nullopt;
+    const QByteArray head = log.read(headSize);
+    if (head.size() != headSize || (number(head, 0) & ~1U) != 0x377F0682 || !isPageSize(number(head, 8)))
+        return std::nullopt;
+    LogSums sums{(number(head, 0) & 1) != 0};
+    sums.add(QByteArrayView(head).first(24));
+    if (!sums.are(head, 24))
+        return std::nullopt;
+    const QByteArrayView salts = QByteArrayView(head).sliced(16, 8);
+    std::optional<int> written;
+    std::optional<int> committed;
+    // It ends with the first frame that is not of this log or not whole.
+    QByteArray frame(frameHeadSize + number(head, 8), Qt::Uninitialized);
+    while (log.read(frame.data(), frame.size()) == frame.size()) {
+        const QByteArrayView view(frame);
+        sums.add(view.first(8));
+        sums.add(view.sliced(frameHeadSize));
+        if (view.sliced(8, 8) != salts || !sums.are(view, 16))
+            break;
+        if (number(view, 0) == 1)
+            written = static_cast<int>(number(view, frameHeadSize + versionAt));
+        if (number(view, 4) != 0 && written)
+            committed = written;
+    }
+    return committed;
+}
+
+/// Of a file that SQLite would take for a database.
+std::optional<int> versionInHeader(const QString &path)
+{
+    QFile file(path);
+    const QByteArray head = file.open(QFile::ReadOnly | QFile::Unbuffered) ? file.read(100) : QByteArray();
+    if (head.size() != 100 || !head.startsWith(QByteArrayView("SQLite format 3\0", 16)) ||
+        head.mid(21, 3) != QByteArrayView("\100\040\040") || head[19] > 2)
+        return std::nullopt;
+    const auto size = qFromBigEndian<quint16>(head.constData() + 16);
+    if (!isPageSize(size == 1 ? 65536 : size))
+        return std::nullopt;
+    return static_cast<int>(number(head, versionAt));
+}
+
 } // namespace
+
+std::optional<StoreFile::Layout> StoreFile::layoutOf(const QString &path)
+{
+    // The log first: what it held may be moved into the file in between.
+    const std::optional<int> inLog = versionInLog(path + "-wal"_L1);
+    const std::optional<int> version = inLog ? inLog : versionInHeader(path);
+    if (!version)
+        return std::nullopt;
+    return Layout{*version, !QFileInfo::exists(path + "-wal"_L1) && !QFileInfo::exists(path + "-journal"_L1)};
+}
 
 QString StoreFile::makeFolder(const QString &directory)
 {

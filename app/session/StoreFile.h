@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <optional>
+
 /// What the store does with its file by itself, outside SQLite. None of it may happen while this process has the file
 /// open in SQLite: closing a file lets go of all locks that the process has on it.
 namespace StoreFile {
@@ -27,6 +29,18 @@ private:
 
 /// True for a file that has lost its content, which SQLite would silently take for a new one.
 bool isStump(const QString &path);
+
+/// What the file says of its own layout.
+struct Layout {
+    /// The database's user_version, from its log where that holds a later one.
+    int version = 0;
+    /// Whether there is neither a log nor a journal beside it.
+    bool alone = true;
+};
+
+/// Reads it without SQLite, which cannot look at a database with a log and change nothing beside it. Nothing for what
+/// is no SQLite database (https://www.sqlite.org/fileformat.html).
+std::optional<Layout> layoutOf(const QString &path);
 
 /// Whether every byte of the file and its log can be had, so that what is wrong with them is not the disk's failing.
 bool canBeRead(const QString &path);

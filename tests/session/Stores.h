@@ -5,8 +5,11 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QMap>
 #include <QStringList>
 #include <QTemporaryDir>
+
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <array>
@@ -51,6 +54,17 @@ struct Watched {
     std::unique_ptr<SessionStore> store;
 };
 
+/// Runs SQL on a store's file as another program could.
+inline void run(const QString &path, const QByteArray &sql)
+{
+    sqlite3 *database = nullptr;
+    char *error = nullptr;
+    if (sqlite3_open(QFile::encodeName(path).constData(), &database) != SQLITE_OK ||
+        sqlite3_exec(database, sql.constData(), nullptr, nullptr, &error) != SQLITE_OK)
+        qFatal("%s: %s", sql.constData(), error ? error : "cannot be opened");
+    sqlite3_close(database);
+}
+
 /// A folder for a store, in memory where the system has that: the tests write much.
 class Folder {
 public:
@@ -74,6 +88,17 @@ public:
         QFile file(this->file(suffix));
         if (!file.open(QFile::WriteOnly) || file.write(bytes) != bytes.size())
             qFatal("%s cannot be written", qUtf8Printable(file.fileName()));
+    }
+    /// All files beside the store's and itself, by name.
+    QMap<QString, QByteArray> files() const
+    {
+        QMap<QString, QByteArray> all;
+        const auto names = QDir(path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
+        for (const QString &name : names) {
+            QFile file(path() + QLatin1Char('/') + name);
+            all[name] = file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+        }
+        return all;
     }
     void clear() const { QDir(path()).removeRecursively(); }
 

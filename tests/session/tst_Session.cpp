@@ -27,7 +27,11 @@ private Q_SLOTS:
     void everyObserverHearsEachChangeOnce();
     void writingTheSameValueIsNoChange();
     void valueIsThereWhenItsObserversHear();
+    void customerIsToldInOrderWhenAllIsThere();
+    void customerIsStoredAtOnce();
+    void sameCustomerIsNoChange();
     void signingOutKeepsTheRest();
+    void besideALaterVersionsStoreTheValuesLiveOn();
     void withoutAStoreTheValuesLiveOn();
     void damagedStoreStartsSignedOut();
     void damagedStoreThatCannotBeMovedStartsSignedOut();
@@ -229,6 +233,56 @@ void SessionTest::valueIsThereWhenItsObserversHear()
     QCOMPARE(heard, (QStringList{u"42"_s, u"42 stored"_s, u"Ana Núñez"_s, u"ana@marovenda.example"_s, u"photo"_s}));
 }
 
+void SessionTest::customerIsToldInOrderWhenAllIsThere()
+{
+    const Folder folder;
+    Session session(folder.path());
+    QStringList heard;
+    const auto all = [](Session &of) { return u"%1 %2 %3"_s.arg(of.userId()).arg(of.userNombre(), of.userEmail()); };
+    const auto hear = [&](const QString &what) { return [&, what] { heard += what + all(session); }; };
+    connect(&session, &Session::userIdChanged, this, hear(u"id: "_s));
+    connect(&session, &Session::userNombreChanged, this, hear(u"nombre: "_s));
+    connect(&session, &Session::userEmailChanged, this, hear(u"email: "_s));
+    connect(&session, &Session::userIdChanged, this,
+            [&] { heard += u"stored: "_s + all(*std::make_unique<Session>(folder.path())); });
+    session.setCustomer(42, u"Ana"_s, u"a@b"_s);
+    QCOMPARE(heard, (QStringList{u"id: 42 Ana a@b"_s, u"stored: 42 Ana a@b"_s, u"nombre: 42 Ana a@b"_s,
+                                 u"email: 42 Ana a@b"_s}));
+    heard.clear();
+    session.setCustomer(42, u"Eva"_s, u"a@b"_s);
+    QCOMPARE(heard, QStringList(u"nombre: 42 Eva a@b"_s));
+}
+
+void SessionTest::customerIsStoredAtOnce()
+{
+    const Folder folder;
+    folder.fill();
+    Session session(folder.path());
+    QCOMPARE(session.userId(), 42);
+    // A store that takes the number and the name, but no e-mail.
+    Stores::run(folder.file(), "CREATE TRIGGER no_email BEFORE UPDATE ON session WHEN NEW.key = 'user_email' "
+                               "BEGIN SELECT RAISE(FAIL, 'no'); END");
+    session.setCustomer(7, u"Eva"_s, u"eva@b"_s);
+    // In memory it counts all the same.
+    QCOMPARE(session.userId(), 7);
+    QCOMPARE(session.userNombre(), u"Eva"_s);
+    QCOMPARE(session.userEmail(), u"eva@b"_s);
+    Session again(folder.path());
+    QCOMPARE(again.userId(), 42);
+    QCOMPARE(again.userNombre(), u"Ana Núñez"_s);
+    QCOMPARE(again.userEmail(), u"ana@marovenda.example"_s);
+}
+
+void SessionTest::sameCustomerIsNoChange()
+{
+    const Folder folder;
+    Session session(folder.path());
+    session.setCustomer(42, u"Ana"_s, u"a@b"_s);
+    const Observer observer(session);
+    session.setCustomer(42, u"Ana"_s, u"a@b"_s);
+    QCOMPARE(observer.counts(), (QList<qsizetype>{0, 0, 0, 0}));
+}
+
 void SessionTest::signingOutKeepsTheRest()
 {
     const Folder folder;
@@ -242,6 +296,28 @@ void SessionTest::signingOutKeepsTheRest()
     QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
     QCOMPARE(session.userEmail(), u"ana@marovenda.example"_s);
     QCOMPARE(session.userAvatarData(), "photo"_ba);
+}
+
+void SessionTest::besideALaterVersionsStoreTheValuesLiveOn()
+{
+    const Folder folder;
+    folder.fill();
+    Stores::run(folder.file(), "PRAGMA user_version = 2");
+    const auto files = folder.files();
+    {
+        Session session(folder.path());
+        expectNobody(session);
+        const Observer observer(session);
+        signIn(session);
+        session.setUserEmail(u"b@b.example"_s);
+        QCOMPARE(session.userId(), 42);
+        QCOMPARE(session.userEmail(), u"b@b.example"_s);
+        QCOMPARE(session.userAvatarData(), "photo"_ba);
+        QCOMPARE(observer.counts(), (QList<qsizetype>{1, 1, 2, 1}));
+    }
+    QVERIFY(folder.files() == files);
+    Session again(folder.path());
+    expectNobody(again);
 }
 
 void SessionTest::withoutAStoreTheValuesLiveOn()

@@ -1,13 +1,13 @@
 #include "MarovendaTest.h"
 #include "Stores.h"
 
+#include <QtEndian>
 #include <QTest>
-
-#include <sqlite3.h>
 
 using namespace Qt::StringLiterals;
 using Key = SessionStore::Key;
 using Stores::Folder;
+using Stores::run;
 using Stores::Values;
 using Stores::Watched;
 
@@ -26,6 +26,11 @@ private Q_SLOTS:
     void lostRowIsNotWritten();
     void enormousRowIsDamage();
     void wasReplacedSaysItOnce();
+    void laterVersionIsLeftAlone_data();
+    void laterVersionIsLeftAlone();
+    void laterVersionInTheLogIsLeftAlone();
+    void laterVersionThatIsCutOffIsDamage();
+    void laterVersionThatComesMeanwhileIsLeftAlone();
     void filesAsideAreAllKept();
     void companionsGoAsideToo();
     void journalGoesAsideToo();
@@ -41,6 +46,7 @@ private:
     static void expectReplaced(const Folder &folder, Watched &store, const QByteArray &kept);
     static void expectAllOrNothing(const Folder &folder, const QByteArray &bytes, const Values &values,
                                    const QByteArray &what);
+    static void expectLeftAlone(const Folder &folder, Watched &store, const QMap<QString, QByteArray> &files);
     static QByteArray storeOf(const Values &values)
     {
         const Folder folder;
@@ -48,21 +54,6 @@ private:
         return folder.bytes();
     }
 };
-
-namespace {
-
-/// Runs SQL on a store's file as another program could.
-void run(const QString &path, const QByteArray &sql)
-{
-    sqlite3 *database = nullptr;
-    QCOMPARE(sqlite3_open(QFile::encodeName(path).constData(), &database), SQLITE_OK);
-    char *error = nullptr;
-    sqlite3_exec(database, sql.constData(), nullptr, nullptr, &error);
-    QVERIFY2(!error, error);
-    sqlite3_close(database);
-}
-
-} // namespace
 
 /// All values are gone, one line says so, the old file is aside, and the new one works.
 void SessionStoreDamageTest::expectReplaced(const Folder &folder, Watched &store, const QByteArray &kept)
@@ -77,6 +68,24 @@ void SessionStoreDamageTest::expectReplaced(const Folder &folder, Watched &store
         QVERIFY(folder.bytes(u".damaged-1"_s) == kept);
     QVERIFY(store.write(Stores::sample));
     QCOMPARE(Watched(folder.path()).values(), Stores::sample);
+}
+
+/// There are no values, none can be kept, one line says why, and nothing in the folder has changed.
+void SessionStoreDamageTest::expectLeftAlone(const Folder &folder, Watched &store,
+                                             const QMap<QString, QByteArray> &files)
+{
+    QCOMPARE(store.values(), Values());
+    QVERIFY(!store.replaced);
+    QVERIFY(!store.write(Stores::sample));
+    QVERIFY(!store.store->write({{Key::UserId, "7"}, {Key::UserNombre, "Eva"}}));
+    store.store->shortenLog();
+    QCOMPARE(store.values(), Values());
+    QCOMPARE(store.reports.size(), 1);
+    QVERIFY2(store.reports.first().contains(folder.file()), qPrintable(store.reports.first()));
+    QVERIFY2(store.reports.first().contains(u"later version"_s), qPrintable(store.reports.first()));
+    store.store.reset();
+    QCOMPARE(folder.files().keys(), files.keys());
+    QVERIFY(folder.files() == files);
 }
 
 /// Either the old values without a word, or none with the file aside and one line.
@@ -139,7 +148,6 @@ void SessionStoreDamageTest::emptyFileBecomesAStore()
 void SessionStoreDamageTest::databaseChangedFromOutsideIsMovedAside_data()
 {
     QTest::addColumn<QByteArray>("sql");
-    QTest::newRow("newer version") << "PRAGMA user_version = 2"_ba;
     QTest::newRow("negative version") << "PRAGMA user_version = -1"_ba;
     QTest::newRow("version lost") << "PRAGMA user_version = 0"_ba;
     QTest::newRow("table gone") << "DROP TABLE session"_ba;
@@ -154,7 +162,6 @@ void SessionStoreDamageTest::databaseChangedFromOutsideIsMovedAside_data()
     QTest::newRow("checksum column gone") << "ALTER TABLE session DROP COLUMN checksum"_ba;
     QTest::newRow("table without sense")
         << "PRAGMA writable_schema = 1; UPDATE sqlite_master SET name = 'a' || char(10) || 'b', sql = 'nonsense'"_ba;
-    QTest::newRow("other database") << "DROP TABLE session; CREATE TABLE bookmarks (url); PRAGMA user_version = 7"_ba;
 }
 
 void SessionStoreDamageTest::databaseChangedFromOutsideIsMovedAside()
@@ -243,6 +250,83 @@ void SessionStoreDamageTest::wasReplacedSaysItOnce()
     QVERIFY(!store.store->wasReplaced());
 }
 
+void SessionStoreDamageTest::laterVersionIsLeftAlone_data()
+{
+    QTest::addColumn<QByteArray>("sql");
+    QTest::newRow("the next") << "PRAGMA user_version = 2"_ba;
+    QTest::newRow("the last that there can be") << "PRAGMA user_version = 2147483647"_ba;
+    QTest::newRow("other tables") << "DROP TABLE session; CREATE TABLE accounts (a); PRAGMA user_version = 7"_ba;
+    QTest::newRow("other journal") << "PRAGMA journal_mode = DELETE; PRAGMA user_version = 2"_ba;
+    QTest::newRow("other pages") << "PRAGMA journal_mode = DELETE; PRAGMA page_size = 65536; VACUUM;"
+                                    "PRAGMA user_version = 2"_ba;
+}
+
+void SessionStoreDamageTest::laterVersionIsLeftAlone()
+{
+    QFETCH(const QByteArray, sql);
+    const Folder folder;
+    folder.fill();
+    run(folder.file(), sql);
+    const auto files = folder.files();
+    QCOMPARE(files.keys(), QStringList(u"session.sqlite"_s));
+    Watched store(folder.path());
+    expectLeftAlone(folder, store, files);
+}
+
+void SessionStoreDamageTest::laterVersionInTheLogIsLeftAlone()
+{
+    // A later version that was killed: the file itself is still the earlier one.
+    const Folder living;
+    living.fill();
+    const Watched earlier(living.path());
+    run(living.file(), "CREATE TABLE more (a); PRAGMA user_version = 2; INSERT INTO more VALUES (1)");
+    const Folder folder;
+    folder.put(living.bytes());
+    folder.put(living.bytes(u"-wal"_s), u"-wal"_s);
+    QCOMPARE(folder.bytes().mid(60, 4), QByteArray("\0\0\0\1", 4));
+    const auto files = folder.files();
+    Watched store(folder.path());
+    expectLeftAlone(folder, store, files);
+
+    // What was never committed does not count: the log is cut within its last transaction but one.
+    QByteArray log = living.bytes(u"-wal"_s);
+    folder.clear();
+    folder.put(living.bytes());
+    folder.put(log.first(32 + 4120), u"-wal"_s);
+    Watched again(folder.path());
+    QCOMPARE(again.values(), Stores::sample);
+    QCOMPARE(again.reports, QStringList());
+}
+
+void SessionStoreDamageTest::laterVersionThatIsCutOffIsDamage()
+{
+    const Folder folder;
+    folder.fill();
+    run(folder.file(), "PRAGMA user_version = 2");
+    const QByteArray cut = folder.bytes().first(5000);
+    folder.put(cut);
+    Watched store(folder.path());
+    expectReplaced(folder, store, cut);
+}
+
+void SessionStoreDamageTest::laterVersionThatComesMeanwhileIsLeftAlone()
+{
+    const Folder folder;
+    Watched store(folder.path());
+    QVERIFY(store.write(Stores::sample));
+    run(folder.file(), "ALTER TABLE session ADD COLUMN more; PRAGMA user_version = 2");
+    const auto whole = [&] { return folder.bytes() + folder.bytes(u"-wal"_s); };
+    const QByteArray before = whole();
+    QVERIFY(!store.store->write(Key::UserNombre, "Eva"));
+    QCOMPARE(store.values(), Values());
+    QVERIFY(!store.store->write(Key::UserNombre, "Eva"));
+    QCOMPARE(store.reports.size(), 1);
+    QVERIFY2(store.reports.first().contains(u"later version"_s), qPrintable(store.reports.first()));
+    QVERIFY(!store.replaced);
+    store.store.reset();
+    QVERIFY(whole() == before);
+}
+
 void SessionStoreDamageTest::filesAsideAreAllKept()
 {
     const Folder folder;
@@ -265,7 +349,7 @@ void SessionStoreDamageTest::companionsGoAsideToo()
     // As long as another program has the file open, its log stays.
     sqlite3 *other = nullptr;
     QCOMPARE(sqlite3_open(QFile::encodeName(folder.file()).constData(), &other), SQLITE_OK);
-    QCOMPARE(sqlite3_exec(other, "PRAGMA user_version = 2", nullptr, nullptr, nullptr), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(other, "DELETE FROM session", nullptr, nullptr, nullptr), SQLITE_OK);
     const QByteArray log = folder.bytes(u"-wal"_s);
     QVERIFY(!log.isEmpty());
     Watched store(folder.path());
@@ -367,7 +451,14 @@ void SessionStoreDamageTest::flippedByteLosesAllOrNothing()
         if (!matters(at))
             continue;
         store[at] = static_cast<char>(store[at] ^ mask);
-        expectAllOrNothing(folder, store, values, "flipped at " + QByteArray::number(at));
+        // As a later version it is a good store.
+        if (at >= 60 && at < 64 && qFromBigEndian<qint32>(store.constData() + 60) > 1) {
+            folder.clear();
+            folder.put(store);
+            Watched later(folder.path());
+            expectLeftAlone(folder, later, {{u"session.sqlite"_s, store}});
+        } else
+            expectAllOrNothing(folder, store, values, "flipped at " + QByteArray::number(at));
         store[at] = static_cast<char>(store[at] ^ mask);
     }
 }

@@ -1,7 +1,10 @@
-// A file that was cut or changed: its values are all there, or nobody is signed in and the file is kept.
+// A file that was cut or changed: its values are all there, or nobody is signed in and the file is kept, aside or,
+// where it now looks like a later version's, in its place.
 
 #include "Checks.h"
 #include "FileCalls.h"
+
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 using Stores::Folder;
@@ -70,6 +73,12 @@ QByteArray faultOf(const Folder &folder, const Subject &whole, const QByteArray 
                 return "put aside, but not with one line: " + store.reports.join(u"; "_s).toUtf8();
             if (folder.bytes(u".damaged-1"_s).size() < file.size())
                 return "put aside, but not kept";
+        } else if (store.reports.size() == 1 && store.reports.first().contains(u"later version"_s)) {
+            const bool isLater = qFromBigEndian<qint32>(file.leftJustified(64, '\0').constData() + 60) > 1;
+            store.store.reset();
+            const bool same = folder.bytes() == file && folder.bytes(u"-wal"_s) == log;
+            return isLater && areAbsent(found) && same ? QByteArray()
+                                                       : "taken for a later version, or changed as one"_ba;
         } else {
             if (!whole.history.contains(found))
                 return "wrong values: " + tell(found);
