@@ -108,7 +108,7 @@ std::optional<int> versionInHeader(const QString &path)
     QFile file(path);
     const QByteArray head = file.open(QFile::ReadOnly | QFile::Unbuffered) ? file.read(100) : QByteArray();
     if (head.size() != 100 || !head.startsWith(QByteArrayView("SQLite format 3\0", 16)) ||
-        head.mid(21, 3) != QByteArrayView("\100\040\040") || head[19] > 2)
+        head.mid(21, 3) != QByteArrayView("@  ") || head[19] > 2)
         return std::nullopt;
     const auto size = qFromBigEndian<quint16>(head.constData() + 16);
     if (!isPageSize(size == 1 ? 65536 : size))
