@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <utility>
+
 /// A lock that one process at a time has, for as long as it lives: the system lets go of it when the process ends,
 /// however it does. QLockFile is not that: it waits for the disk (its file is synchronised), and judges an owner by
 /// its number, which says nothing to a process that counts them anew in a container of its own.
@@ -11,7 +13,7 @@ public:
     enum class Outcome { Taken, AnotherHasIt, Impossible };
 
     /// The file is made at the first `take`, for the user alone, and stays: another process may be about to lock it.
-    explicit InstanceLock(const QString &path) : m_path(path) {}
+    explicit InstanceLock(QString path) : m_path(std::move(path)) {}
     ~InstanceLock() { release(); }
     InstanceLock(const InstanceLock &) = delete;
     InstanceLock &operator=(const InstanceLock &) = delete;

@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto answer = "raised\n";
+constexpr QByteArrayView answer = "raised\n";
 /// What a socket's address may be long on every system, in bytes (macOS has the least, 104 with the end).
 constexpr qsizetype longestAddress = 100;
 constexpr auto visitorsTime = 2s;
@@ -57,7 +57,7 @@ OnlyInstance::Start OnlyInstance::start(const QByteArray &token)
 
 QString OnlyInstance::address() const
 {
-    const QString inFolder = m_folder + "/instance.socket"_L1;
+    QString inFolder = m_folder + "/instance.socket"_L1;
     if (QFile::encodeName(inFolder).size() <= longestAddress)
         return inFolder;
     const QByteArray folder = QFile::encodeName(QFileInfo(m_folder).canonicalFilePath());
@@ -84,7 +84,7 @@ bool OnlyInstance::ask(const QByteArray &token, const QDeadlineTimer &deadline) 
     const QByteArray encoded = token.toPercentEncoding();
     const QByteArray request = "raise 1 " + (encoded.size() < longestRequest / 2 ? encoded : QByteArray()) + '\n';
     QLocalSocket socket;
-    socket.setReadBufferSize(qstrlen(answer));
+    socket.setReadBufferSize(answer.size());
     socket.connectToServer(address());
     if (!socket.waitForConnected(left()))
         return false;
@@ -119,7 +119,7 @@ void OnlyInstance::hear(QLocalSocket *visitor)
     // The variable of the environment that it becomes ends at a zero.
     const QByteArray token = QByteArray::fromPercentEncoding(fields.value(2));
     if (understood && m_raise && m_raise(token.contains('\0') ? QByteArray() : token)) {
-        visitor->write(answer);
+        visitor->write(answer.data(), answer.size());
         visitor->flush();
     }
     sendAway(visitor);

@@ -13,7 +13,7 @@ Item {
         id: dialog
         title: "Elegir foto"
         fileMode: FileDialog.OpenFile
-        nameFilters: ["Imágenes (" + PhotoFormats.patterns.join(" ") + ")"]
+        nameFilters: ["Imágenes (" + PhotoFormats.patterns + ")"]
         currentFolder: StandardPaths.writableLocation(StandardPaths.PicturesLocation)
         Component.onCompleted: open()
         onAccepted: picker.picked(dialog.selectedFile)
