@@ -17,6 +17,15 @@ Item {
     // The corners of the whole group show only where it begins and ends.
     clip: true
 
+    onIndexChanged: ReadingOrder.place(row)
+    Component.onCompleted: ReadingOrder.place(row)
+    // A row that waits to be used again is neither shown nor heard.
+    ListView.onPooled: row.visible = false
+    ListView.onReused: {
+        row.visible = true
+        ReadingOrder.place(row)
+    }
+
     ContinuousRectangle {
         objectName: "card"
         x: row.list.side

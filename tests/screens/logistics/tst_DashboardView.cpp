@@ -44,6 +44,10 @@ private Q_SLOTS:
     void rowsOfOneTrackingAreAllShown();
     void packagesAreKnownByTrackingAndQuotationsByPosition();
     void packageRowOpensItsTracking();
+    void tapGoesOnThroughAReply_data();
+    void tapGoesOnThroughAReply();
+    void focusStaysOnTheRowThroughAReply_data();
+    void focusStaysOnTheRowThroughAReply();
     void quotationRowDoesNothing();
     void searchOpensTheTrackingPage_data();
     void searchOpensTheTrackingPage();
@@ -357,6 +361,77 @@ void DashboardViewTest::packageRowOpensItsTracking()
     QVERIFY(opened.isEmpty());
     screen.tap(screen.named(u"Tracking:  MRV  1 , Sin descripción, RECIBIDO"_s));
     QCOMPARE(opened, QList<QUrl>({QUrl(u"https://track.example/MRV%20%201"_s)}));
+}
+
+void DashboardViewTest::tapGoesOnThroughAReply_data()
+{
+    QTest::addColumn<QByteArray>("tracking");
+    QTest::addColumn<bool>("opens");
+    QTest::newRow("same rows") << QByteArray(R"([{"tracking":"A"},{"tracking":"B"},{"tracking":"C"}])") << true;
+    QTest::newRow("it says something else")
+        << QByteArray(
+               R"([{"tracking":"A"},{"tracking":"B","descripcion":"x","estado":"entregado"},{"tracking":"C"}])")
+        << true;
+    QTest::newRow("another above it") << QByteArray(R"([{"tracking":"D"},{"tracking":"B"},{"tracking":"C"}])")
+                                      << true;
+    QTest::newRow("others below it") << QByteArray(R"([{"tracking":"A"},{"tracking":"B"},{"tracking":"D"}])") << true;
+    QTest::newRow("none below it") << QByteArray(R"([{"tracking":"A"},{"tracking":"B"}])") << true;
+    QTest::newRow("it moves away") << QByteArray(R"([{"tracking":"D"},{"tracking":"A"},{"tracking":"B"}])") << true;
+    QTest::newRow("it goes") << QByteArray(R"([{"tracking":"A"},{"tracking":"C"}])") << false;
+}
+
+void DashboardViewTest::tapGoesOnThroughAReply()
+{
+    QFETCH(QByteArray, tracking);
+    QFETCH(bool, opens);
+    answer(R"("paquetes":[{"tracking":"A"},{"tracking":"B"},{"tracking":"C"}])");
+    TestScreen screen(dashboard());
+    QTRY_COMPARE(count(screen, "paqueteCount"), 3);
+    const QQuickItem *const row = screen.named(u"Tracking: B, Sin descripción, RECIBIDO"_s);
+    screen.scrollTo(row);
+    const QPoint finger = TestScreen::box(row).center().toPoint();
+    QTest::mousePress(&screen.window(), Qt::LeftButton, {}, finger);
+    QVERIFY(row->property("down").toBool());
+    answer(R"("paquetes":)" + tracking + "," + quotations(1));
+    appear(screen);
+    QTRY_COMPARE(count(screen, "cotizacionCount"), 1);
+    screen.settle();
+    QTest::mouseRelease(&screen.window(), Qt::LeftButton, {}, finger);
+    QCOMPARE(opened, opens ? QList<QUrl>({QUrl(u"https://track.example/B"_s)}) : QList<QUrl>());
+}
+
+void DashboardViewTest::focusStaysOnTheRowThroughAReply_data()
+{
+    QTest::addColumn<QByteArray>("tracking");
+    QTest::addColumn<QString>("name");
+    const QString same = u"Tracking: B, Sin descripción, RECIBIDO"_s;
+    QTest::newRow("same rows") << QByteArray(R"([{"tracking":"A"},{"tracking":"B"},{"tracking":"C"}])") << same;
+    QTest::newRow("it says something else")
+        << QByteArray(R"([{"tracking":"A"},{"tracking":"B","estado":"entregado"}])")
+        << u"Tracking: B, Sin descripción, ENTREGADO"_s;
+    QTest::newRow("it moves down") << QByteArray(R"([{"tracking":"D"},{"tracking":"A"},{"tracking":"B"}])") << same;
+    QTest::newRow("it moves up") << QByteArray(R"([{"tracking":"B"},{"tracking":"C"}])") << same;
+}
+
+void DashboardViewTest::focusStaysOnTheRowThroughAReply()
+{
+    QFETCH(QByteArray, tracking);
+    QFETCH(QString, name);
+    answer(R"("paquetes":[{"tracking":"A"},{"tracking":"B"},{"tracking":"C"}])");
+    TestScreen screen(dashboard());
+    QTRY_COMPARE(count(screen, "paqueteCount"), 3);
+    screen.named(u"Tracking: B, Sin descripción, RECIBIDO"_s)->forceActiveFocus(Qt::TabFocusReason);
+    QTest::keyPress(&screen.window(), Qt::Key_Space);
+    answer(R"("paquetes":)" + tracking + "," + quotations(1));
+    appear(screen);
+    QTRY_COMPARE(count(screen, "cotizacionCount"), 1);
+    screen.settle();
+    const QQuickItem *const row = screen.named(name);
+    QVERIFY(row);
+    QVERIFY(row->hasActiveFocus());
+    QVERIFY(row->property("visualFocus").toBool());
+    QTest::keyRelease(&screen.window(), Qt::Key_Space);
+    QCOMPARE(opened, QList<QUrl>({QUrl(u"https://track.example/B"_s)}));
 }
 
 void DashboardViewTest::quotationRowDoesNothing()
