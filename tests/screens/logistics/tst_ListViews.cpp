@@ -35,6 +35,11 @@ private Q_SLOTS:
     void titleScrollsAwayAndComesBackInTheBar();
     void longTextsAreNotCut();
     void arrowKeysWalkTheRows();
+    void rowsStayWhereTheyAreThroughAReply_data();
+    void rowsStayWhereTheyAreThroughAReply();
+    void newRowsAreSeenAtTheTop_data();
+    void newRowsAreSeenAtTheTop();
+    void groupKeepsItsShapeThroughAReply();
 
 private:
     static constexpr auto listing = "/api_paquetes.php";
@@ -70,12 +75,17 @@ private:
         QTest::newRow("quotations") << QByteArray("MisCotizacionesView");
     }
     /// As many packages as quotations.
-    static QByteArray bothLists(int count)
+    static QByteArray bothLists(int count) { return numbered(1, count, "recibido"); }
+    /// Packages T1, T2 ... and quotations of those numbers, of a state.
+    static QByteArray numbered(int first, int last, const QByteArray &state)
     {
-        QByteArrayList rows;
-        for (int i = 1; i <= count; ++i)
-            rows.append(R"({"origen":"O)" + QByteArray::number(i) + R"(","descripcion":"Cosa"})");
-        return manyPackages(count).chopped(1) + R"(,"cotizaciones":[)" + rows.join(',') + "]}";
+        QByteArrayList packages, quotations;
+        for (int i = first; i <= last; ++i) {
+            const QByteArray number = QByteArray::number(i);
+            packages.append(R"({"tracking":"T)" + number + R"(","descripcion":"Caja","estado":")" + state + R"("})");
+            quotations.append(R"({"origen":"O","descripcion":"Q)" + number + R"(","estado":")" + state + R"("})");
+        }
+        return R"({"paquetes":[)" + packages.join(',') + R"(],"cotizaciones":[)" + quotations.join(',') + "]}";
     }
     static void appear(TestScreen &screen) { QMetaObject::invokeMethod(screen.find(u"list"_s), "appeared"); }
     static void settle(TestScreen &screen)
@@ -390,6 +400,134 @@ void ListViewsTest::arrowKeysWalkTheRows()
         screen.key(Qt::Key_Down);
     QCOMPARE(list->property("currentIndex").toInt(), 29);
     QTRY_VERIFY(rows(screen).contains(u"Tracking: T30"_s));
+}
+
+void ListViewsTest::rowsStayWhereTheyAreThroughAReply_data()
+{
+    QTest::addColumn<QByteArray>("view");
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("last");
+    QTest::addColumn<QByteArray>("state");
+    QTest::newRow("same packages") << QByteArray("MisPaquetesView") << 1 << 60 << QByteArray("recibido");
+    QTest::newRow("packages of another state") << QByteArray("MisPaquetesView") << 1 << 60 << QByteArray("x");
+    QTest::newRow("packages above") << QByteArray("MisPaquetesView") << -1 << 60 << QByteArray("recibido");
+    QTest::newRow("packages below") << QByteArray("MisPaquetesView") << 1 << 70 << QByteArray("recibido");
+    QTest::newRow("fewer packages above") << QByteArray("MisPaquetesView") << 4 << 60 << QByteArray("recibido");
+    QTest::newRow("fewer packages below") << QByteArray("MisPaquetesView") << 1 << 50 << QByteArray("recibido");
+    QTest::newRow("same quotations") << QByteArray("MisCotizacionesView") << 1 << 60 << QByteArray("recibido");
+    QTest::newRow("quotations of another state") << QByteArray("MisCotizacionesView") << 1 << 60 << QByteArray("x");
+    QTest::newRow("more quotations") << QByteArray("MisCotizacionesView") << 1 << 70 << QByteArray("recibido");
+}
+
+void ListViewsTest::rowsStayWhereTheyAreThroughAReply()
+{
+    QFETCH(QByteArray, view);
+    QFETCH(int, first);
+    QFETCH(int, last);
+    QFETCH(QByteArray, state);
+    server.reply(listing, numbered(1, 60, "recibido"));
+    TestScreen screen(list(view));
+    QTRY_COMPARE(count(screen), 60);
+    settle(screen);
+    QQuickItem *const rows = screen.find(u"rows"_s);
+    rows->forceActiveFocus(Qt::TabFocusReason);
+    rows->setProperty("highlightMoveVelocity", 100'000);
+    for (int i = 0; i < 30; ++i)
+        screen.key(Qt::Key_Down);
+    const QPointer<QQuickItem> current = rows->property("currentItem").value<QQuickItem *>();
+    QCOMPARE(rows->property("currentIndex").toInt(), 29);
+    QTRY_COMPARE(TestScreen::box(current).bottom(), TestScreen::box(rows).bottom());
+    screen.settle();
+    const QRectF before = TestScreen::box(current);
+    const qreal scrolled = rows->property("contentY").toReal() - rows->property("originY").toReal();
+    server.reply(listing, numbered(first, last, state));
+    const QString badge = QString::fromUtf8(state).toUpper();
+    appear(screen);
+    waitForRequests(2);
+    QTRY_COMPARE(exchangesInFlight(), 0);
+    QTRY_COMPARE(count(screen), last - first + 1);
+    QTRY_COMPARE(rows->property("currentItem").value<QQuickItem *>()->property("badge").toString(), badge);
+    screen.settle();
+    QVERIFY(current);
+    QCOMPARE(rows->property("currentItem").value<QQuickItem *>(), current.data());
+    QCOMPARE(rows->property("currentIndex").toInt(), 30 - first);
+    QCOMPARE(TestScreen::box(current), before);
+    // As far from the top as rows have come or gone there.
+    QCOMPARE(rows->property("contentY").toReal() - rows->property("originY").toReal(),
+             scrolled + (1 - first) * current->height());
+}
+
+void ListViewsTest::newRowsAreSeenAtTheTop_data()
+{
+    QTest::addColumn<int>("current");
+    QTest::newRow("no row walked to") << -1;
+    QTest::newRow("first row walked to") << 0;
+    QTest::newRow("third row walked to") << 2;
+}
+
+void ListViewsTest::newRowsAreSeenAtTheTop()
+{
+    QFETCH(int, current);
+    server.reply(listing, numbered(3, 60, "recibido"));
+    TestScreen screen(packages());
+    QTRY_COMPARE(count(screen), 58);
+    settle(screen);
+    QQuickItem *const rows = screen.find(u"rows"_s);
+    rows->forceActiveFocus(Qt::TabFocusReason);
+    for (int i = 0; i <= current; ++i)
+        screen.key(Qt::Key_Down);
+    screen.settle();
+    const QRectF title = TestScreen::box(screen.named(u"Mis Paquetes"_s));
+    const QRectF place = TestScreen::box(screen.named(u"Tracking: T3, Caja, RECIBIDO"_s));
+    server.reply(listing, numbered(1, 60, "recibido"));
+    appear(screen);
+    QTRY_COMPARE(count(screen), 60);
+    screen.settle();
+    QTRY_COMPARE(TestScreen::box(screen.named(u"Tracking: T1, Caja, RECIBIDO"_s)), place);
+    QCOMPARE(TestScreen::box(screen.named(u"Mis Paquetes"_s)), title);
+    QCOMPARE(rows->property("currentIndex").toInt(), current < 0 ? current : current + 2);
+}
+
+void ListViewsTest::groupKeepsItsShapeThroughAReply()
+{
+    TestScreen screen(packages());
+    // Rows of these numbers, each with whether it begins and whether it ends the group.
+    const auto shape = [&] {
+        QStringList found;
+        for (const QQuickItem *row :
+             screen.find(u"rows"_s)->property("contentItem").value<QQuickItem *>()->childItems()) {
+            if (row->isVisible() && row->property("first").isValid())
+                found.append(row->property("headline").toString().mid(10) +
+                             (row->property("first").toBool() ? u" first"_s : QString()) +
+                             (row->property("last").toBool() ? u" last"_s : QString()) +
+                             (screen.find(u"separator"_s, row)->isVisible() ? QString() : u" plain"_s));
+        }
+        found.sort();
+        return found;
+    };
+    const auto show = [&](int first, int last) {
+        server.reply(listing, numbered(first, last, "recibido"));
+        appear(screen);
+        QTRY_COMPARE(count(screen), last - first + 1);
+        screen.settle();
+        // Heard from top to bottom, and nothing of what has gone.
+        QStringList heard{u"Atrás"_s, u"Mis Paquetes"_s, u"Mis Paquetes"_s};
+        for (int i = first; i <= last; ++i)
+            heard.append(u"Tracking: T%1, Caja, RECIBIDO"_s.arg(i));
+        QCOMPARE(screen.names(), heard);
+    };
+    QTRY_COMPARE(exchangesInFlight(), 0);
+    settle(screen);
+    show(2, 3);
+    QCOMPARE(shape(), QStringList({u"T2 first"_s, u"T3 last plain"_s}));
+    show(1, 3);
+    QCOMPARE(shape(), QStringList({u"T1 first"_s, u"T2"_s, u"T3 last plain"_s}));
+    show(1, 5);
+    QCOMPARE(shape(), QStringList({u"T1 first"_s, u"T2"_s, u"T3"_s, u"T4"_s, u"T5 last plain"_s}));
+    show(3, 4);
+    QCOMPARE(shape(), QStringList({u"T3 first"_s, u"T4 last plain"_s}));
+    show(4, 4);
+    QCOMPARE(shape(), QStringList({u"T4 first last plain"_s}));
 }
 
 MAROVENDA_TEST_MAIN(ListViewsTest)
