@@ -133,7 +133,7 @@ void ScrollerTest::indicatorShowsWhileItMoves_data()
     QTest::newRow("vehicle form") << QByteArray("ImportarAutoView {}") << QString() << true;
     QTest::newRow("registration") << QByteArray("RegistroView {}") << QString() << true;
     QTest::newRow("dashboard") << QByteArray("DashboardView {}") << QString() << true;
-    QTest::newRow("tiles") << QByteArray("DashboardView {}") << u"tiles"_s << false;
+    QTest::newRow("tiles") << QByteArray("DashboardView {}") << u"tileScroll"_s << false;
 }
 
 void ScrollerTest::indicatorShowsWhileItMoves()
