@@ -58,6 +58,19 @@ class Element:
         text = self.accessible.get_text_iface()
         return text_of(text, 0, text.get_character_count()) if text else ""
 
+    def caret(self):
+        return self.accessible.get_text_iface().get_caret_offset()
+
+    def set_text(self, text):
+        """What a voice control or a braille display's keys do."""
+        self.accessible.get_editable_text_iface().set_text_contents(text)
+
+    def insert_text(self, place, text):
+        self.accessible.get_editable_text_iface().insert_text(place, text, len(text.encode()))
+
+    def delete_text(self, begin, end):
+        self.accessible.get_editable_text_iface().delete_text(begin, end)
+
     def box(self):
         from gi.repository import Atspi
         return self.accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
@@ -254,6 +267,53 @@ class Phone:
 
     def keys(self, *names):
         subprocess.run(["xdotool", "key", "--delay", "4", *names], check=True)
+
+    def write(self, text):
+        """Types on the keyboard, wherever the focus is."""
+        subprocess.run(["xdotool", "type", "--delay", "4", text], check=True)
+
+    def hold(self, key, seconds=1):
+        """Keeps a key down for long enough that the server repeats it, a dozen times."""
+        subprocess.run(["xdotool", "keydown", key, "sleep", str(seconds), "keyup", key], check=True)
+
+    def point(self, name, role=None):
+        """Moves the pointer over the middle of an element, where that stays."""
+        self.wait_still()
+        box = self.find(name, role).box()
+        subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2)], check=True)
+
+    def click(self, name, role=None):
+        self.point(name, role)
+        subprocess.run(["xdotool", "click", "1"], check=True)
+
+    def click_twice(self, name, role=None, gap=100):
+        """As a nervous finger does; the gap is in milliseconds."""
+        self.point(name, role)
+        subprocess.run(["xdotool", "click", "--repeat", "2", "--delay", str(gap), "1"], check=True)
+
+    def focused(self):
+        """The names of what has the keyboard focus, the innermost last."""
+        return [e.name for e in self.elements() if "focused" in e.states]
+
+    def wait_focus(self, name):
+        try:
+            self.wait_for(lambda: self.focused()[-1:] == [name], f"the focus in «{name}»")
+        except Gone as gone:
+            raise Gone(f"{gone}; it is in {self.focused()}") from None
+
+    def wait_text(self, name, text):
+        try:
+            self.wait_for(lambda: self.find(name).text() == text, f"«{text}» in «{name}»")
+        except Gone as gone:
+            raise Gone(f"{gone}; there is «{self.find(name).text()}»") from None
+
+    def activate(self):
+        """What a window manager does with a new window; without one the app never is the active one, and input methods
+        stay out of it."""
+        subprocess.run(["xdotool", "search", "--onlyvisible", "--all", "--pid", str(self.app.pid), "--name", "^Marovenda$",
+                        "windowfocus"], check=True)
+        self.wait_for(lambda: self._application().get_child_at_index(0).get_state_set().contains(
+            self.atspi.StateType.ACTIVE), "the app's window to be active")
 
     def opened(self):
         """Every address that the app has handed to the system."""
