@@ -172,6 +172,19 @@ class Phone:
             if context.find_source_by_id(tick):
                 GLib.source_remove(tick)
 
+    def start_composer(self):
+        """An input method for the apps that are opened from now on."""
+        self._spawn("ibus-daemon", "--panel=disable", "--config=disable", "--emoji-extension=disable", "--cache=none",
+                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        address = self.home / "config" / "ibus" / "bus"
+        self.wait_for(lambda: address.is_dir() and any("IBUS_ADDRESS=" in f.read_text() for f in address.iterdir()),
+                      "the input method's bus")
+        self.composed = self.home / "composed"
+        with open(self.composed, "w") as composed:
+            self._spawn("/usr/bin/python3", str(pathlib.Path(__file__).with_name("composer.py")), stdout=composed)
+        self.wait_for(lambda: "engine True\n" in self.composed.read_text(), "the input method")
+        os.environ["QT_IM_MODULE"] = "ibus"
+
     # The app
 
     def open(self, executable, **environment):
@@ -272,6 +285,15 @@ class Phone:
         """Types on the keyboard, wherever the focus is."""
         subprocess.run(["xdotool", "type", "--delay", "4", text], check=True)
 
+    def compose(self, letters):
+        """Types letters that stay unfinished, each once the app shows the one before."""
+        for count, letter in enumerate(letters, 1):
+            before = len(self.composed.read_text())
+            self.keys(letter)
+            self.wait_for(lambda: letters[:count] in self.composed.read_text()[before:].splitlines(),
+                          f"«{letters[:count]}» that is shown and not finished")
+        self.wait_still()
+
     def hold(self, key, seconds=1):
         """Keeps a key down for long enough that the server repeats it, a dozen times."""
         subprocess.run(["xdotool", "keydown", key, "sleep", str(seconds), "keyup", key], check=True)
@@ -281,6 +303,12 @@ class Phone:
         self.wait_still()
         box = self.find(name, role).box()
         subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2)], check=True)
+
+    def swipe_back(self):
+        """With a finger, from the left edge across the screen."""
+        y = str(self.size[1] * 2 // 3)
+        steps = [part for x in range(22, self.size[0] - 20, 20) for part in ("mousemove", str(x), y)]
+        subprocess.run(["xdotool", "mousemove", "2", y, "mousedown", "1", *steps, "mouseup", "1"], check=True)
 
     def click(self, name, role=None):
         self.point(name, role)

@@ -121,6 +121,7 @@ def second_click(stage):
         for count, gap in enumerate((60, 100, 150), 1):
             phone.click(LINK)
             phone.wait_focus(ALERT_FIELD)
+            phone.type(ALERT_FIELD, "otra@x")
             phone.click_twice("Enviar", gap=gap)
             phone.wait_gone(ALERT)
             phone.wait_for(lambda: len(server.posts()) >= count, "the recovery")
