@@ -134,6 +134,7 @@ def dead_key_in_the_middle(stage):
         assert body["email"] in ("lucía", "lucía´"), body
         phone.find("Otra vez")
         phone.wait_focus(EMAIL)
-        phone.type(EMAIL, "ana")
+        # The pending accent, if it still is one, ends with a blank.
+        phone.keys("space", "ctrl+a", "a", "n", "a")
         phone.wait_text(EMAIL, "ana")
         assert phone.standard_error() == "", phone.standard_error()
