@@ -132,7 +132,8 @@ Table mailbox()
         {u"Mi Casillero"_s, {centred(), text(u"title bold"_s, black), centredText()}},
         {u"card"_s, {below(u"Mi Casillero"_s, 24 + 8), left(24), right(24), height(228), shape(24, white, true)}},
         {u"info"_s, {inside(u"card"_s, 24, 24, 24, -1), text(u"headline"_s, blue), centredText()}},
-        {u"direccion"_s, {below(u"info"_s, 16), inside(u"card"_s, 24, -1, 24, 24), height(5 * 22 + 4 * 8), centredText()}},
+        {u"direccion"_s,
+         {below(u"info"_s, 16), inside(u"card"_s, 24, -1, 24, 24), height(5 * 22 + 4 * 8), centredText()}},
         {u"volver"_s, mainButton(u"card"_s, 32 + 8, u"body"_s)},
         {u"volver"_s, {balancedFrom(u"Mi Casillero"_s, 0, 844)}},
     };

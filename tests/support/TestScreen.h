@@ -44,8 +44,8 @@ public:
     /// A tap and typing.
     void type(const QQuickItem *field, const QString &text) const;
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
-    /// A key that stays down for three repeats; with releases in between, as X11 sends them, or without, as Wayland does.
-    /// `whileDown` runs after the press and before the repeats.
+    /// A key that stays down for three repeats; with releases in between, as X11 sends them, or without, as Wayland
+    /// does. `whileDown` runs after the press and before the repeats.
     void hold(Qt::Key key, bool releasesBetween = true, const std::function<void()> &whileDown = {}) const;
     /// Text of an input method that is not finished yet, in place of what was unfinished before.
     static void compose(QQuickItem *field, const QString &text);
