@@ -91,9 +91,9 @@ void judgeIdentities(const QList<DashboardResponse::Paquete> &rows, Findings &to
     QHash<QString, QList<qsizetype>> groups;
     QStringList order;
     for (qsizetype i = 0; i < rows.size(); ++i) {
-        const QVariant identity = identityOf(rows[i], static_cast<int>(i));
+        const std::optional<QString> &identity = identityOf(rows[i]);
         // A text never equals an absent one.
-        const QString name = identity.isNull() && !rows[i].tracking ? u"-"_s : u'+' + identity.toString();
+        const QString name = identity ? u'+' + *identity : u"-"_s;
         if (!groups.contains(name))
             order += name;
         groups[name].append(i);
