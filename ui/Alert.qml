@@ -9,7 +9,7 @@ FocusScope {
     property string title: ""
     property string message: ""
     property string placeholder: ""
-    property alias value: input.value
+    property alias content: input.content
     property string acceptText: ""
     property string cancelText: "Cancelar"
     // From the opening until it has faded: nothing below can be used.
@@ -85,12 +85,7 @@ FocusScope {
         objectName: "scrim"
         anchors.fill: parent
         color: Qt.rgba(0, 0, 0, 0.2)
-        // Nothing below can be reached.
-        MouseArea {
-            anchors.fill: parent
-            hoverEnabled: true
-            onWheel: wheel => wheel.accepted = true
-        }
+        Shield { anchors.fill: parent }
     }
 
     FocusScope {

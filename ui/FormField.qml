@@ -2,13 +2,13 @@ import QtQuick
 import QtQuick.Templates as T
 import Marovenda.Ui
 
-// The look that the plain and the password field share. The string belongs to the screen: bind `value` to it and write it
+// The look that the plain and the password field share. The string belongs to the screen: bind `content` to it and write it
 // back in `onEdited`. It always is what the field shows, with the text that an input method has not finished yet.
 T.TextField {
     id: field
 
     required property string hint
-    property string value: ""
+    property string content: ""
     property real radius: 16
     property color fill: Theme.white
     property color outline: Theme.outline
@@ -20,19 +20,19 @@ T.TextField {
     property bool interrupted: false
     property bool taking: false
 
-    // By key, paste, input method or assistive technology: the field shows another text than `value`.
+    // By key, paste, input method or assistive technology: the field shows another text than `content`.
     signal edited(shown: string)
 
     function take() {
-        if (shownText() === value)
+        if (shownText() === content)
             return
         taking = true
-        text = value
+        text = content
         taking = false
     }
     function give() {
         const shown = shownText()
-        if (!taking && shown !== value)
+        if (!taking && shown !== content)
             edited(shown)
     }
     // Asked for when it is needed: the text and the unfinished text change one after the other.
@@ -56,7 +56,7 @@ T.TextField {
 
     containmentMask: TouchTarget { control: field }
 
-    onValueChanged: take()
+    onContentChanged: take()
     onPreeditTextChanged: give()
     onTextChanged: {
         give()

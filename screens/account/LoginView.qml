@@ -46,7 +46,7 @@ AppScreen {
                 objectName: "email"
                 width: column.inner
                 hint: "Correo Electrónico"
-                value: viewModel.email
+                content: viewModel.email
                 isDecimal: false
                 onEdited: shown => viewModel.email = shown
             }
@@ -54,7 +54,7 @@ AppScreen {
                 objectName: "pass"
                 width: column.inner
                 hint: "Contraseña"
-                value: viewModel.pass
+                content: viewModel.pass
                 onEdited: shown => viewModel.pass = shown
             }
             Item {
@@ -111,7 +111,7 @@ AppScreen {
         message: "Se enviará una solicitud con el enlace de cambio a " + viewModel.supportEmail + "."
         placeholder: "Ingresa tu correo registrado"
         acceptText: "Enviar"
-        value: viewModel.recuperarEmail
+        content: viewModel.recuperarEmail
         onEdited: shown => viewModel.recuperarEmail = shown
         onAccepted: {
             viewModel.showRecuperarDialog = false

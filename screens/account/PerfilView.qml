@@ -53,7 +53,7 @@ AppScreen {
                 objectName: "nombre"
                 width: column.inner
                 hint: "Nombre Completo"
-                value: viewModel.userNombre
+                content: viewModel.userNombre
                 isDecimal: false
                 onEdited: shown => viewModel.userNombre = shown
             }
@@ -65,7 +65,7 @@ AppScreen {
                     objectName: "email"
                     width: parent.width
                     hint: "Correo"
-                    value: viewModel.email
+                    content: viewModel.email
                     isDecimal: false
                     onEdited: shown => viewModel.email = shown
                 }

@@ -34,7 +34,7 @@ AppScreen {
                 objectName: "nom"
                 width: column.inner
                 hint: "Nombre Completo"
-                value: viewModel.nom
+                content: viewModel.nom
                 isDecimal: false
                 onEdited: shown => viewModel.nom = shown
             }
@@ -42,7 +42,7 @@ AppScreen {
                 objectName: "email"
                 width: column.inner
                 hint: "Correo Electrónico"
-                value: viewModel.email
+                content: viewModel.email
                 isDecimal: false
                 onEdited: shown => viewModel.email = shown
             }
@@ -50,7 +50,7 @@ AppScreen {
                 objectName: "direccion"
                 width: column.inner
                 hint: "Dirección de Domicilio"
-                value: viewModel.direccion
+                content: viewModel.direccion
                 isDecimal: false
                 onEdited: shown => viewModel.direccion = shown
             }
@@ -58,7 +58,7 @@ AppScreen {
                 objectName: "ciudad"
                 width: column.inner
                 hint: "Ciudad"
-                value: viewModel.ciudad
+                content: viewModel.ciudad
                 isDecimal: false
                 onEdited: shown => viewModel.ciudad = shown
             }
@@ -70,7 +70,7 @@ AppScreen {
                     objectName: "pass"
                     width: parent.width
                     hint: "Contraseña"
-                    value: viewModel.pass
+                    content: viewModel.pass
                     onEdited: shown => viewModel.pass = shown
                 }
             }

@@ -42,7 +42,7 @@ AppScreen {
                 objectName: "peso"
                 width: column.inner
                 hint: "Peso (Lbs)"
-                value: viewModel.peso
+                content: viewModel.peso
                 isDecimal: true
                 onEdited: shown => viewModel.peso = shown
             }
@@ -50,7 +50,7 @@ AppScreen {
                 objectName: "valor"
                 width: column.inner
                 hint: "Valor Declarado (USD)"
-                value: viewModel.valor
+                content: viewModel.valor
                 isDecimal: true
                 onEdited: shown => viewModel.valor = shown
             }
@@ -62,7 +62,7 @@ AppScreen {
                     objectName: "descripcion"
                     width: parent.width
                     hint: "Descripción del contenido"
-                    value: viewModel.descripcion
+                    content: viewModel.descripcion
                     isDecimal: false
                     onEdited: shown => viewModel.descripcion = shown
                 }

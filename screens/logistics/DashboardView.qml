@@ -220,7 +220,7 @@ AppScreen {
                             fill: Theme.greyFill
                             outline: "transparent"
                             hint: "Número de tracking..."
-                            value: viewModel.trackingText
+                            content: viewModel.trackingText
                             onEdited: shown => viewModel.trackingText = shown
                         }
                         PrimaryButton {

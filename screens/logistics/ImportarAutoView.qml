@@ -29,7 +29,7 @@ AppScreen {
                 objectName: "marca"
                 width: column.inner
                 hint: "Marca (Ej: Toyota)"
-                value: viewModel.marca
+                content: viewModel.marca
                 isDecimal: false
                 onEdited: shown => viewModel.marca = shown
             }
@@ -37,7 +37,7 @@ AppScreen {
                 objectName: "modelo"
                 width: column.inner
                 hint: "Modelo (Ej: Corolla)"
-                value: viewModel.modelo
+                content: viewModel.modelo
                 isDecimal: false
                 onEdited: shown => viewModel.modelo = shown
             }
@@ -45,7 +45,7 @@ AppScreen {
                 objectName: "anio"
                 width: column.inner
                 hint: "Año"
-                value: viewModel.anio
+                content: viewModel.anio
                 isDecimal: true
                 onEdited: shown => viewModel.anio = shown
             }
@@ -57,7 +57,7 @@ AppScreen {
                     objectName: "ubicacion"
                     width: parent.width
                     hint: "Ubicación o Subasta"
-                    value: viewModel.ubicacion
+                    content: viewModel.ubicacion
                     isDecimal: false
                     onEdited: shown => viewModel.ubicacion = shown
                 }

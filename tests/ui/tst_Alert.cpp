@@ -49,7 +49,7 @@ private:
                 message: "Se enviará un enlace."
                 placeholder: "Tu correo"
                 acceptText: "Enviar"
-                value: page.typed
+                content: page.typed
                 onEdited: shown => page.typed = shown
                 onAccepted: { ++page.accepts; page.sent = page.typed; page.asking = false }
                 onCancelled: { ++page.cancels; page.asking = false }

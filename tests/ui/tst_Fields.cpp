@@ -45,13 +45,13 @@ private:
             property string number: ""
             property string secret: ""
             property int submitted: 0
-            CustomTextField { objectName: "plain"; width: 300; hint: "Nombre Completo"; value: form.plain; isDecimal: false
+            CustomTextField { objectName: "plain"; width: 300; hint: "Nombre Completo"; content: form.plain; isDecimal: false
                 onEdited: shown => form.plain = shown; onAccepted: ++form.submitted }
-            CustomTextField { objectName: "twin"; width: 300; hint: "El mismo"; value: form.plain; isDecimal: false
+            CustomTextField { objectName: "twin"; width: 300; hint: "El mismo"; content: form.plain; isDecimal: false
                 onEdited: shown => form.plain = shown }
-            CustomTextField { objectName: "number"; width: 300; hint: "Peso (Lbs)"; value: form.number; isDecimal: true
+            CustomTextField { objectName: "number"; width: 300; hint: "Peso (Lbs)"; content: form.number; isDecimal: true
                 onEdited: shown => form.number = shown }
-            CustomSecureField { objectName: "secret"; width: 300; hint: "Contraseña"; value: form.secret
+            CustomSecureField { objectName: "secret"; width: 300; hint: "Contraseña"; content: form.secret
                 onEdited: shown => form.secret = shown }
         })qml";
     }

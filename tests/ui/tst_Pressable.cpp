@@ -32,7 +32,7 @@ private:
             property string typed: ""
             property string seen: ""
             spacing: 60
-            CustomTextField { objectName: "field"; width: 300; hint: "Nombre"; value: form.typed; isDecimal: false
+            CustomTextField { objectName: "field"; width: 300; hint: "Nombre"; content: form.typed; isDecimal: false
                 onEdited: shown => form.typed = shown }
             PrimaryButton { objectName: "button"; width: 300; text: "Enviar"
                 onClicked: { ++form.presses; form.seen = form.typed } }
