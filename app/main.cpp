@@ -1,5 +1,6 @@
 #include "Activation.h"
 #include "Artwork.h"
+#include "HeldKeys.h"
 #include "Modules.h"
 #include "OnlyInstance.h"
 #include "PlatformSettings.h"
@@ -52,6 +53,7 @@ int main(int argc, char *argv[])
         return 3;
     }
 
+    const HeldKeys heldKeys;
     int code = 1;
     {
         QQmlApplicationEngine engine;

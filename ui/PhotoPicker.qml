@@ -86,11 +86,7 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         color: Theme.screenBackground
-        // Nothing below can be reached.
-        MouseArea {
-            anchors.fill: parent
-            onWheel: wheel => wheel.accepted = true
-        }
+        Shield { anchors.fill: parent }
     }
     Item {
         id: bar

@@ -112,7 +112,7 @@ def unfinished_address_is_stored(stage):
         phone.find("Hola, Ana")
         phone.close()
         stored = stored_values(phone)
-        assert stored["user_email"] == "1@Luc", stored
+        assert stored["user_email"] == b"1@Luc", stored
 
 
 @story
