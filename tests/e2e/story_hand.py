@@ -277,3 +277,18 @@ def password_from_assistive_technology(stage):
         phone.wait_for(server.posts, "the request")
         body = json.loads(server.posts()[0].body)
         assert body == {"email": "ana@y", "password": "Clave#7"}, body
+
+
+@story
+def nothing_is_cut(stage):
+    """Qt's own fields hold 32,767 characters, and lose the end of what is longer."""
+    with customer(stage) as (phone, server):
+        phone.type(EMAIL, "ana@y")
+        phone.find(PASSWORD).set_text("x" * 40000)
+        focus(phone, PASSWORD)
+        phone.keys("End")
+        phone.write("y")
+        phone.press("Iniciar Sesión")
+        phone.wait_for(server.posts, "the request")
+        password = json.loads(server.posts()[0].body)["password"]
+        assert len(password) == 40001 and password.endswith("xy"), len(password)

@@ -24,7 +24,7 @@ PLATFORM_QT = re.compile(r"QDBus.*|QtDBus.*|.*/private/.*|private/.*|qpa/.*|Qt(?
 # What belongs to one platform or some, by kind. POSIX counts: Windows has none of it.
 WORDS = re.compile(r"""
     \bQDBus\w* | \bMAROVENDA_DBUS\b | \borg\.(?:freedesktop|gnome|kde)\b | \bXDG_\w+
-  | \bQ_OS_\w+ | \b_WIN32\b | \b__(?:APPLE|linux|ANDROID|GLIBC|unix)__\b | \bQt\.platform\b
+  | \bxcb_\w+ | \bQ_OS_\w+ | \b_WIN32\b | \b__(?:APPLE|linux|ANDROID|GLIBC|unix)__\b | \bQt\.platform\b
   | \b(?:malloc_trim|mallopt|mallinfo2?)\b
   | \b(?:_?strtod_l|newlocale|uselocale|freelocale|_create_locale|locale_t)\b
   | (?:(?<![\w.>:])|(?<!\w)(?<=::))(?:fsync|fdatasync|isatty|tcgetattr|tcsetattr|fork|execv[pe]*|pipe2?|dup2?|mmap|poll|ioctl|prctl|chmod|fchmod
@@ -46,6 +46,7 @@ SEAMS = {
     "check/main.cpp": r"unistd\.h | isatty | STDOUT_FILENO",
     "demo/main.cpp": r"sig\w+ | pthread_sigmask | SIG\w+",
     "screens/logistics/ParseDecimal.cpp": r"x?locale\.h | _WIN32 | __APPLE__ | locale_t | newlocale | _?strtod_l | _create_locale",
+    "ui/HeldKeys.cpp": r"xcb_\w+",
     "ui/PlatformSettings.cpp": r"QDBus\w* | MAROVENDA_DBUS | Q_OS_\w+ | XDG_CURRENT_DESKTOP | org\.\w+",
 }
 
