@@ -22,9 +22,12 @@ public:
     /// false when there is none to bring.
     using Raise = std::function<bool(const QByteArray &token)>;
 
-    /// For the store in `folder`. A later start waits for so long; what is left of the two seconds after which a
-    /// customer thinks that nothing happens is for the start of its process.
-    explicit OnlyInstance(QString folder, std::chrono::milliseconds patience = std::chrono::milliseconds(1500));
+    /// How long a later start waits for an answer. What is left of the two seconds after which a customer thinks that
+    /// nothing happens is for the start of its process.
+    static constexpr std::chrono::milliseconds usualPatience{1500};
+
+    /// For the store in `folder`.
+    explicit OnlyInstance(QString folder, std::chrono::milliseconds patience = usualPatience);
     ~OnlyInstance() override;
 
     /// To be called once. First also where the folder cannot be made, or cannot hold a lock or a socket: several are
