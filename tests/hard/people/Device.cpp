@@ -36,10 +36,12 @@ QString differs(const QString &what, const QString &found, const QString &wanted
     return found == wanted ? QString() : u"%1 is \"%2\", not \"%3\""_s.arg(what, found, wanted);
 }
 
-/// Whether screens still slide, or something on them rolls on: what is touched then only stops.
+/// Whether screens still slide, something on them rolls on, or what has closed over one still fades: what is touched
+/// then only stops, or is not there for anybody yet.
 bool moves(const QQuickItem *item)
 {
-    return item->property("moving").toBool() || std::ranges::any_of(item->childItems(), moves);
+    const bool fades = item->property("covering").toBool() && !item->property("shown").toBool();
+    return fades || item->property("moving").toBool() || std::ranges::any_of(item->childItems(), moves);
 }
 
 } // namespace
