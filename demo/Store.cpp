@@ -8,8 +8,9 @@
 
 #include <sqlite3.h>
 
-#include <ranges>
 #include <utility>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -259,16 +260,18 @@ void Store::seed(const DemoCustomer &customer)
     insert.add(customer.direccion).add(customer.ciudad).run();
     const qint64 id = sqlite3_last_insert_rowid(m_database.get());
     // The newest row gets the largest number.
-    for (const auto &row : customer.paquetes | std::views::reverse) {
+    const auto addPackage = [&](const DashboardResponse::Paquete &row) {
         Statement package(*this, "INSERT INTO packages (customer, tracking, descripcion, estado, fecha_recibido) "
                                  "VALUES (?, ?, ?, ?, ?)");
         package.add(id).add(row.tracking).add(row.descripcion).add(row.estado).add(row.fecha_recibido).run();
-    }
-    for (const auto &row : customer.cotizaciones | std::views::reverse) {
+    };
+    const auto addQuotation = [&](const DashboardResponse::Cotizacion &row) {
         Statement quotation(*this,
                             "INSERT INTO quotations (customer, origen, descripcion, estado) VALUES (?, ?, ?, ?)");
         quotation.add(id).add(row.origen).add(row.descripcion).add(row.estado).run();
-    }
+    };
+    std::for_each(customer.paquetes.crbegin(), customer.paquetes.crend(), addPackage);
+    std::for_each(customer.cotizaciones.crbegin(), customer.cotizaciones.crend(), addQuotation);
 }
 
 std::optional<Store::Customer> Store::customer(Statement &query) const

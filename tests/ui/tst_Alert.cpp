@@ -40,6 +40,7 @@ private:
                 enabled: !alert.covering
                 PrimaryButton { objectName: "below"; text: "Debajo"; width: 300; onClicked: ++page.presses }
                 CustomTextField { objectName: "field"; width: 300; hint: "Nombre"; isDecimal: false }
+                CustomTextField { objectName: "lower"; width: 300; height: 400; hint: "Ciudad"; isDecimal: false }
             }
             Alert {
                 id: alert
@@ -200,10 +201,11 @@ void AlertTest::nothingBelowCanBeReachedUntilItHasGone()
     // The fading buttons are no buttons any more, for the second of two quick clicks neither.
     const QPoint accept = TestScreen::box(screen.find(u"aceptar"_s)).center().toPoint();
     QTest::mouseDClick(&screen.window(), Qt::LeftButton, {}, accept);
+    QVERIFY(TestScreen::box(screen.find(u"lower"_s)).contains(accept));
     QVERIFY(alert->isVisible());
     QCOMPARE(screen.root()->property("presses").toInt(), 0);
     QCOMPARE(screen.root()->property("accepts").toInt(), 0);
-    QVERIFY(!field->hasActiveFocus());
+    QVERIFY(!field->hasActiveFocus() && !screen.find(u"lower"_s)->hasActiveFocus());
     QVERIFY(!screen.named(u"Debajo"_s) && !screen.named(u"Enviar"_s));
     QTRY_VERIFY(!alert->isVisible());
     screen.tap(screen.find(u"below"_s));
