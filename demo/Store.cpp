@@ -8,9 +8,8 @@
 
 #include <sqlite3.h>
 
-#include <utility>
-
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
