@@ -118,17 +118,17 @@ def second_click(stage):
             (pictures / f"{i}.png").write_bytes((pictures / "0.png").read_bytes())
 
         phone.type(EMAIL, "ana")
-        for count, gap in enumerate((60, 100, 150), 1):
+        for count in (1, 2):
             phone.click(LINK)
             phone.wait_focus(ALERT_FIELD)
             phone.type(ALERT_FIELD, "otra@x")
-            phone.click_twice("Enviar", gap=gap)
+            phone.click_twice("Enviar")
             phone.wait_gone(ALERT)
-            phone.wait_for(lambda: len(server.posts()) >= count, f"the recovery, after clicks {gap} ms apart")
+            phone.wait_for(lambda: len(server.posts()) >= count, "the recovery")
             phone.wait_focus(EMAIL)
             phone.write("x")
             phone.wait_text(EMAIL, "ana" + count * "x")
-            assert len(server.posts()) == count, f"a click twice, {gap} ms apart, sends twice"
+            assert len(server.posts()) == count, "a click twice sends twice"
         enter_dashboard(phone)
         phone.press("Perfil")
         phone.wait_gone("Bienvenido")
@@ -143,7 +143,7 @@ def second_click(stage):
             phone.wait_still()
             # Near its beginning, which is another place in a text than where the caret is.
             subprocess.run(["xdotool", "mousemove", str(box.x + 20), str(box.y + box.height // 2), "click", "--repeat", "2",
-                            "--delay", "100", "1"], check=True)
+                            "--delay", "1", "1"], check=True)
             phone.wait_gone("Elegir foto")
             phone.wait_focus("Nombre Completo")
             phone.write("x")
