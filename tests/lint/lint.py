@@ -15,7 +15,7 @@ import re
 import subprocess
 import sys
 
-FOLDERS = ("api", "app", "bench", "check", "demo", "deployments", "screens", "tests", "ui")
+FOLDERS = ("api", "app", "bench", "check", "demo", "deployments", "screens", "session", "tests", "ui")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 EXTREME = re.compile(r"\bMath\.(?:max|min)\(")
 

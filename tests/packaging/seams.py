@@ -12,7 +12,7 @@ import re
 import subprocess
 import sys
 
-FOLDERS = ("api", "app", "check", "demo", "deployments", "screens", "ui")
+FOLDERS = ("api", "app", "check", "demo", "deployments", "screens", "session", "ui")
 LIBRARIES = re.compile(r"boost/.*|simdjson\.h|sqlite3\.h|png\.h|xxhash\.h|unicode/.*|httplib\.h|sodium\.h")
 STANDARD = set("""algorithm any array atomic bit bitset cerrno charconv chrono climits clocale cmath compare complex concepts
 condition_variable coroutine csetjmp csignal cstddef cstdint cstdio cstdlib cstring ctime deque exception filesystem format forward_list
@@ -41,11 +41,11 @@ SEAMS = {
     "api/FreedMemory.cpp": r"malloc\.h | __GLIBC__ | malloc_trim",
     "app/Activation.cpp": r"XDG_ACTIVATION_TOKEN",
     "app/InstanceLock.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | O_\w+",
-    "app/session/StoreFile.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | fsync | O_\w+",
     "check/Password.cpp": r"termios\.h | unistd\.h | isatty | tcgetattr | tcsetattr | STDIN_FILENO | SIG\w+",
     "check/main.cpp": r"unistd\.h | isatty | STDOUT_FILENO",
     "demo/main.cpp": r"sig\w+ | pthread_sigmask | SIG\w+",
     "screens/logistics/ParseDecimal.cpp": r"x?locale\.h | _WIN32 | __APPLE__ | locale_t | newlocale | _?strtod_l | _create_locale",
+    "session/StoreFile.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | fsync | O_\w+",
     "ui/HeldKeys.cpp": r"xcb_\w+",
     "ui/PlatformSettings.cpp": r"QDBus\w* | MAROVENDA_DBUS | Q_OS_\w+ | XDG_CURRENT_DESKTOP | org\.\w+",
 }
