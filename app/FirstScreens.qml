@@ -1,5 +1,6 @@
 import QtQuick
 import Marovenda.Account
+import Marovenda.App
 import Marovenda.Logistics
 import Marovenda.Ui
 
@@ -12,7 +13,7 @@ QtObject {
     }
     readonly property Component dashboard: Component {
         NavigationContainer {
-            root: Component { DashboardView {} }
+            root: Component { DashboardView { screens: ServiceScreens {} } }
         }
     }
 }

@@ -7,6 +7,11 @@
 
 using namespace std::chrono_literals;
 
+MarovendaAppViewModel::MarovendaAppViewModel(QObject *parent) : ViewModel(parent)
+{
+    connect(&Session::instance(), &Session::userIdChanged, this, &MarovendaAppViewModel::someoneSignedInChanged);
+}
+
 void MarovendaAppViewModel::iniciarSplash()
 {
     logoOpacity = 1.0;

@@ -11,14 +11,14 @@ class MarovendaAppViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = MarovendaAppViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     STATE(bool, showSplash, true)
     STATE(double, logoOpacity, 0.0)
     STATE(double, logoScale, 0.8)
     /// False for the customer number 0 only.
-    Q_PROPERTY(bool someoneSignedIn READ someoneSignedIn NOTIFY userIdChanged)
+    Q_PROPERTY(bool someoneSignedIn READ someoneSignedIn NOTIFY someoneSignedInChanged)
 public:
-    using ViewModel::ViewModel;
+    explicit MarovendaAppViewModel(QObject *parent = nullptr);
 
     bool someoneSignedIn() const { return Session::instance().someoneSignedIn(); }
 
@@ -27,4 +27,7 @@ public:
     /// Says on stderr, in one line, that the screens after the splash cannot be loaded, with the first of the
     /// reasons.
     Q_INVOKABLE static void faltanPantallas(const QString &reasons);
+
+Q_SIGNALS:
+    void someoneSignedInChanged();
 };

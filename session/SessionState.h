@@ -2,13 +2,29 @@
 
 #include "Session.h"
 
-/// A field of a view model that is one of the session's values: a property under the value's own name that reads and
-/// writes the session and notifies whenever anyone changes it. The class names itself with `using Self = …`.
-#define SESSION_STATE(Type, name, setter)                                                                            \
-    Q_PROPERTY(Type name READ name WRITE setter NOTIFY name##Changed)                                                \
+/// A field of a view model that is one of the session's values: it reads and writes the session under the value's own
+/// name, from C++ alone.
+#define SESSION_VALUE(Type, name, setter)                                                                            \
 public:                                                                                                              \
-    Type name() const { return Session::instance().name(); }                                                         \
-    void setter(const Type &value) { Session::instance().setter(value); }                                            \
+    static Type name() { return Session::instance().name(); }                                                        \
+    static void setter(const Type &value) { Session::instance().setter(value); }                                     \
+                                                                                                                     \
+private:
+
+/// The same as a property that layouts can bind: it notifies whenever anyone changes the value. The class names
+/// itself with `using Self = …`.
+#define SESSION_STATE(Type, name, setter)                                                                            \
+    Q_PROPERTY(Type name READ name NOTIFY name##Changed)                                                             \
+    SESSION_NOTIFYING_VALUE(Type, name, setter)
+
+/// The same for a field that the layout writes too.
+#define SESSION_FIELD(Type, name, setter)                                                                            \
+    Q_PROPERTY(Type name READ name WRITE setter NOTIFY name##Changed)                                                \
+    SESSION_NOTIFYING_VALUE(Type, name, setter)
+
+#define SESSION_NOTIFYING_VALUE(Type, name, setter)                                                                  \
+    SESSION_VALUE(Type, name, setter)                                                                                \
+public:                                                                                                              \
     Q_SIGNAL void name##Changed();                                                                                   \
                                                                                                                      \
 private:                                                                                                             \

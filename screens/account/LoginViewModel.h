@@ -17,9 +17,9 @@ class LoginViewModel : public ViewModel {
     STATE(QString, msg, {})
     STATE(bool, showRecuperarDialog, false)
     STATE(QString, recuperarEmail, {})
-    SESSION_STATE(qint64, userId, setUserId)
-    SESSION_STATE(QString, userNombre, setUserNombre)
-    SESSION_STATE(QString, userEmail, setUserEmail)
+    SESSION_VALUE(qint64, userId, setUserId)
+    SESSION_VALUE(QString, userNombre, setUserNombre)
+    SESSION_VALUE(QString, userEmail, setUserEmail)
     Q_PROPERTY(QString supportEmail READ supportEmail CONSTANT)
 public:
     QString supportEmail() const;

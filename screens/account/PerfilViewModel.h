@@ -12,10 +12,10 @@ class PerfilViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = PerfilViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     /// Writing it stores it at once, before and whether or not the profile is saved.
-    SESSION_STATE(QString, userNombre, setUserNombre)
-    SESSION_STATE(QByteArray, userAvatarData, setUserAvatarData)
+    SESSION_FIELD(QString, userNombre, setUserNombre)
+    SESSION_VALUE(QByteArray, userAvatarData, setUserAvatarData)
     STATE(QString, email, {})
     STATE(QString, msg, {})
     /// The file that was picked; empty while none was.

@@ -18,9 +18,9 @@ class RegistroViewModel : public ViewModel {
     STATE(QString, pass, {})
     /// The outcome of the last action; empty until there is one.
     STATE(QString, msg, {})
-    SESSION_STATE(qint64, userId, setUserId)
-    SESSION_STATE(QString, userNombre, setUserNombre)
-    SESSION_STATE(QString, userEmail, setUserEmail)
+    SESSION_VALUE(qint64, userId, setUserId)
+    SESSION_VALUE(QString, userNombre, setUserNombre)
+    SESSION_VALUE(QString, userEmail, setUserEmail)
 public:
     using ViewModel::ViewModel;
 

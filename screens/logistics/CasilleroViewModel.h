@@ -11,7 +11,7 @@ class CasilleroViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = CasilleroViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     /// The customer's full name once it is known.
     STATE(QString, info, QStringLiteral("Cargando..."))
     Q_PROPERTY(QString direccion READ direccion CONSTANT)

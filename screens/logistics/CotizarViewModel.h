@@ -11,7 +11,7 @@ class CotizarViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = CotizarViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     /// The chosen option's label.
     STATE(QString, tipo, QStringLiteral("Aéreo"))
     STATE(QString, origen, QStringLiteral("Miami, USA"))

@@ -13,7 +13,7 @@ class DashboardViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = DashboardViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     SESSION_STATE(QString, userNombre, setUserNombre)
     SESSION_STATE(QByteArray, userAvatarData, setUserAvatarData)
     STATE(QString, trackingText, {})

@@ -11,7 +11,7 @@ class ImportarAutoViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = ImportarAutoViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     STATE(QString, marca, {})
     STATE(QString, modelo, {})
     /// Kept and sent as text.

@@ -11,8 +11,7 @@
 class MisCotizacionesViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
-    using Self = MisCotizacionesViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     Q_PROPERTY(QObject *cotizaciones READ cotizaciones CONSTANT)
 public:
     explicit MisCotizacionesViewModel(QObject *parent = nullptr);

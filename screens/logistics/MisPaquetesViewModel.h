@@ -11,8 +11,7 @@
 class MisPaquetesViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
-    using Self = MisPaquetesViewModel;
-    SESSION_STATE(qint64, userId, setUserId)
+    SESSION_VALUE(qint64, userId, setUserId)
     Q_PROPERTY(QObject *paquetes READ paquetes CONSTANT)
 public:
     explicit MisPaquetesViewModel(QObject *parent = nullptr);
