@@ -2,6 +2,7 @@
 
 #include "ApiClient.h"
 #include "Deployment.h"
+#include "Endpoints.h"
 
 using namespace Qt::StringLiterals;
 
@@ -21,7 +22,7 @@ void CasilleroViewModel::cargarCasillero()
 {
     const CasilleroRequest request{.user_id = QString::number(userId())};
     ApiClient::instance().post<CasilleroResponse>(
-        u"api_casillero.php"_s, request, [this, alive = hold()](const std::optional<CasilleroResponse> &reply) {
+        Endpoints::casillero, request, [this, alive = hold()](const std::optional<CasilleroResponse> &reply) {
             // A name counts whatever the status says.
             info = reply ? reply->nombreCompleto.value_or(u"Error"_s) : u"Error"_s;
         });

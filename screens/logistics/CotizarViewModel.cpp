@@ -1,6 +1,7 @@
 #include "CotizarViewModel.h"
 
 #include "ApiClient.h"
+#include "Endpoints.h"
 #include "ParseDecimal.h"
 
 using namespace Qt::StringLiterals;
@@ -29,7 +30,7 @@ void CotizarViewModel::enviarCotizacion()
         .descripcion = descripcion,
     };
     ApiClient::instance().post<StandardResponse>(
-        u"api_cotizar.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
+        Endpoints::cotizar, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
             const bool success = reply && reply->status == u"success"_s;
             // One turn of the main loop later, as on the dashboard.
             const auto show = [this, alive, success] {

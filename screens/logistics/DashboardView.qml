@@ -6,11 +6,12 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    required property DashboardScreens screens
+
     barHidden: true
     onAppeared: viewModel.cargarDatos()
 
     DashboardViewModel { id: viewModel }
-    ServiceScreens { id: screens }
 
     Scroller {
         anchors.fill: parent
@@ -108,7 +109,7 @@ AppScreen {
                             y: 8
                             count: viewModel.paqueteCount
                             caption: "Paquetes"
-                            onClicked: screen.push(screens.paquetes)
+                            onClicked: screen.push(screen.screens.paquetes)
                         }
                         CountBlock {
                             id: cotizaciones
@@ -117,7 +118,7 @@ AppScreen {
                             x: parent.stacked ? 0 : parent.width - width
                             count: viewModel.cotizacionCount
                             caption: "Cotizaciones"
-                            onClicked: screen.push(screens.cotizaciones)
+                            onClicked: screen.push(screen.screens.cotizaciones)
                         }
                     }
                 }
@@ -126,11 +127,11 @@ AppScreen {
             TileRow {
                 objectName: "tiles"
                 width: column.inner
-                DashboardBtn { icon: "shippingbox"; text: "Casillero"; onClicked: screen.push(screens.casillero) }
-                DashboardBtn { icon: "doc.text"; text: "Cotizar"; onClicked: screen.push(screens.cotizar) }
-                DashboardBtn { icon: "car"; text: "Autos"; onClicked: screen.push(screens.autos) }
-                DashboardBtn { icon: "person"; text: "Perfil"; onClicked: screen.push(screens.perfil) }
-                DashboardBtn { icon: "info.circle"; text: "Dev"; onClicked: screen.push(screens.dev) }
+                DashboardBtn { icon: "shippingbox"; text: "Casillero"; onClicked: screen.push(screen.screens.casillero) }
+                DashboardBtn { icon: "doc.text"; text: "Cotizar"; onClicked: screen.push(screen.screens.cotizar) }
+                DashboardBtn { icon: "car"; text: "Autos"; onClicked: screen.push(screen.screens.autos) }
+                DashboardBtn { icon: "person"; text: "Perfil"; onClicked: screen.push(screen.screens.perfil) }
+                DashboardBtn { icon: "info.circle"; text: "Dev"; onClicked: screen.push(screen.screens.dev) }
             }
 
             Column {
@@ -141,7 +142,7 @@ AppScreen {
                     width: parent.width
                     title: "Envíos Recientes"
                     link: "Ver todos"
-                    onClicked: screen.push(screens.paquetes)
+                    onClicked: screen.push(screen.screens.paquetes)
                 }
                 Repeater {
                     model: viewModel.paquetesRecientes
@@ -158,9 +159,9 @@ AppScreen {
                             id: card
                             partOfControl: true
                             emoji: "📦"
-                            headline: "Tracking: " + (row.tracking ?? "N/A")
-                            detail: row.descripcion ?? "Sin descripción"
-                            badge: (row.estado ?? "RECIBIDO").toUpperCase()
+                            headline: "Tracking: " + (row.tracking ?? Absent.tracking)
+                            detail: row.descripcion ?? Absent.descripcion
+                            badge: (row.estado ?? Absent.estadoPaquete).toUpperCase()
                             badgeColor: Theme.green
                         }
                     }
@@ -175,7 +176,7 @@ AppScreen {
                     width: parent.width
                     title: "Mis Cotizaciones"
                     link: "Ver todas"
-                    onClicked: screen.push(screens.cotizaciones)
+                    onClicked: screen.push(screen.screens.cotizaciones)
                 }
                 Repeater {
                     model: viewModel.cotizacionesRecientes
@@ -185,9 +186,9 @@ AppScreen {
                         required property var estado
                         width: column.inner
                         emoji: "📄"
-                        headline: "Origen: " + (origen ?? "N/A")
-                        detail: descripcion ?? "Sin descripción"
-                        badge: (estado ?? "PENDIENTE").toUpperCase()
+                        headline: "Origen: " + (origen ?? Absent.origen)
+                        detail: descripcion ?? Absent.descripcion
+                        badge: (estado ?? Absent.estadoCotizacion).toUpperCase()
                         badgeColor: Theme.blue
                     }
                 }

@@ -1,5 +1,6 @@
 #include "DashboardViewModel.h"
 
+#include "Absent.h"
 #include "ApiClient.h"
 #include "Deployment.h"
 #include "Links.h"
@@ -56,7 +57,7 @@ void DashboardViewModel::abrirTracking(const QVariant &codigo)
     if (codigo.typeId() != QMetaType::QString)
         return;
     const QString number = codigo.toString().trimmed();
-    if (number.isEmpty() || number == u"N/A"_s)
+    if (number.isEmpty() || number == Absent::tracking)
         return;
     Links::open(Links::fromText(Deployment::trackingUrl() + number));
 }

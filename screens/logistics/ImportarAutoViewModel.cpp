@@ -1,6 +1,7 @@
 #include "ImportarAutoViewModel.h"
 
 #include "ApiClient.h"
+#include "Endpoints.h"
 
 using namespace Qt::StringLiterals;
 
@@ -14,7 +15,7 @@ void ImportarAutoViewModel::enviarSolicitud()
         .ubicacion = ubicacion,
     };
     ApiClient::instance().post<StandardResponse>(
-        u"api_auto.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
+        Endpoints::importarAuto, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
             msg = reply && reply->status == u"success"_s ? u"Solicitud enviada"_s : u"Error al enviar"_s;
         });
 }

@@ -23,10 +23,10 @@ AppScreen {
             required property var descripcion
             required property var estado
             list: rows
-            headline: descripcion ?? "Cotización"
-            badge: (estado ?? "PENDIENTE").toUpperCase()
+            headline: descripcion ?? Absent.titulo
+            badge: (estado ?? Absent.estadoCotizacion).toUpperCase()
             badgeColor: Theme.blue
-            detail: "Origen: " + (origen ?? "N/A")
+            detail: "Origen: " + (origen ?? Absent.origen)
             spoken: headline + ", " + badge + ", " + detail
         }
 

@@ -23,10 +23,10 @@ AppScreen {
             required property var descripcion
             required property var estado
             list: rows
-            headline: "Tracking: " + (tracking ?? "N/A")
-            badge: (estado ?? "RECIBIDO").toUpperCase()
+            headline: "Tracking: " + (tracking ?? Absent.tracking)
+            badge: (estado ?? Absent.estadoPaquete).toUpperCase()
             badgeColor: Theme.green
-            detail: descripcion ?? "Sin descripción"
+            detail: descripcion ?? Absent.descripcion
             spoken: headline + ", " + detail + ", " + badge
         }
     }

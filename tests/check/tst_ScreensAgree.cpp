@@ -115,7 +115,8 @@ void ScreensAgreeTest::listing()
     const auto reply = app<DashboardResponse>(body);
     server.reply("/api_paquetes.php", body);
 
-    TestScreen dashboard("NavigationContainer { root: Component { DashboardView {} } }", {390, 1600});
+    TestScreen dashboard("NavigationContainer { root: Component { DashboardView { screens: ServiceScreens {} } } }",
+                         {390, 1600});
     finish(dashboard, 1);
     QCOMPARE(thoseLike(dashboard.names(), u"^(Hola, |Tracking: |Origen: |\\d+ )"_s),
              Check::dashboardScreen(reply, u"Ana"_s).texts);

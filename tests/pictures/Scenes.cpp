@@ -19,7 +19,10 @@ constexpr auto listing = "/api_paquetes.php";
 
 bool until(const std::function<bool()> &come) { return QTest::qWaitFor(come, 20000); }
 
-QByteArray alone(const QByteArray &view) { return "NavigationContainer { root: Component { " + view + " {} } }"; }
+QByteArray alone(const QByteArray &view, const QByteArray &properties = {})
+{
+    return "NavigationContainer { root: Component { " + view + " { " + properties + " } } }";
+}
 
 /// As pushed on another screen, so that there is a way back.
 QByteArray pushed(const QByteArray &view)
@@ -226,9 +229,9 @@ QList<Scene> logisticsScenes()
         };
     };
     return {
-        {"panel-vacio", alone("DashboardView"), rows("{}", u"Ana"_s), shows(u"Mi Resumen"_s)},
-        {"panel", alone("DashboardView"), rows(someRows(), u"Ana Lucía Peñalver Ríos"_s), counts(4)},
-        {"panel-largo", alone("DashboardView"), rows(longRows(), longName), counts(2)},
+        {"panel-vacio", alone("DashboardView", "screens: ServiceScreens {}"), rows("{}", u"Ana"_s), shows(u"Mi Resumen"_s)},
+        {"panel", alone("DashboardView", "screens: ServiceScreens {}"), rows(someRows(), u"Ana Lucía Peñalver Ríos"_s), counts(4)},
+        {"panel-largo", alone("DashboardView", "screens: ServiceScreens {}"), rows(longRows(), longName), counts(2)},
         {"cotizar", pushed("CotizarView"), nothing, shows(u"Enviar Cotización"_s)},
         {"cotizar-enviado", pushed("CotizarView"), replies("/api_cotizar.php", R"({"status":"success"})"),
          presses(u"enviar"_s, u"Enviado con éxito"_s)},

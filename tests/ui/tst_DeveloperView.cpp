@@ -269,7 +269,8 @@ void DeveloperViewTest::targetThatFormsNoLinkIsLeftOut()
 void DeveloperViewTest::volverGoesBack()
 {
     Session::instance().setUserId(42);
-    TestScreen screen("NavigationContainer { root: Component { DashboardView { objectName: 'home' } } }");
+    TestScreen screen("NavigationContainer { root: Component { DashboardView { objectName: 'home'; screens: "
+                      "ServiceScreens {} } } }");
     for (const bool byKey : {false, true}) {
         screen.tap(screen.named(u"Dev"_s));
         QTRY_VERIFY(screen.settledAt(2));

@@ -132,8 +132,8 @@ void ScrollerTest::indicatorShowsWhileItMoves_data()
     QTest::newRow("quotation form") << QByteArray("CotizarView {}") << QString() << true;
     QTest::newRow("vehicle form") << QByteArray("ImportarAutoView {}") << QString() << true;
     QTest::newRow("registration") << QByteArray("RegistroView {}") << QString() << true;
-    QTest::newRow("dashboard") << QByteArray("DashboardView {}") << QString() << true;
-    QTest::newRow("tiles") << QByteArray("DashboardView {}") << u"tileScroll"_s << false;
+    QTest::newRow("dashboard") << QByteArray("DashboardView { screens: ServiceScreens {} }") << QString() << true;
+    QTest::newRow("tiles") << QByteArray("DashboardView { screens: ServiceScreens {} }") << u"tileScroll"_s << false;
 }
 
 void ScrollerTest::indicatorShowsWhileItMoves()

@@ -347,7 +347,8 @@ void PerfilPhotoTest::lateSuccessStoresThePhoto()
 void PerfilPhotoTest::savedPhotoShowsOnTheDashboard()
 {
     server.reply("/api_perfil.php", R"({"status":"success"})");
-    TestScreen screen("NavigationContainer { root: Component { DashboardView { objectName: 'home' } } }");
+    TestScreen screen("NavigationContainer { root: Component { DashboardView { objectName: 'home'; screens: "
+                      "ServiceScreens {} } } }");
     const QQuickItem *const home = screen.find(u"home"_s);
     screen.tap(screen.named(u"Perfil"_s));
     QTRY_VERIFY(screen.settledAt(2));

@@ -70,7 +70,10 @@ private Q_SLOTS:
 private:
     static constexpr auto listing = "/api_paquetes.php";
 
-    static QByteArray dashboard() { return "NavigationContainer { root: Component { DashboardView {} } }"; }
+    static QByteArray dashboard()
+    {
+        return "NavigationContainer { root: Component { DashboardView { screens: ServiceScreens {} } } }";
+    }
     static QByteArray packages(int count)
     {
         QByteArrayList rows;
@@ -605,7 +608,7 @@ void DashboardViewTest::layoutHasTheDesignedMeasures()
 
 void DashboardViewTest::focusedTileIsBroughtIntoView()
 {
-    TestScreen screen("NavigationContainer { root: Component { DashboardView {} } }");
+    TestScreen screen("NavigationContainer { root: Component { DashboardView { screens: ServiceScreens {} } } }");
     const auto inView = [&](const QString &tile) {
         const QRectF box = TestScreen::box(screen.named(tile));
         return box.left() >= 24 - 0.5 && box.right() <= 366 + 0.5;
