@@ -22,7 +22,7 @@ public:
     /// The one client of the process, made at first use and never destroyed.
     static ApiClient &instance();
 
-    /// POSTs `body` to the endpoint file, "api_login.php" say, as JSON, and reads the answer as `Reply`. The body is
+    /// POSTs `body` to the endpoint file (see Endpoints.h), as JSON, and reads the answer as `Reply`. The body is
     /// written before this returns; a record that cannot be written is sent as a POST without a body.
     template <Record Reply, Record Body>
     void post(const QString &endpoint, const Body &body, std::function<void(std::optional<Reply>)> completion) const

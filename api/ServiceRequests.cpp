@@ -1,5 +1,7 @@
 #include "ServiceRequests.h"
 
+#include "Endpoints.h"
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -22,6 +24,6 @@ std::optional<HttpRequest> ServiceRequests::post(const QString &baseUrl, const Q
 
 std::optional<HttpRequest> ServiceRequests::listing(const QString &baseUrl, qint64 userId)
 {
-    const auto url = serviceUrl(baseUrl + u"api_paquetes.php?user_id="_s + QString::number(userId));
+    const auto url = serviceUrl(baseUrl + Endpoints::paquetes + u"?user_id="_s + QString::number(userId));
     return url ? std::optional(HttpRequest{HttpRequest::Method::Get, *url}) : std::nullopt;
 }

@@ -10,7 +10,7 @@
 /// endpoint do not form an absolute http or https address with a host.
 namespace ServiceRequests {
 
-/// A POST of a written record to an endpoint file, "api_login.php" say; the body may be empty.
+/// A POST of a written record to one of the Endpoints; the body may be empty.
 std::optional<HttpRequest> post(const QString &baseUrl, const QString &endpoint, const QByteArray &body);
 
 /// The GET of a customer's listing; any number is asked for as it is.

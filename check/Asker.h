@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Diagnosis.h"
+#include "Endpoints.h"
 #include "Examine.h"
 #include "ServiceRequests.h"
 
@@ -43,8 +44,7 @@ public:
 
     ReadReply<DashboardResponse> listing(qint64 id)
     {
-        return ask<DashboardResponse>(QStringLiteral("api_paquetes.php"), ServiceRequests::listing(m_order.base, id),
-                                      {});
+        return ask<DashboardResponse>(Endpoints::paquetes, ServiceRequests::listing(m_order.base, id), {});
     }
 
     /// The last reply's bytes.

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString mendFor(const QString &reason)
+QString remedyFor(const QString &reason)
 {
     if (reason.endsWith("must be text"_L1))
         return u"Send it as a JSON string, as in \"42\" (PHP: (string)$value), or null for none."_s;
@@ -57,14 +57,14 @@ QString Examiner::harmlessText(const Place &place)
 void Examiner::notJson(const QByteArray &body, const QString &reason)
 {
     if (const auto trouble = findJsonTrouble(body))
-        m_findings.add(Severity::Fault, trouble->place(body), trouble->what, trouble->mend);
+        m_findings.add(Severity::Fault, trouble->place(body), trouble->what, trouble->remedy);
     else
         m_findings.add(Severity::Fault, Place{}, reason, {});
 }
 
 void Examiner::wrongType(const Place &place, const QString &reason)
 {
-    m_findings.add(Severity::Fault, place, reason, mendFor(reason));
+    m_findings.add(Severity::Fault, place, reason, remedyFor(reason));
 }
 
 void Examiner::ignoredKey(const Place &place, const QString &key, const QString &meant)

@@ -12,7 +12,7 @@ class Examiner {
 public:
     explicit Examiner(Findings &findings) : m_findings(findings) {}
 
-    /// Returns the record as it would be with the wrong values mended, by texts that nothing is to be said of.
+    /// Returns the record as it would be with the wrong values replaced, by texts that nothing is to be said of.
     template <Record R>
     R examine(Json::Element from, const Place &place)
     {
@@ -23,7 +23,7 @@ public:
             Json::readValue(from, record, reading);
             wrongType(place, reading.text());
             boost::mp11::mp_for_each<Json::Fields<R>>(
-                [&](auto field) { mend(record.*field.pointer, place.inside(text(field.name))); });
+                [&](auto field) { replace(record.*field.pointer, place.inside(text(field.name))); });
             return record;
         }
         std::array<std::optional<Json::Element>, CodingKeys<R>::count> values;
@@ -93,11 +93,11 @@ private:
         if (Json::readField(from, to, reading))
             return;
         wrongType(place, reading.text());
-        mend(to, place);
+        replace(to, place);
     }
 
     template <class T>
-    static void mend(std::optional<T> &value, const Place &place)
+    static void replace(std::optional<T> &value, const Place &place)
     {
         value.emplace();
         if constexpr (std::same_as<T, QString>)
@@ -117,8 +117,8 @@ template <Record R>
 struct ReadReply {
     /// What the app would get, as ApiClient gives it.
     std::optional<R> record;
-    /// What it would get once the wrong values were mended; nothing for what is no JSON object.
-    std::optional<R> mended;
+    /// What it would get once the wrong values were replaced; nothing for what is no JSON object.
+    std::optional<R> replaced;
 };
 
 /// Reads a reply's body; the reasons where there is no record, and what else is to be said of its form, go to
@@ -134,17 +134,17 @@ ReadReply<R> readReply(const QByteArray &body, Findings &findings)
     simdjson::dom::parser parser;
     Json::Element root;
     Examiner examiner(findings);
-    std::optional<R> mended;
+    std::optional<R> replaced;
     if (Json::parse(QByteArrayView(body), reading, parser, root)) {
         R looked = examiner.examine<R>(root, {});
         if (root.is_object())
-            mended = std::move(looked);
+            replaced = std::move(looked);
     } else {
         examiner.notJson(body, reading.text());
     }
     if (!read && findings.count(Severity::Fault) == faultsBefore)
         findings.add(Severity::Fault, Place{}, read.error, {});
-    return {std::move(read.record), std::move(mended)};
+    return {std::move(read.record), std::move(replaced)};
 }
 
 } // namespace Check

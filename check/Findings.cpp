@@ -29,24 +29,24 @@ QString Finding::where() const
     return place.first(at + 1) + list + place.sliced(at + 1);
 }
 
-void Findings::add(Severity severity, const Place &place, const QString &what, const QString &mend)
+void Findings::add(Severity severity, const Place &place, const QString &what, const QString &remedy)
 {
     const QString key = harmless(place.key);
     if (place.list.isEmpty())
-        merge({severity, m_endpoint, key.isEmpty() ? u"the reply"_s : key, {}, what, mend}, -1);
+        merge({severity, m_endpoint, key.isEmpty() ? u"the reply"_s : key, {}, what, remedy}, -1);
     else
-        merge({severity, m_endpoint, place.list + (key.isEmpty() ? u"[]"_s : u"[]."_s + key), {}, what, mend},
+        merge({severity, m_endpoint, place.list + (key.isEmpty() ? u"[]"_s : u"[]."_s + key), {}, what, remedy},
               place.row);
 }
 
-void Findings::add(Severity severity, const QString &place, const QString &what, const QString &mend)
+void Findings::add(Severity severity, const QString &place, const QString &what, const QString &remedy)
 {
-    merge({severity, m_endpoint, place, {}, what, mend}, -1);
+    merge({severity, m_endpoint, place, {}, what, remedy}, -1);
 }
 
-void Findings::addGeneral(Severity severity, const QString &place, const QString &what, const QString &mend)
+void Findings::addGeneral(Severity severity, const QString &place, const QString &what, const QString &remedy)
 {
-    merge({severity, {}, place, {}, what, mend}, -1);
+    merge({severity, {}, place, {}, what, remedy}, -1);
 }
 
 void Findings::merge(Finding finding, qsizetype row)

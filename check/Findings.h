@@ -27,7 +27,7 @@ struct Finding {
     QString place;
     QList<qsizetype> rows;
     QString what;
-    QString mend;
+    QString remedy;
 
     /// Place and rows in one, as in "paquetes[17].tracking" or "paquetes[3, 7 and 12 more].tracking".
     QString where() const;
@@ -39,10 +39,10 @@ public:
     /// Findings from now on concern this endpoint.
     void setEndpoint(const QString &endpoint) { m_endpoint = endpoint; }
 
-    void add(Severity severity, const Place &place, const QString &what, const QString &mend);
-    void add(Severity severity, const QString &place, const QString &what, const QString &mend);
+    void add(Severity severity, const Place &place, const QString &what, const QString &remedy);
+    void add(Severity severity, const QString &place, const QString &what, const QString &remedy);
     /// One that concerns the whole server.
-    void addGeneral(Severity severity, const QString &place, const QString &what, const QString &mend);
+    void addGeneral(Severity severity, const QString &place, const QString &what, const QString &remedy);
 
     qsizetype count(Severity severity) const;
     /// Worst first, otherwise in the order of finding.

@@ -7,12 +7,12 @@
 
 namespace Check {
 
-/// Where bytes stop being a document that the app's reader takes, and how to mend that.
+/// Where bytes stop being a document that the app's reader takes, and how to fix that.
 struct JsonTrouble {
     /// In bytes from the start.
     qsizetype offset = 0;
     QString what;
-    QString mend;
+    QString remedy;
 
     /// "line 1, byte 0": lines count from 1, bytes of a line from 0.
     QString place(QByteArrayView bytes) const;

@@ -105,9 +105,9 @@ void Writer::findings(Severity severity, const QString &heading)
         const Finding &finding = mine[i];
         const QString prefix = finding.endpoint.isEmpty() ? QString() : finding.endpoint + u": "_s;
         line(u"  "_s + coloured(colour, print(prefix + finding.where() + u": "_s + finding.what)));
-        // Said once for neighbours that are mended alike.
-        if (!finding.mend.isEmpty() && (i + 1 == end || mine[i + 1].mend != finding.mend))
-            line(u"      → "_s + finding.mend);
+        // Said once for neighbours with the same remedy.
+        if (!finding.remedy.isEmpty() && (i + 1 == end || mine[i + 1].remedy != finding.remedy))
+            line(u"      → "_s + finding.remedy);
     }
     if (end < mine.size())
         line(u"  and %1 more, which --json lists"_s.arg(mine.size() - end));

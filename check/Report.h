@@ -4,7 +4,7 @@
 
 namespace Check {
 
-/// The report for people: worst first, a line each, how to mend it, what each screen shows, what was asked. With
+/// The report for people: worst first, a line each, how to fix it, what each screen shows, what was asked. With
 /// `colours` for a terminal that has some. Nothing of the server's in it can command a terminal.
 QString textReport(const Order &order, const Diagnosis &diagnosis, bool colours);
 

@@ -17,7 +17,7 @@ QJsonObject describe(const Order &order, const Finding &finding)
         rows += row;
     return {{u"severity"_s, nameOf(finding.severity)},     {u"endpoint"_s, finding.endpoint},
             {u"place"_s, printable(order, finding.place)}, {u"rows"_s, rows},
-            {u"what"_s, printable(order, finding.what)},   {u"mend"_s, finding.mend}};
+            {u"what"_s, printable(order, finding.what)},   {u"remedy"_s, finding.remedy}};
 }
 
 QJsonObject describe(const Order &order, const Screen &screen)

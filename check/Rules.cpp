@@ -1,5 +1,6 @@
 #include "Rules.h"
 
+#include "Absent.h"
 #include "PaqueteIdentity.h"
 #include "ParseUserId.h"
 #include "Text.h"
@@ -32,28 +33,30 @@ bool meansSuccess(const QString &status)
 /// Whether the status is the word that counts; what is wrong with it otherwise, except for a plain refusal.
 bool judgeStatus(const std::optional<QString> &status, Findings &to)
 {
-    const QString mend = u"Send \"status\": \"success\", in small letters, when it went well."_s;
+    const QString remedy = u"Send \"status\": \"success\", in small letters, when it went well."_s;
     if (status == success)
         return true;
     if (!status)
-        to.add(Severity::Fault, key("status"), u"absent, which counts as a failure"_s, mend);
+        to.add(Severity::Fault, key("status"), u"absent, which counts as a failure"_s, remedy);
     else if (meansSuccess(*status))
-        to.add(Severity::Fault, key("status"), u"%1 counts as a failure"_s.arg(quoted(*status)), mend);
+        to.add(Severity::Fault, key("status"), u"%1 counts as a failure"_s.arg(quoted(*status)), remedy);
     return false;
 }
 
-QString idMend() { return u"Send the customer's number as text: \"id\": \"42\"."_s; }
+QString idRemedy() { return u"Send the customer's number as text: \"id\": \"42\"."_s; }
 
 void judgeId(const std::optional<QString> &id, Findings &to)
 {
     const qint64 number = parseUserId(id);
     if (number == 0)
-        to.add(Severity::Fault, key("id"), (id ? quoted(*id) : u"absent"_s) + u", signs nobody in"_s, idMend());
+        to.add(Severity::Fault, key("id"), (id ? quoted(*id) : u"absent"_s) + u", signs nobody in"_s, idRemedy());
     else if (number < 0)
-        to.add(Severity::Warning, key("id"), quoted(*id) + u", a negative number, signs in"_s, idMend());
+        to.add(Severity::Warning, key("id"), quoted(*id) + u", a negative number, signs in"_s, idRemedy());
     else if (*id != QString::number(number))
-        to.add(Severity::Note, key("id"), u"%1 signs in as %2"_s.arg(quoted(*id)).arg(number), idMend());
+        to.add(Severity::Note, key("id"), u"%1 signs in as %2"_s.arg(quoted(*id)).arg(number), idRemedy());
 }
+
+QString shown(QStringView absent) { return quoted(absent.toString()); }
 
 bool isBlank(const std::optional<QString> &text) { return text && text->trimmed().isEmpty(); }
 
@@ -61,28 +64,31 @@ bool isBlank(const std::optional<QString> &text) { return text && text->trimmed(
 void judgeField(const Place &row, const char *name, const std::optional<QString> &value, const QString &fallback,
                 Severity severity, Findings &to)
 {
-    const QString mend = severity == Severity::Note ? QString() : u"Send the package's tracking number."_s;
+    const QString remedy = severity == Severity::Note ? QString() : u"Send the package's tracking number."_s;
     const Place place = row.inside(QString::fromLatin1(name));
     if (!value)
-        to.add(severity, place, u"absent, shown as "_s + fallback, mend);
+        to.add(severity, place, u"absent, shown as "_s + fallback, remedy);
     else if (isBlank(value))
-        to.add(severity, place, u"empty, shown as nothing"_s, mend);
+        to.add(severity, place, u"empty, shown as nothing"_s, remedy);
 }
 
 void judgePaquete(const DashboardResponse::Paquete &row, const Place &place, Findings &to)
 {
-    judgeField(place, "tracking", row.tracking, u"\"N/A\"; a tap on the row opens nothing"_s, Severity::Warning, to);
-    judgeField(place, "descripcion", row.descripcion, u"\"Sin descripción\""_s, Severity::Note, to);
-    judgeField(place, "estado", row.estado, u"\"RECIBIDO\""_s, Severity::Note, to);
-    if (row.tracking && row.tracking->trimmed() == u"N/A"_s)
-        to.add(Severity::Note, place.inside(u"tracking"_s), u"\"N/A\": a tap on the row opens nothing"_s, {});
+    judgeField(place, "tracking", row.tracking, shown(Absent::tracking) + u"; a tap on the row opens nothing"_s,
+               Severity::Warning, to);
+    judgeField(place, "descripcion", row.descripcion, shown(Absent::descripcion), Severity::Note, to);
+    judgeField(place, "estado", row.estado, shown(Absent::estadoPaquete), Severity::Note, to);
+    if (row.tracking && row.tracking->trimmed() == Absent::tracking)
+        to.add(Severity::Note, place.inside(u"tracking"_s),
+               shown(Absent::tracking) + u": a tap on the row opens nothing"_s, {});
 }
 
 void judgeCotizacion(const DashboardResponse::Cotizacion &row, const Place &place, Findings &to)
 {
-    judgeField(place, "origen", row.origen, u"\"N/A\""_s, Severity::Note, to);
-    judgeField(place, "descripcion", row.descripcion, u"\"Sin descripción\" or \"Cotización\""_s, Severity::Note, to);
-    judgeField(place, "estado", row.estado, u"\"PENDIENTE\""_s, Severity::Note, to);
+    judgeField(place, "origen", row.origen, shown(Absent::origen), Severity::Note, to);
+    judgeField(place, "descripcion", row.descripcion, shown(Absent::descripcion) + u" or "_s + shown(Absent::titulo),
+               Severity::Note, to);
+    judgeField(place, "estado", row.estado, shown(Absent::estadoCotizacion), Severity::Note, to);
 }
 
 /// Rows that are one and the same to the app.
@@ -169,14 +175,14 @@ void judgeListing(const DashboardResponse &reply, Findings &findings)
 
 void judgeCasillero(const CasilleroResponse &reply, Findings &findings)
 {
-    const QString mend = u"Send the name for the parcels in \"nombreCompleto\"."_s;
+    const QString remedy = u"Send the name for the parcels in \"nombreCompleto\"."_s;
     if (!reply.nombreCompleto)
         findings.add(Severity::Fault, key("nombreCompleto"),
                      u"absent, shown as \"Error\""_s +
                          (reply.message ? u" instead of the message %1"_s.arg(quoted(*reply.message)) : QString()),
-                     mend);
+                     remedy);
     else if (isBlank(reply.nombreCompleto))
-        findings.add(Severity::Warning, key("nombreCompleto"), u"empty, shown as nothing"_s, mend);
+        findings.add(Severity::Warning, key("nombreCompleto"), u"empty, shown as nothing"_s, remedy);
     if (reply.status != success)
         findings.add(Severity::Note, key("status"),
                      (reply.status ? quoted(*reply.status) : u"absent"_s) + u", which this screen does not look at"_s,

@@ -1,5 +1,6 @@
 #include "Screens.h"
 
+#include "Absent.h"
 #include "ParseUserId.h"
 
 #include <algorithm>
@@ -22,14 +23,25 @@ QList<R> rowsOf(const std::optional<QList<R>> &rows)
     return rows.value_or(QList<R>());
 }
 
-QString headline(const DashboardResponse::Paquete &row) { return u"Tracking: "_s + row.tracking.value_or(u"N/A"_s); }
-QString badge(const DashboardResponse::Paquete &row) { return row.estado.value_or(u"RECIBIDO"_s).toUpper(); }
-QString origin(const DashboardResponse::Cotizacion &row) { return u"Origen: "_s + row.origen.value_or(u"N/A"_s); }
-QString badge(const DashboardResponse::Cotizacion &row) { return row.estado.value_or(u"PENDIENTE"_s).toUpper(); }
+QString textOf(const std::optional<QString> &field, QStringView absent) { return field.value_or(absent.toString()); }
+
+QString headline(const DashboardResponse::Paquete &row)
+{
+    return u"Tracking: "_s + textOf(row.tracking, Absent::tracking);
+}
+QString badge(const DashboardResponse::Paquete &row) { return textOf(row.estado, Absent::estadoPaquete).toUpper(); }
+QString origin(const DashboardResponse::Cotizacion &row)
+{
+    return u"Origen: "_s + textOf(row.origen, Absent::origen);
+}
+QString badge(const DashboardResponse::Cotizacion &row)
+{
+    return textOf(row.estado, Absent::estadoCotizacion).toUpper();
+}
 template <class R>
 QString detail(const R &row)
 {
-    return row.descripcion.value_or(u"Sin descripción"_s);
+    return textOf(row.descripcion, Absent::descripcion);
 }
 
 template <class R, class Text>
@@ -116,7 +128,7 @@ Screen misCotizacionesScreen(const std::optional<DashboardResponse> &reply)
     QString remark;
     if (!cotizaciones.isEmpty()) {
         texts = firstRows(cotizaciones, [](const auto &row) {
-            return QStringList{row.descripcion.value_or(u"Cotización"_s), badge(row), origin(row)};
+            return QStringList{textOf(row.descripcion, Absent::titulo), badge(row), origin(row)};
         });
         remark = u"%1 in all"_s.arg(cotizaciones.size());
     }

@@ -1,5 +1,6 @@
 #include "Visit.h"
 
+#include "Endpoints.h"
 #include "ParseUserId.h"
 #include "Rules.h"
 
@@ -26,7 +27,7 @@ Diagnosis Visit::run()
 void Visit::signIn()
 {
     const LoginRequest request{.email = m_order.email, .password = m_order.password};
-    const auto reply = m_asker.post<LoginResponse>(u"api_login.php"_s, request);
+    const auto reply = m_asker.post<LoginResponse>(Endpoints::login, request);
     if (!m_diagnosis.reached)
         return;
     if (reply)
@@ -72,15 +73,15 @@ void Visit::read()
 
 void Visit::readFor(qint64 id)
 {
-    const auto [listing, mended] = m_asker.listing(id);
-    if (mended)
-        judgeListing(*mended, m_diagnosis.findings);
+    const auto [listing, replaced] = m_asker.listing(id);
+    if (replaced)
+        judgeListing(*replaced, m_diagnosis.findings);
     look(dashboardScreen(listing, m_nombre.value_or(QString())));
     look(misPaquetesScreen(listing));
     look(misCotizacionesScreen(listing));
 
     const auto casillero =
-        m_asker.post<CasilleroResponse>(u"api_casillero.php"_s, CasilleroRequest{.user_id = QString::number(id)});
+        m_asker.post<CasilleroResponse>(Endpoints::casillero, CasilleroRequest{.user_id = QString::number(id)});
     if (casillero)
         judgeCasillero(*casillero, m_diagnosis.findings);
     look(casilleroScreen(casillero));

@@ -1,3 +1,4 @@
+#include "Endpoints.h"
 #include "Rules.h"
 #include "Text.h"
 #include "Visit.h"
@@ -69,7 +70,7 @@ void Visit::quote()
                                     .peso = 2.5,
                                     .valor = 40,
                                     .descripcion = m_description};
-    const auto reply = m_asker.post<StandardResponse>(u"api_cotizar.php"_s, request);
+    const auto reply = m_asker.post<StandardResponse>(Endpoints::cotizar, request);
     if (reply)
         judgeForm(*reply, false, m_diagnosis.findings);
     look(cotizarScreen(reply));
@@ -82,7 +83,7 @@ void Visit::importAuto()
 {
     const AutoRequest request{
         .user_id = m_id, .marca = u"Prueba"_s, .modelo = m_mark, .anio = u"2019"_s, .ubicacion = u"Panamá"_s};
-    const auto reply = m_asker.post<StandardResponse>(u"api_auto.php"_s, request);
+    const auto reply = m_asker.post<StandardResponse>(Endpoints::importarAuto, request);
     if (reply)
         judgeForm(*reply, false, m_diagnosis.findings);
     look(importarAutoScreen(reply));
@@ -99,7 +100,7 @@ void Visit::saveProfile()
     // As the form is when nothing was typed and no photo picked; the password is always empty.
     const PerfilRequest request{
         .user_id = m_id, .nombre = *m_nombre, .email = {}, .password = {}, .avatar_base64 = {}};
-    const auto reply = m_asker.post<StandardResponse>(u"api_perfil.php"_s, request);
+    const auto reply = m_asker.post<StandardResponse>(Endpoints::perfil, request);
     if (reply)
         judgeForm(*reply, false, m_diagnosis.findings);
     look(perfilScreen(reply));
@@ -112,16 +113,16 @@ void Visit::saveProfile()
 void Visit::signInAgain()
 {
     const LoginRequest request{.email = m_order.email, .password = m_order.password};
-    const auto reply = m_asker.post<LoginResponse>(u"api_login.php"_s, request);
+    const auto reply = m_asker.post<LoginResponse>(Endpoints::login, request);
     const bool signsIn = loginScreen(reply).state == Screen::State::Works;
-    const QString mend =
+    const QString remedy =
         u"An empty password, e-mail or photo means that it was not changed: keep the old one. The app sends the "
         "password empty always."_s;
     if (!signsIn)
-        m_diagnosis.findings.add(Severity::Fault, u"after api_perfil.php"_s, u"the customer can no longer sign in"_s,
-                                 mend);
+        m_diagnosis.findings.add(Severity::Fault, u"after "_s + Endpoints::perfil,
+                                 u"the customer can no longer sign in"_s, remedy);
     else if (reply->nombre != m_nombre)
-        m_diagnosis.findings.add(Severity::Warning, u"after api_perfil.php"_s,
+        m_diagnosis.findings.add(Severity::Warning, u"after "_s + Endpoints::perfil,
                                  u"the name is no longer the one that was saved"_s,
                                  u"Store the text as it is sent, in UTF-8."_s);
 }
@@ -138,19 +139,18 @@ void Visit::lookForQuote()
     if (found([&](const auto &row) { return row.descripcion == m_description; }))
         return;
     if (found([&](const auto &row) { return row.descripcion && row.descripcion->contains(m_mark); }))
-        m_diagnosis.findings.add(Severity::Warning, u"after api_cotizar.php"_s,
+        m_diagnosis.findings.add(Severity::Warning, u"after "_s + Endpoints::cotizar,
                                  u"the quotation's description is not the text that was sent"_s,
                                  u"Store the text as it is sent, in UTF-8, without escaping it for HTML or SQL."_s);
     else
-        m_diagnosis.findings.add(Severity::Warning, u"after api_cotizar.php"_s,
+        m_diagnosis.findings.add(Severity::Warning, u"after "_s + Endpoints::cotizar,
                                  u"the quotation is not in the listing"_s,
                                  u"Nothing, if it appears once somebody has dealt with it."_s);
 }
 
 void Visit::recover()
 {
-    const auto reply =
-        m_asker.post<StandardResponse>(u"api_recuperar.php"_s, RecuperarRequest{.email = m_order.email});
+    const auto reply = m_asker.post<StandardResponse>(Endpoints::recuperar, RecuperarRequest{.email = m_order.email});
     if (reply)
         judgeForm(*reply, true, m_diagnosis.findings);
     look(recuperarScreen(reply));
@@ -166,7 +166,7 @@ void Visit::registerCustomer()
                                   .password = anyPassword(),
                                   .direccion = m_mark,
                                   .ciudad = u"Panamá"_s};
-    const auto reply = m_asker.post<LoginResponse>(u"api_registro.php"_s, request);
+    const auto reply = m_asker.post<LoginResponse>(Endpoints::registro, request);
     if (reply && !judgeLogin(*reply, SignIn::New, m_diagnosis.findings))
         m_diagnosis.findings.add(Severity::Fault, Place{{}, -1, u"status"_s},
                                  u"%1: the service refuses%2"_s.arg(

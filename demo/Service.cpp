@@ -1,5 +1,6 @@
 #include "Service.h"
 
+#include "Endpoints.h"
 #include "Json.h"
 #include "Password.h"
 #include "Records.h"
@@ -50,6 +51,8 @@ void refuse(httplib::Response &to, const Refused &why)
 StandardResponse failed(const QString &message) { return {error, message}; }
 StandardResponse done(const QString &message) { return {success, message}; }
 StandardResponse unknownCustomer() { return failed(u"No encontramos a ese cliente"_s); }
+
+std::string pathOf(QLatin1StringView endpoint) { return "/" + std::string(endpoint.data(), endpoint.size()); }
 
 bool equalLetters(std::string_view one, std::string_view other)
 {
@@ -299,7 +302,7 @@ public:
 
 private:
     template <Record Request, Record Reply>
-    void answer(const char *path, Reply (*endpoint)(Store &, const Request &));
+    void answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &));
     template <class Work>
     void guarded(httplib::Response &response, Work work);
     void refuseStrangers();
@@ -326,15 +329,16 @@ Service::Implementation::Implementation()
         setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     });
 
-    answer("/api_login.php", login);
-    answer("/api_recuperar.php", recover);
-    answer("/api_registro.php", registerCustomer);
-    answer("/api_perfil.php", saveProfile);
-    answer("/api_casillero.php", mailbox);
-    answer("/api_cotizar.php", quote);
-    answer("/api_auto.php", importVehicle);
-    m_endpoints.push_back({"/api_paquetes.php", "GET"});
-    server.Get("/api_paquetes\\.php", [this](const httplib::Request &request, httplib::Response &response) {
+    answer(Endpoints::login, login);
+    answer(Endpoints::recuperar, recover);
+    answer(Endpoints::registro, registerCustomer);
+    answer(Endpoints::perfil, saveProfile);
+    answer(Endpoints::casillero, mailbox);
+    answer(Endpoints::cotizar, quote);
+    answer(Endpoints::importarAuto, importVehicle);
+    const std::string listing = pathOf(Endpoints::paquetes);
+    m_endpoints.push_back({listing, "GET"});
+    server.Get(listing, [this](const httplib::Request &request, httplib::Response &response) {
         guarded(response, [&] { response.set_content(m_listings.of(*store, customerOf(request)), jsonType); });
     });
     refuseStrangers();
@@ -342,14 +346,14 @@ Service::Implementation::Implementation()
 }
 
 template <Record Request, Record Reply>
-void Service::Implementation::answer(const char *path, Reply (*endpoint)(Store &, const Request &))
+void Service::Implementation::answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &))
 {
+    const std::string path = pathOf(endpoint);
     m_endpoints.push_back({path, "POST"});
-    server.Post(path, [this, endpoint](const httplib::Request &request, httplib::Response &response,
-                                       const httplib::ContentReader &content) {
-        guarded(response, [&] {
-            reply(response, endpoint(*store, readRecord<Request>(readBody(request, response, content))));
-        });
+    server.Post(path, [this, work](const httplib::Request &request, httplib::Response &response,
+                                   const httplib::ContentReader &content) {
+        guarded(response,
+                [&] { reply(response, work(*store, readRecord<Request>(readBody(request, response, content)))); });
     });
 }
 

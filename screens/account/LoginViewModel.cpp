@@ -2,6 +2,7 @@
 
 #include "ApiClient.h"
 #include "Deployment.h"
+#include "Endpoints.h"
 #include "ParseUserId.h"
 
 using namespace Qt::StringLiterals;
@@ -16,7 +17,7 @@ void LoginViewModel::iniciarSesion()
     }
     const LoginRequest request{.email = email, .password = pass};
     ApiClient::instance().post<LoginResponse>(
-        u"api_login.php"_s, request, [this, alive = hold()](const std::optional<LoginResponse> &reply) {
+        Endpoints::login, request, [this, alive = hold()](const std::optional<LoginResponse> &reply) {
             const auto failure = u"Error de credenciales"_s;
             if (!reply) {
                 msg = failure;
@@ -40,7 +41,7 @@ void LoginViewModel::enviarRecuperacion()
         return;
     const RecuperarRequest request{.email = recuperarEmail};
     ApiClient::instance().post<StandardResponse>(
-        u"api_recuperar.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
+        Endpoints::recuperar, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
             // Whether the address is known is nobody's business, and a failure looks the same.
             const auto done = u"Solicitud procesada"_s;
             msg = reply ? reply->message.value_or(done) : done;

@@ -1,6 +1,7 @@
 #include "PerfilViewModel.h"
 
 #include "ApiClient.h"
+#include "Endpoints.h"
 #include "PhotoLoader.h"
 
 using namespace Qt::StringLiterals;
@@ -36,7 +37,7 @@ void PerfilViewModel::guardarCambios()
         .avatar_base64 = avatarBase64,
     };
     ApiClient::instance().post<StandardResponse>(
-        u"api_perfil.php"_s, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
+        Endpoints::perfil, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
             if (!reply || reply->status != u"success"_s) {
                 msg = u"Error al actualizar"_s;
                 return;

@@ -1,6 +1,7 @@
 #include "RegistroViewModel.h"
 
 #include "ApiClient.h"
+#include "Endpoints.h"
 #include "ParseUserId.h"
 #include "PasswordRule.h"
 
@@ -25,7 +26,7 @@ void RegistroViewModel::registrar()
         return;
     }
     ApiClient::instance().post<LoginResponse>(
-        u"api_registro.php"_s, request,
+        Endpoints::registro, request,
         [this, alive = hold(), nombre = request.nombre,
          email = request.email](const std::optional<LoginResponse> &reply) {
             const auto failure = u"Error al registrar"_s;
