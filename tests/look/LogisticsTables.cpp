@@ -18,6 +18,9 @@ QList<Rule> mainButton(const QString &above, qreal distance, const QString &styl
             shape(20, blue),        text(style, white), centredText()};
 }
 
+/// An empty message keeps its line.
+Table emptyMessage() { return {{u"msg"_s, {below(u"enviar"_s, 12), height(22)}}}; }
+
 QList<Rule> message() { return {below(u"enviar"_s, 12), left(24), right(24), text(u"body"_s, blue), centredText()}; }
 
 Table summary()
@@ -84,6 +87,7 @@ Table recentRows()
     return table + Table{
                        {u"recentPackages"_s, {below(u"tiles"_s, 24)}},
                        {u"recentQuotes"_s, {below(u"recentPackages"_s, 24)}},
+                       {u"recentQuotes/card"_s, {height(12 + 48 + 12)}},
                        {u"Ver todos"_s, {right(24), level(u"Envíos Recientes"_s), text(u"body"_s, blue)}},
                        {u"Ver todas"_s, {right(24), level(u"Mis Cotizaciones"_s), text(u"body"_s, blue)}},
                    };
@@ -181,7 +185,9 @@ QList<SceneTable> logisticsTables()
          rows(u"Mis Cotizaciones"_s, u"Bicicleta de niño"_s, u"Origen: Miami, USA"_s, u"PENDIENTE"_s, blue)},
         {"cotizaciones-vacio", noQuotations()},
         {"casillero", mailbox()},
+        {"cotizar", emptyMessage()},
         {"cotizar-enviado", quotation()},
+        {"autos", emptyMessage()},
         {"autos-enviado", vehicle()},
     };
 }

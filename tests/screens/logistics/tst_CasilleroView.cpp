@@ -18,7 +18,6 @@ private Q_SLOTS:
     void nameCountsWhateverTheStatus();
     void everyShowingAsksAgainAndTheLastReplyWins();
     void buttonReturnsToTheScreenBelow();
-    void layoutHasTheDesignedMeasures();
     void longNamesAreNotCut();
 
 private:
@@ -119,31 +118,6 @@ void CasilleroViewTest::buttonReturnsToTheScreenBelow()
     screen.tap(screen.named(u"Volver al Panel"_s));
     QTRY_COMPARE(screen.root()->property("depth").toInt(), 1);
     server.held.first()->send(R"({"nombreCompleto":"tarde"})");
-}
-
-void CasilleroViewTest::layoutHasTheDesignedMeasures()
-{
-    server.reply("/api_casillero.php", R"({"nombreCompleto":"Ana"})");
-    TestScreen screen(mailbox());
-    QTRY_COMPARE(info(screen), u"Ana"_s);
-    QTRY_VERIFY(!screen.root()->property("moving").toBool());
-    screen.settle();
-    const QRectF title = TestScreen::box(screen.named(u"Mi Casillero"_s));
-    const QRectF card = TestScreen::box(screen.find(u"card"_s));
-    const QRectF button = TestScreen::box(screen.find(u"volver"_s));
-    QCOMPARE(card.left(), 24);
-    QCOMPARE(card.width(), 390 - 48);
-    QCOMPARE(card.top() - title.bottom(), 8);
-    QCOMPARE(button.top() - card.bottom(), 32 + 8);
-    QCOMPARE(button.size(), QSizeF(390 - 48, 54));
-    QVERIFY(qAbs((title.top() + button.bottom()) / 2 - 422) <= 1);
-    const auto *const shape = screen.find(u"card"_s)->property("background").value<QQuickItem *>();
-    QCOMPARE(shape->property("radius").toReal(), 24);
-    QCOMPARE(screen.find(u"info"_s)->property("color").value<QColor>(), QColor(0x00, 0x7A, 0xFF));
-    QCOMPARE(screen.find(u"info"_s)->property("font").value<QFont>().weight(), QFont::DemiBold);
-    QCOMPARE(screen.find(u"direccion"_s)->property("lineHeight").toReal(), 22 + 8);
-    const auto *const label = screen.find(u"volver"_s)->property("contentItem").value<QQuickItem *>();
-    QCOMPARE(label->property("font").value<QFont>().weight(), QFont::Normal);
 }
 
 void CasilleroViewTest::longNamesAreNotCut()

@@ -31,7 +31,6 @@ private Q_SLOTS:
     void rowsAreHeardAsOneElementEach();
     void rolesAreTheFieldsOfTheRecord();
     void onlyVisibleRowsExist();
-    void groupHasTheDesignedMeasures();
     void titleScrollsAwayAndComesBackInTheBar();
     void longTextsAreNotCut();
     void arrowKeysWalkTheRows();
@@ -307,28 +306,6 @@ void ListViewsTest::onlyVisibleRowsExist()
     QVERIFY2(items() < 60, qPrintable(QString::number(items())));
     QMetaObject::invokeMethod(list, "positionViewAtBeginning");
     QTRY_VERIFY(rows(screen).contains(u"Tracking: T1"_s));
-}
-
-void ListViewsTest::groupHasTheDesignedMeasures()
-{
-    server.reply(listing, manyPackages(3));
-    for (const int width : {320, 390, 1280}) {
-        TestScreen screen(packages(), {width, 844});
-        QTRY_COMPARE(count(screen), 3);
-        settle(screen);
-        const qreal column = std::min(width, 600);
-        const QQuickItem *const row = screen.named(u"Tracking: T1, Caja, RECIBIDO"_s);
-        const QQuickItem *const card = screen.find(u"card"_s, row);
-        QCOMPARE(TestScreen::box(card).left(), (width - column) / 2 + 16);
-        QCOMPARE(card->width(), column - 32);
-        QCOMPARE(card->property("radius").toReal(), 10);
-        QVERIFY(row->height() >= 44);
-        // The text stands 16 inside.
-        const QQuickItem *const separator = screen.find(u"separator"_s, row);
-        QCOMPARE(TestScreen::box(separator).left(), (width - column) / 2 + 32);
-        QVERIFY(separator->isVisible());
-        QVERIFY(!screen.find(u"separator"_s, screen.named(u"Tracking: T3, Caja, RECIBIDO"_s))->isVisible());
-    }
 }
 
 void ListViewsTest::titleScrollsAwayAndComesBackInTheBar()
