@@ -9,20 +9,15 @@ using namespace Qt::StringLiterals;
 class AlertTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void showsTitleInputButtonsAndMessage();
+    void fadesInAndIsAllThatIsHeard();
     void focusStartsInTheInputAndCannotLeave();
-    void returnSendsAndEscapeCancels();
     void sendingCommitsUnfinishedTextFirst();
-    void whatIsBelowCannotBeReachedOrHeard();
-    void itIsAsWideAsDesignedAndFitsASmallWindow();
-    void itComesInTwoHundredMilliseconds();
     void heldKeyThatOpenedItNeitherSendsNorCancels_data();
     void heldKeyThatOpenedItNeitherSendsNorCancels();
-    void nothingBelowCanBeReachedUntilItHasGone();
+    void nothingBelowCanBeUsedUntilItHasGone();
     void keysGoNoFurtherUntilItHasGone();
     void focusComesBackToWhereItWas_data();
     void focusComesBackToWhereItWas();
-    void outlineOfItsInputIsAHairline();
 
 private:
     static QByteArray page()
@@ -64,16 +59,16 @@ private:
     }
 };
 
-void AlertTest::showsTitleInputButtonsAndMessage()
+void AlertTest::fadesInAndIsAllThatIsHeard()
 {
     TestScreen screen(page());
-    QVERIFY(!screen.texts().contains(u"Recuperar"_s));
+    screen.root()->setProperty("asking", true);
+    QVERIFY(screen.find(u"alert"_s)->isVisible());
+    QVERIFY(screen.find(u"alert"_s)->opacity() < 1);
     open(screen);
-    const QStringList shown{u"Recuperar"_s, u"Se enviará un enlace."_s, u"Tu correo"_s, u"Cancelar"_s, u"Enviar"_s};
-    QCOMPARE(screen.texts(screen.find(u"alert"_s)), shown);
+    const QStringList heard{u"Recuperar"_s, u"Se enviará un enlace."_s, u"Tu correo"_s, u"Cancelar"_s, u"Enviar"_s};
+    QCOMPARE(screen.names(), heard);
     QCOMPARE(QAccessible::queryAccessibleInterface(screen.named(u"Recuperar"_s))->role(), QAccessible::Dialog);
-    for (const QString &name : {u"Se enviará un enlace."_s, u"Tu correo"_s, u"Cancelar"_s, u"Enviar"_s})
-        QVERIFY2(screen.named(name), qUtf8Printable(name));
 }
 
 void AlertTest::focusStartsInTheInputAndCannotLeave()
@@ -96,21 +91,6 @@ void AlertTest::focusStartsInTheInputAndCannotLeave()
              u"Cancelar"_s);
 }
 
-void AlertTest::returnSendsAndEscapeCancels()
-{
-    TestScreen screen(page());
-    open(screen);
-    screen.type(screen.find(u"alertInput"_s), u"a@b"_s);
-    screen.key(Qt::Key_Return);
-    QCOMPARE(screen.root()->property("accepts").toInt(), 1);
-    QCOMPARE(screen.root()->property("sent").toString(), u"a@b"_s);
-    QTRY_VERIFY(!screen.find(u"alert"_s)->isVisible());
-    open(screen);
-    screen.key(Qt::Key_Escape);
-    QCOMPARE(screen.root()->property("cancels").toInt(), 1);
-    QCOMPARE(screen.root()->property("accepts").toInt(), 1);
-}
-
 void AlertTest::sendingCommitsUnfinishedTextFirst()
 {
     for (const bool byReturn : {true, false}) {
@@ -123,51 +103,9 @@ void AlertTest::sendingCommitsUnfinishedTextFirst()
             QAccessible::queryAccessibleInterface(screen.named(u"Enviar"_s))
                 ->actionInterface()
                 ->doAction(QAccessibleActionInterface::pressAction());
+        QCOMPARE(screen.root()->property("accepts").toInt(), 1);
         QCOMPARE(screen.root()->property("sent").toString(), u"ana@x"_s);
     }
-}
-
-void AlertTest::whatIsBelowCannotBeReachedOrHeard()
-{
-    TestScreen screen(page());
-    QQuickItem *const below = screen.find(u"below"_s);
-    QVERIFY(screen.named(u"Debajo"_s));
-    open(screen);
-    screen.tap(below);
-    QCOMPARE(screen.root()->property("presses").toInt(), 0);
-    QVERIFY(!screen.named(u"Debajo"_s));
-    screen.tap(screen.named(u"Cancelar"_s));
-    QTRY_VERIFY(!screen.find(u"alert"_s)->isVisible());
-    screen.tap(below);
-    QCOMPARE(screen.root()->property("presses").toInt(), 1);
-    QVERIFY(!screen.named(u"Cancelar"_s));
-}
-
-void AlertTest::itIsAsWideAsDesignedAndFitsASmallWindow()
-{
-    for (const QSize size : {QSize(390, 844), QSize(320, 480), QSize(1280, 800)}) {
-        TestScreen screen(page(), size);
-        open(screen);
-        const QRectF box = TestScreen::box(screen.named(u"Recuperar"_s));
-        QCOMPARE(box.width(), 270);
-        QVERIFY(QRectF(QPointF(), QSizeF(size)).contains(box));
-        QVERIFY(qAbs(box.center().x() - size.width() / 2.0) <= 0.5);
-        QVERIFY(qAbs(box.center().y() - size.height() / 2.0) <= 0.5);
-        for (const QString &name : {u"Cancelar"_s, u"Enviar"_s}) {
-            QCOMPARE(TestScreen::box(screen.named(name)).height(), 44);
-            QCOMPARE(TestScreen::box(screen.named(name)).width(), 135);
-        }
-    }
-}
-
-void AlertTest::itComesInTwoHundredMilliseconds()
-{
-    TestScreen screen(page());
-    QQuickItem *const alert = screen.find(u"alert"_s);
-    screen.root()->setProperty("asking", true);
-    QVERIFY(alert->isVisible());
-    QVERIFY(alert->opacity() < 1);
-    QTRY_VERIFY(qFuzzyCompare(alert->opacity(), 1.0));
 }
 
 void AlertTest::heldKeyThatOpenedItNeitherSendsNorCancels_data()
@@ -185,9 +123,12 @@ void AlertTest::heldKeyThatOpenedItNeitherSendsNorCancels()
     QCOMPARE(screen.root()->property("accepts").toInt(), 0);
     QCOMPARE(screen.root()->property("cancels").toInt(), 0);
     QVERIFY(screen.root()->property("asking").toBool());
+    screen.key(key);
+    QCOMPARE(screen.root()->property("accepts").toInt(), key == Qt::Key_Escape ? 0 : 1);
+    QCOMPARE(screen.root()->property("cancels").toInt(), key == Qt::Key_Escape ? 1 : 0);
 }
 
-void AlertTest::nothingBelowCanBeReachedUntilItHasGone()
+void AlertTest::nothingBelowCanBeUsedUntilItHasGone()
 {
     TestScreen screen(page(), {300, 200});
     QQuickItem *const field = screen.find(u"field"_s);
@@ -261,14 +202,6 @@ void AlertTest::focusComesBackToWhereItWas()
     // The caret is where it was, and the focus ring is there if it was.
     QCOMPARE(item->property("focusReason").value<Qt::FocusReason>(), reason);
     QCOMPARE(field->property("cursorPosition").toInt(), 3);
-}
-
-void AlertTest::outlineOfItsInputIsAHairline()
-{
-    TestScreen screen(page());
-    open(screen);
-    const auto *const shape = screen.find(u"alertInput"_s)->property("background").value<QQuickItem *>();
-    QCOMPARE(shape->property("borderWidth").toReal(), 1 / screen.window().effectiveDevicePixelRatio());
 }
 
 MAROVENDA_TEST_MAIN(AlertTest)
