@@ -9,13 +9,9 @@ class ScrollerTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void inertWhileTheContentFits();
-    void flicksWhenTheContentDoesNotFit();
     void focusedFieldIsBroughtIntoView();
     void focusedFieldStaysInViewWhenTheWindowShrinks();
-    void shortContentIsCentredWhereAsked();
-    void columnIsAtMostSixHundredWideAndCentred();
     void shrinkingContentReturnsToTheTop();
-    void indicatorShowsWhileItMoves_data();
     void indicatorShowsWhileItMoves();
 
 private:
@@ -26,27 +22,15 @@ private:
                "; CustomTextField { required property int index; objectName: 'field' + index; width: parent.width;"
                " hint: 'Campo ' + index; isDecimal: false } } } }";
     }
-    static bool isOfType(const QQuickItem *item, const QByteArray &type)
-    {
-        return QByteArray(item->metaObject()->className()).startsWith(type + "_QMLTYPE");
-    }
-    /// The first item of a type of ours at or below `from`; null when there is none.
-    static const QQuickItem *ofType(const QQuickItem *from, const QByteArray &type)
-    {
-        if (isOfType(from, type))
-            return from;
-        for (const QQuickItem *child : from->childItems()) {
-            if (const QQuickItem *const found = ofType(child, type))
-                return found;
-        }
-        return nullptr;
-    }
-    static void drag(TestScreen &screen, int from, int to)
+    /// Calls `whileDown` before the finger is lifted.
+    static void drag(
+        TestScreen &screen, int from, int to, const std::function<void()> &whileDown = [] {})
     {
         QTest::mousePress(&screen.window(), Qt::LeftButton, {}, QPoint(380, from));
         const int step = from > to ? -8 : 8;
         for (int y = from; y != to; y += step)
             QTest::mouseMove(&screen.window(), QPoint(380, y), 5);
+        whileDown();
         QTest::mouseRelease(&screen.window(), Qt::LeftButton, {}, QPoint(380, to));
     }
 };
@@ -59,15 +43,6 @@ void ScrollerTest::inertWhileTheContentFits()
     QCOMPARE(screen.root()->property("contentY").toReal(), 0);
     drag(screen, 200, 600);
     QCOMPARE(screen.root()->property("contentY").toReal(), 0);
-}
-
-void ScrollerTest::flicksWhenTheContentDoesNotFit()
-{
-    TestScreen screen(column(40));
-    QVERIFY(screen.root()->property("interactive").toBool());
-    drag(screen, 600, 200);
-    QTRY_VERIFY(screen.root()->property("contentY").toReal() > 100);
-    QTRY_VERIFY(!screen.root()->property("moving").toBool());
 }
 
 void ScrollerTest::focusedFieldIsBroughtIntoView()
@@ -95,25 +70,6 @@ void ScrollerTest::focusedFieldStaysInViewWhenTheWindowShrinks()
     QVERIFY(TestScreen::box(last).top() >= 0);
 }
 
-void ScrollerTest::shortContentIsCentredWhereAsked()
-{
-    TestScreen centred(column(2, "centred: true;"));
-    QCOMPARE(TestScreen::box(centred.find(u"column"_s)).top(), (844 - 2 * 54) / 2);
-    TestScreen atTop(column(2));
-    QCOMPARE(TestScreen::box(atTop.find(u"column"_s)).top(), 0);
-    TestScreen tall(column(40, "centred: true;"));
-    QCOMPARE(TestScreen::box(tall.find(u"column"_s)).top(), 0);
-}
-
-void ScrollerTest::columnIsAtMostSixHundredWideAndCentred()
-{
-    TestScreen wide(column(2), {1280, 800});
-    QCOMPARE(TestScreen::box(wide.find(u"column"_s)).left(), 340);
-    QCOMPARE(wide.find(u"column"_s)->width(), 600);
-    TestScreen narrow(column(2), {320, 480});
-    QCOMPARE(narrow.find(u"column"_s)->width(), 320);
-}
-
 void ScrollerTest::shrinkingContentReturnsToTheTop()
 {
     TestScreen screen(
@@ -124,49 +80,20 @@ void ScrollerTest::shrinkingContentReturnsToTheTop()
     QTRY_COMPARE(screen.root()->property("contentY").toReal(), 0);
 }
 
-void ScrollerTest::indicatorShowsWhileItMoves_data()
-{
-    QTest::addColumn<QByteArray>("view");
-    QTest::addColumn<QString>("area");
-    QTest::addColumn<bool>("shown");
-    QTest::newRow("quotation form") << QByteArray("CotizarView {}") << QString() << true;
-    QTest::newRow("vehicle form") << QByteArray("ImportarAutoView {}") << QString() << true;
-    QTest::newRow("registration") << QByteArray("RegistroView {}") << QString() << true;
-    QTest::newRow("dashboard") << QByteArray("DashboardView { screens: ServiceScreens {} }") << QString() << true;
-    QTest::newRow("tiles") << QByteArray("DashboardView { screens: ServiceScreens {} }") << u"tileScroll"_s << false;
-}
-
 void ScrollerTest::indicatorShowsWhileItMoves()
 {
-    QFETCH(QByteArray, view);
-    QFETCH(QString, area);
-    QFETCH(bool, shown);
-    TestScreen screen(view, {390, 300});
-    const QQuickItem *const moved = area.isEmpty() ? ofType(screen.root(), "Scroller") : screen.find(area);
-    QVERIFY(moved);
-    QVERIFY(moved->property("interactive").toBool());
-    // Its own, not one of an area inside.
+    TestScreen screen(column(40));
     const auto indicatorShown = [&] {
-        const QList<QQuickItem *> children = moved->childItems();
+        const QList<QQuickItem *> children = screen.root()->childItems();
         return std::any_of(children.begin(), children.end(), [](const QQuickItem *each) {
-            return isOfType(each, "ScrollIndicator") && each->isVisible() && each->width() > 0 &&
-                   each->property("color").value<QColor>().alpha() > 0;
+            return QByteArray(each->metaObject()->className()).startsWith("ScrollIndicator") && each->isVisible() &&
+                   each->width() > 0 && each->property("color").value<QColor>().alpha() > 0;
         });
     };
     QVERIFY(!indicatorShown());
-    if (!area.isEmpty())
-        screen.scrollTo(moved);
-    QPoint finger = TestScreen::box(moved).center().toPoint();
-    const QPoint step = area.isEmpty() ? QPoint(0, -8) : QPoint(-8, 0);
-    if (area.isEmpty())
-        finger = QPoint(380, 250);
-    QTest::mousePress(&screen.window(), Qt::LeftButton, {}, finger);
-    for (int i = 0; i < 10; ++i)
-        QTest::mouseMove(&screen.window(), finger += step, 5);
-    QVERIFY(moved->property("moving").toBool());
-    QCOMPARE(indicatorShown(), shown);
-    QTest::mouseRelease(&screen.window(), Qt::LeftButton, {}, finger);
-    QTRY_VERIFY(!moved->property("moving").toBool());
+    drag(screen, 600, 200, [&] { QVERIFY(indicatorShown()); });
+    QTRY_VERIFY(screen.root()->property("contentY").toReal() > 100);
+    QTRY_VERIFY(!screen.root()->property("moving").toBool());
     QVERIFY(!indicatorShown());
 }
 
