@@ -28,8 +28,6 @@ class Portal : public QDBusVirtualObject {
 public:
     QHash<QString, QVariant> values;
     int questions = 0;
-    /// The setting whose answer is kept back until `answerLate`.
-    QString late;
 
     QString introspect(const QString &) const override { return {}; }
 
@@ -38,19 +36,11 @@ public:
         if (message.member() != u"Read"_s)
             return false;
         ++questions;
-        if (message.arguments().at(1) == late) {
-            m_kept.append(message);
-            return true;
-        }
-        return answer(message, connection);
-    }
-
-    bool answerLate()
-    {
-        late.clear();
-        const QList<QDBusMessage> kept = std::exchange(m_kept, {});
-        return !kept.isEmpty() &&
-               std::all_of(kept.begin(), kept.end(), [this](const auto &each) { return answer(each, connection()); });
+        const QVariant value = values.value(message.arguments().at(1).toString());
+        if (!value.isValid())
+            return connection.send(message.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s, {}));
+        return connection.send(
+            message.createReply(QVariant::fromValue(QDBusVariant(QVariant::fromValue(QDBusVariant(value))))));
     }
 
     void change(const QString &area, const QString &key, const QVariant &value)
@@ -62,18 +52,6 @@ public:
     }
 
     static QDBusConnection connection() { return QDBusConnection(u"portal"_s); }
-
-private:
-    bool answer(const QDBusMessage &message, const QDBusConnection &connection) const
-    {
-        const QVariant value = values.value(message.arguments().at(1).toString());
-        if (!value.isValid())
-            return connection.send(message.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s, {}));
-        return connection.send(
-            message.createReply(QVariant::fromValue(QDBusVariant(QVariant::fromValue(QDBusVariant(value))))));
-    }
-
-    QList<QDBusMessage> m_kept;
 };
 
 /// Once the bus has carried this there and back, it has carried the answers before it.
@@ -112,7 +90,6 @@ private Q_SLOTS:
     void init()
     {
         m_portal.values.clear();
-        m_portal.late.clear();
         m_portal.questions = 0;
     }
     void motionIsReducedWhereTheDesktopSaysSo_data();
@@ -147,16 +124,10 @@ void PlatformSettingsTest::motionIsReducedWhereTheDesktopSaysSo()
     QFETCH(QVariant, motion);
     QFETCH(bool, reduced);
     m_portal.values = {{u"enable-animations"_s, animations}, {u"reduced-motion"_s, motion}};
-    for (const QString &late : {u"enable-animations"_s, u"reduced-motion"_s}) {
-        m_portal.late = late;
-        const int before = m_portal.questions;
-        PlatformSettings platform;
-        QTRY_COMPARE(m_portal.questions, before + 2);
-        untilAnswered();
-        QVERIFY(m_portal.answerLate());
-        untilAnswered();
-        QCOMPARE(platform.reducedMotion(), reduced);
-    }
+    PlatformSettings platform;
+    QTRY_COMPARE(m_portal.questions, 2);
+    untilAnswered();
+    QCOMPARE(platform.reducedMotion(), reduced);
 }
 
 void PlatformSettingsTest::changeIsFollowed()
