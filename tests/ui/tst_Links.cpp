@@ -14,10 +14,8 @@ public:
 private Q_SLOTS:
     void init();
     void cleanup();
-    void textFormsAnAddress_data();
-    void textFormsAnAddress();
-    void onlyHttpsAndMailtoLeave_data();
-    void onlyHttpsAndMailtoLeave();
+    void onlyAddressesOfHttpsAndMailtoLeave_data();
+    void onlyAddressesOfHttpsAndMailtoLeave();
 
 private:
     QList<QUrl> m_opened;
@@ -38,7 +36,7 @@ void LinksTest::cleanup()
         QDesktopServices::unsetUrlHandler(scheme);
 }
 
-void LinksTest::textFormsAnAddress_data()
+void LinksTest::onlyAddressesOfHttpsAndMailtoLeave_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("address");
@@ -54,32 +52,18 @@ void LinksTest::textFormsAnAddress_data()
     QTest::newRow("malformed port") << u"https://track.example:port/MRV-1"_s << QByteArray();
     QTest::newRow("relative") << u"MRV-1"_s << QByteArray();
     QTest::newRow("empty") << QString() << QByteArray();
+    for (const char *other : {"http://track.example/1", "file:///etc/passwd", "javascript:alert(1)", "tel:123"})
+        QTest::newRow(other) << QString::fromLatin1(other) << QByteArray();
 }
 
-void LinksTest::textFormsAnAddress()
+void LinksTest::onlyAddressesOfHttpsAndMailtoLeave()
 {
     QFETCH(QString, text);
     QFETCH(QByteArray, address);
     const QUrl url = Links::fromText(text);
     QCOMPARE(url.toEncoded(), address);
-    Links::open(url);
-    QCOMPARE(m_opened.size(), address.isEmpty() ? 0 : 1);
-}
-
-void LinksTest::onlyHttpsAndMailtoLeave_data()
-{
-    QTest::addColumn<QString>("text");
-    for (const char *text :
-         {"http://track.example/1", "file:///etc/passwd", "javascript:alert(1)", "tel:123", "ftp://a/b"})
-        QTest::newRow(text) << QString::fromLatin1(text);
-}
-
-void LinksTest::onlyHttpsAndMailtoLeave()
-{
-    QFETCH(QString, text);
-    QCOMPARE(Links::fromText(text), QUrl());
     Links::open(QUrl(text));
-    QVERIFY(m_opened.isEmpty());
+    QCOMPARE(m_opened.size(), address.isEmpty() ? 0 : 1);
 }
 
 MAROVENDA_TEST_MAIN(LinksTest)
