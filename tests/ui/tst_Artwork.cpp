@@ -13,7 +13,6 @@ private Q_SLOTS:
     void picturesOfAllRatios();
     void unknownNameDrawsNothing();
     void isWholeWithinTheItem();
-    void fillsTheItemWhereCropped();
 
 private:
     /// What is drawn of a picture, on red.
@@ -60,20 +59,6 @@ void ArtworkTest::isWholeWithinTheItem()
     for (int x = 50; x < 150; ++x)
         something = something || !isBare(picture.pixel(x, 50));
     QVERIFY(something);
-}
-
-void ArtworkTest::fillsTheItemWhereCropped()
-{
-    const QImage picture = drawn("name: 'background'; cropped: true");
-    for (const QPoint corner : {QPoint(0, 0), QPoint(199, 0), QPoint(0, 99), QPoint(199, 99)})
-        QVERIFY(!isBare(picture.pixel(corner)));
-    // The middle of it, at its own proportions: the top and the bottom are cut off.
-    const QImage whole = Artwork::picture(u"background"_s, 1);
-    const double scale = 200.0 / whole.width();
-    const int top = qRound((whole.height() - 100 / scale) / 2);
-    const QColor expected = whole.pixelColor(0, top);
-    const QColor found = picture.pixelColor(0, 0);
-    QVERIFY(std::abs(expected.red() - found.red()) <= 3 && std::abs(expected.blue() - found.blue()) <= 3);
 }
 
 MAROVENDA_TEST_MAIN(ArtworkTest)
