@@ -3,7 +3,6 @@
 
 #include <QBuffer>
 #include <QColorSpace>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QHash>
 #include <QImageWriter>
@@ -19,9 +18,9 @@ using namespace Qt::StringLiterals;
 class PhotoDecoderTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void picturesBeyondTheBoundsAreRefused();
     void stripsAreCroppedBeforeTheyAreScaled_data();
     void stripsAreCroppedBeforeTheyAreScaled();
-    void manyCommentsAreNotRead();
     void jpegInPartsIsBoundedByItsMemory();
     void jpegInPartsIsBoundedByItsScans();
     void exifTurnsThePicture();
@@ -71,6 +70,18 @@ private:
     }
 };
 
+void PhotoDecoderTest::picturesBeyondTheBoundsAreRefused()
+{
+    // A header that claims 30,000 x 30,000 pixels in a file of a few bytes.
+    QByteArray png = encoded(halves(50, 50), "png");
+    qToBigEndian<quint32>(30000, png.data() + 16);
+    qToBigEndian<quint32>(30000, png.data() + 20);
+    QVERIFY(decodePhoto(png, 20).isNull());
+    QVERIFY(decodePhoto(encoded(halves(50, 50), "png"), 0).isNull());
+    QVERIFY(!decodePhoto(encoded(halves(16384, 1), "png"), 20).isNull());
+    QVERIFY(decodePhoto(encoded(halves(16385, 1), "png"), 20).isNull());
+}
+
 void PhotoDecoderTest::stripsAreCroppedBeforeTheyAreScaled_data()
 {
     QTest::addColumn<QByteArray>("format");
@@ -92,16 +103,6 @@ void PhotoDecoderTest::stripsAreCroppedBeforeTheyAreScaled()
     const QImage shown = decodePhoto(bytes, 100, PhotoShape::Square);
     QVERIFY(shown.pixelColor(50, 50).red() > 200);
     QVERIFY2(peakInMiB() - before < 256, "the whole strip was enlarged");
-}
-
-void PhotoDecoderTest::manyCommentsAreNotRead()
-{
-    QByteArray jpeg = encoded(halves(40, 40), "jpeg");
-    jpeg.insert(2, QByteArray("\xFF\xFE\x00\x02", 4).repeated(300'000));
-    QElapsedTimer clock;
-    clock.start();
-    QVERIFY(!decodePhoto(jpeg, 20).isNull());
-    QVERIFY2(clock.elapsed() < 10'000, "the comments were read");
 }
 
 void PhotoDecoderTest::jpegInPartsIsBoundedByItsMemory()
@@ -140,19 +141,11 @@ void PhotoDecoderTest::exifTurnsThePicture()
 void PhotoDecoderTest::damagedPicturesAreSilent_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    const QByteArray png = encoded(halves(50, 50), "png");
     const QByteArray jpeg = encoded(halves(50, 50), "jpeg");
-    QByteArray bad = png;
+    QByteArray bad = encoded(halves(50, 50), "png");
     bad[20] = static_cast<char>(~bad[20]);
     QTest::newRow("png, checksum of the header") << bad;
-    bad = png;
-    bad[bad.size() - 20] = static_cast<char>(~bad[bad.size() - 20]);
-    QTest::newRow("png, data") << bad;
-    QTest::newRow("png, no data") << png.first(33) + png.last(12);
-    QTest::newRow("png, cut off") << png.first(png.size() - 30);
-    QTest::newRow("jpeg, cut off") << jpeg.first(jpeg.size() / 2);
     QTest::newRow("jpeg, more before its end") << jpeg.first(jpeg.size() - 2) + "more\xFF\xD9";
-    QTest::newRow("jpeg, nothing in it") << jpeg.first(40) + "\xFF\xD9";
     QImage profiled = halves(20, 20);
     profiled.setColorSpace(QColorSpace::DisplayP3);
     QByteArray webp = encoded(profiled, "webp");
