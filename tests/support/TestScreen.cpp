@@ -118,6 +118,28 @@ QStringList TestScreen::names() const
     return all;
 }
 
+QString TestScreen::focusedName() const
+{
+    QAccessibleInterface *const heard = QAccessible::queryAccessibleInterface(m_view->activeFocusItem());
+    return heard ? heard->text(QAccessible::Name) : QString();
+}
+
+QStringList TestScreen::tabStops(int count) const
+{
+    QStringList all;
+    for (int i = 0; i < count; ++i) {
+        key(Qt::Key_Tab);
+        all.append(focusedName());
+    }
+    return all;
+}
+
+void TestScreen::press(QQuickItem *item)
+{
+    QAccessible::queryAccessibleInterface(item)->actionInterface()->doAction(
+        QAccessibleActionInterface::pressAction());
+}
+
 QStringList TestScreen::texts(const QQuickItem *from) const
 {
     QStringList all;

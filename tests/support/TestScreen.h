@@ -28,6 +28,12 @@ public:
     QQuickItem *named(const QString &name) const;
     /// All names that assistive technology finds on show, top to bottom as the tree has them.
     QStringList names() const;
+    /// What is heard of the item that has the focus; empty when that has no name.
+    QString focusedName() const;
+    /// The names of the next stops of the Tab key.
+    QStringList tabStops(int count) const;
+    /// Presses an item as assistive technology does.
+    static void press(QQuickItem *item);
     /// The texts on show below an item, in the order of the tree.
     QStringList texts(const QQuickItem *from = nullptr) const;
     QList<QQuickItem *> all(const QString &objectName, const QQuickItem *from = nullptr) const;
