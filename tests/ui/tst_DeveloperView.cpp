@@ -3,7 +3,6 @@
 #include "TestDeployment.h"
 #include "TestScreen.h"
 
-#include <QAccessible>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -119,13 +118,7 @@ void DeveloperViewTest::everythingIsReadInOrder()
     const QStringList order{u"Corvandel"_s, u"Desarrollo de Software & IT Solutions"_s, siteName, mailName,
                             u"Volver al Panel"_s};
     QCOMPARE(screen.names(), order);
-    QStringList walked;
-    for (int i = 0; i < 3; ++i) {
-        screen.key(Qt::Key_Tab);
-        walked.append(
-            QAccessible::queryAccessibleInterface(screen.window().activeFocusItem())->text(QAccessible::Name));
-    }
-    QCOMPARE(walked, order.sliced(2));
+    QCOMPARE(screen.tabStops(3), order.sliced(2));
 }
 
 void DeveloperViewTest::longLinksAreNotCut_data()

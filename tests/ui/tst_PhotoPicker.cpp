@@ -77,12 +77,6 @@ private:
     {
         return screen.picture().pixelColor(TestScreen::box(screen.named(photo)).center().toPoint());
     }
-    static QString focused(TestScreen &screen)
-    {
-        QQuickItem *const item = screen.window().activeFocusItem();
-        QAccessibleInterface *const heard = QAccessible::queryAccessibleInterface(item);
-        return heard ? heard->text(QAccessible::Name) + item->objectName() : QString();
-    }
     QString path(const QString &name) const { return m_home->filePath(u"Pictures/"_s + name); }
     QUrl url(const QString &name) const { return QUrl::fromLocalFile(path(name)); }
     /// A picture of one colour, some minutes old.
@@ -221,9 +215,7 @@ void PhotoPickerTest::tapAndScreenReaderPick()
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"sub/dos ñ #%20.png"_s));
     QTRY_VERIFY(!shown(screen));
     open(screen, 2);
-    QAccessible::queryAccessibleInterface(screen.named(u"uno"_s))
-        ->actionInterface()
-        ->doAction(QAccessibleActionInterface::pressAction());
+    TestScreen::press(screen.named(u"uno"_s));
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"uno.png"_s));
     QTRY_VERIFY(!shown(screen));
 }
@@ -313,16 +305,14 @@ void PhotoPickerTest::focusCannotLeave()
     add(u"uno.png"_s, 10);
     TestScreen screen(page());
     open(screen, 1);
-    QStringList visited{focused(screen)};
-    for (int i = 0; i < 4; ++i) {
-        screen.key(Qt::Key_Tab);
-        visited.append(focused(screen));
+    const QQuickItem *const photos = screen.find(u"photos"_s);
+    for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab}) {
+        QVERIFY(photos->hasActiveFocus());
+        screen.key(key);
+        QCOMPARE(screen.focusedName(), u"Cancelar"_s);
+        screen.key(key);
     }
-    screen.key(Qt::Key_Backtab, Qt::ShiftModifier);
-    visited.append(focused(screen));
-    const QString photo = u"uno"_s;
-    const QString cancel = u"Cancelarcancelar"_s;
-    QCOMPARE(visited, QStringList({photo, cancel, photo, cancel, photo, cancel}));
+    QVERIFY(photos->hasActiveFocus());
 }
 
 void PhotoPickerTest::whatIsBelowCannotBeUsedUntilItHasGone()
