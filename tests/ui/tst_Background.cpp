@@ -42,6 +42,14 @@ public:
         m_state->opened.release();
     }
     void open() const { m_state->opened.release(); }
+    /// Work that passes and returns this.
+    std::function<int()> work(int result = 0) const
+    {
+        return [gate = *this, result] {
+            gate.pass();
+            return result;
+        };
+    }
     void waitUntilReached() const { m_state->reached.acquire(); }
     bool isReached() const { return m_state->reached.try_acquire(); }
 
@@ -101,14 +109,8 @@ void BackgroundTest::stalledWorkHoldsUpNoOther()
         const Gate gate;
         QList<int> came;
         const auto take = [&](int result) { came.append(result); };
-        for (const int number : {1, 2}) {
-            background.start(
-                [gate, number] {
-                    gate.pass();
-                    return number;
-                },
-                always, take);
-        }
+        for (const int number : {1, 2})
+            background.start(gate.work(number), always, take);
         for (const int number : {3, 4})
             background.start([number] { return number; }, always, take);
         QTRY_COMPARE(came, (QList<int>{3, 4}));
@@ -141,14 +143,8 @@ void BackgroundTest::noMoreThanTheMostAreUnderWay()
         Background background(2, 0ms);
         const std::array<Gate, 3> gates;
         int came = 0;
-        for (const Gate &gate : gates) {
-            background.start(
-                [gate] {
-                    gate.pass();
-                    return 0;
-                },
-                always, [&](int) { ++came; });
-        }
+        for (const Gate &gate : gates)
+            background.start(gate.work(), always, [&](int) { ++came; });
         gates[0].waitUntilReached();
         gates[1].waitUntilReached();
         QVERIFY(!gates[2].isReached());
@@ -172,12 +168,7 @@ void BackgroundTest::whatIsNotWantedIsLeftOut()
         std::atomic<bool> begun = false;
         bool last = false;
         const auto isWanted = [&] { return wanted; };
-        background.start(
-            [gate] {
-                gate.pass();
-                return 0;
-            },
-            isWanted, [&](int) { taken = true; });
+        background.start(gate.work(), isWanted, [&](int) { taken = true; });
         background.start([&begun] { return begun.exchange(true); }, isWanted, [&](bool) { taken = true; });
         background.start([] { return 0; }, always, [&](int) { last = true; });
         gate.waitUntilReached();
@@ -213,11 +204,7 @@ void BackgroundTest::callbackGoesOnTheMainThread()
         });
         bool isWanted = true;
         background.start(
-            [gate] {
-                gate.pass();
-                return 0;
-            },
-            [&isWanted] { return isWanted; }, [&called, token](int) { called = true; });
+            gate.work(), [&isWanted] { return isWanted; }, [&called, token](int) { called = true; });
         token.reset();
         gate.waitUntilReached();
         if (ends)
