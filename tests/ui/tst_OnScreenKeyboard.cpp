@@ -46,7 +46,6 @@ private Q_SLOTS:
     }
     void everyFieldStaysAboveIt_data();
     void everyFieldStaysAboveIt();
-    void alertStaysAboveIt_data();
     void alertStaysAboveIt();
     void everythingCanBeScrolledAboveIt();
     void contentReturnsWhenItGoes();
@@ -81,47 +80,36 @@ void OnScreenKeyboardTest::everyFieldStaysAboveIt()
     QFETCH(QSize, size);
     TestScreen screen("NavigationContainer { root: Component { " + view + " {} } }", size);
     const int height = size.height() * 2 / 5;
+    const auto inView = [&](const QString &name) {
+        const QRectF box = TestScreen::box(screen.find(name));
+        return box.top() >= 0 && box.bottom() <= size.height() - height;
+    };
+    // The keyboard opens under a field that has the focus.
     for (const QString &name : std::as_const(fields)) {
-        QQuickItem *const field = screen.find(name);
-        const auto inView = [&] {
-            const QRectF box = TestScreen::box(field);
-            return box.top() >= 0 && box.bottom() <= size.height() - height;
-        };
-        // The keyboard opens under a field that has the focus, and the next field gets the focus above an open
-        // keyboard.
-        field->forceActiveFocus();
+        screen.find(name)->forceActiveFocus();
         m_keyboard.open(size, height);
-        QTRY_VERIFY2(inView(), qPrintable(name));
+        QTRY_VERIFY2(inView(name), qPrintable(name));
         m_keyboard.open(size, 0);
     }
+    // A field gets the focus above an open keyboard.
     m_keyboard.open(size, height);
     for (const QString &name : std::as_const(fields)) {
-        QQuickItem *const field = screen.find(name);
-        field->forceActiveFocus();
-        QTRY_VERIFY2(TestScreen::box(field).bottom() <= size.height() - height && TestScreen::box(field).top() >= 0,
-                     qPrintable(name));
+        screen.find(name)->forceActiveFocus();
+        QTRY_VERIFY2(inView(name), qPrintable(name));
     }
-}
-
-void OnScreenKeyboardTest::alertStaysAboveIt_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::newRow("phone") << QSize(390, 844);
-    QTest::newRow("small") << QSize(320, 480);
 }
 
 void OnScreenKeyboardTest::alertStaysAboveIt()
 {
-    QFETCH(QSize, size);
-    TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);
-    screen.tap(screen.find(u"recuperar"_s));
-    const int height = size.height() * 2 / 5;
-    m_keyboard.open(size, height);
-    const auto bottom = [&] {
-        return std::max(TestScreen::box(screen.find(u"alertInput"_s)).bottom(),
-                        TestScreen::box(screen.named(u"Enviar"_s)).bottom());
-    };
-    QTRY_VERIFY(bottom() <= size.height() - height);
+    for (const QSize size : {QSize(390, 844), QSize(320, 480)}) {
+        TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);
+        screen.tap(screen.find(u"recuperar"_s));
+        const int height = size.height() * 2 / 5;
+        m_keyboard.open(size, height);
+        QTRY_VERIFY(TestScreen::box(screen.find(u"alertInput"_s)).bottom() <= size.height() - height);
+        QTRY_VERIFY(TestScreen::box(screen.named(u"Enviar"_s)).bottom() <= size.height() - height);
+        m_keyboard.open(size, 0);
+    }
 }
 
 void OnScreenKeyboardTest::everythingCanBeScrolledAboveIt()
