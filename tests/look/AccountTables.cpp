@@ -7,18 +7,6 @@ namespace {
 
 constexpr qreal bar = 44;
 
-/// A field of a form between the paddings of its screen.
-QList<Rule> field(const QString &above, qreal distance, qreal side)
-{
-    return {below(above, distance), left(side), right(side), height(54), shape(16, white, true)};
-}
-
-QList<Rule> mainButton(const QString &above, qreal distance, qreal side, const QString &style = u"body bold"_s)
-{
-    return {below(above, distance), left(side),         right(side),  height(54),
-            shape(20, blue),        text(style, white), centredText()};
-}
-
 Table splash()
 {
     return {
@@ -38,7 +26,7 @@ Table signIn()
         {u"email"_s, field(u"Ingresa a tu panel logístico"_s, 24 + 16, 32)},
         {u"pass"_s, field(u"email"_s, 16, 32)},
         {u"recuperar"_s, {below(u"pass"_s, 16), right(32), text(u"caption bold"_s, blue)}},
-        {u"iniciarSesion"_s, mainButton(u"recuperar"_s, 16 + 16, 32)},
+        {u"iniciarSesion"_s, mainButton(u"recuperar"_s, 16 + 16, u"body bold"_s, 32)},
         {u"registro"_s,
          {below(u"iniciarSesion"_s, 16 + 16), centred(), text(u"body bold"_s, blue),
           balancedFrom(u"logo"_s, bar, 844)}},
@@ -72,12 +60,12 @@ Table registration()
 {
     return {
         {u"Crear Cuenta"_s, {top(bar + 24), centred(), text(u"largeTitle bold"_s, blue), centredText()}},
-        {u"nom"_s, field(u"Crear Cuenta"_s, 16, 24)},
-        {u"email"_s, field(u"nom"_s, 16, 24)},
-        {u"direccion"_s, field(u"email"_s, 16, 24)},
-        {u"ciudad"_s, field(u"direccion"_s, 16, 24)},
-        {u"pass"_s, field(u"ciudad"_s, 16, 24)},
-        {u"registrar"_s, mainButton(u"pass"_s, 8 + 16, 24)},
+        {u"nom"_s, field(u"Crear Cuenta"_s, 16)},
+        {u"email"_s, field(u"nom"_s, 16)},
+        {u"direccion"_s, field(u"email"_s, 16)},
+        {u"ciudad"_s, field(u"direccion"_s, 16)},
+        {u"pass"_s, field(u"ciudad"_s, 16)},
+        {u"registrar"_s, mainButton(u"pass"_s, 8 + 16)},
         {u"msg"_s, {below(u"registrar"_s, 16), left(24), right(24), text(u"caption"_s, red), centredText()}},
         {u"back"_s, {left(8), top(0), height(bar), symbol(u"chevron.left"_s, blue)}},
         {u"Atrás"_s, {text(u"body"_s, blue), level(u"back"_s)}},
@@ -91,9 +79,9 @@ Table profile()
         {u"Mi Perfil"_s, {left(16), text(u"largeTitle bold"_s, black), balancedFrom(u"Mi Perfil"_s, bar, bar + 52)}},
         {u"avatar"_s, {size(100, 100), centred(), symbol(u"person.circle.fill"_s, blue)}},
         {hint, {below(u"avatar"_s, 16), centred(), text(u"caption"_s, grey), centredText()}},
-        {u"nombre"_s, field(hint, 16 + 16, 24)},
-        {u"email"_s, field(u"nombre"_s, 16, 24)},
-        {u"guardar"_s, mainButton(u"email"_s, 12 + 16, 24)},
+        {u"nombre"_s, field(hint, 16 + 16)},
+        {u"email"_s, field(u"nombre"_s, 16)},
+        {u"guardar"_s, mainButton(u"email"_s, 12 + 16)},
         {u"msg"_s,
          {below(u"guardar"_s, 16), left(24), right(24), text(u"body"_s, blue), centredText(),
           balancedFrom(u"avatar"_s, bar + 52, 844)}},

@@ -7,17 +7,6 @@ namespace {
 
 constexpr qreal bar = 44;
 
-QList<Rule> field(const QString &above, qreal distance)
-{
-    return {below(above, distance), left(24), right(24), height(54), shape(16, white, true)};
-}
-
-QList<Rule> mainButton(const QString &above, qreal distance, const QString &style)
-{
-    return {below(above, distance), left(24),           right(24),    height(54),
-            shape(20, blue),        text(style, white), centredText()};
-}
-
 /// An empty message keeps its line.
 Table emptyMessage() { return {{u"msg"_s, {below(u"enviar"_s, 12), height(22)}}}; }
 
@@ -155,7 +144,7 @@ Table quotation()
         {u"peso"_s, field(u"tipo"_s, 8 + 12)},
         {u"valor"_s, field(u"peso"_s, 12)},
         {u"descripcion"_s, field(u"valor"_s, 12)},
-        {u"enviar"_s, mainButton(u"descripcion"_s, 12 + 12, u"body bold"_s)},
+        {u"enviar"_s, mainButton(u"descripcion"_s, 12 + 12)},
         {u"msg"_s, message()},
     };
 }
@@ -168,7 +157,7 @@ Table vehicle()
         {u"modelo"_s, field(u"marca"_s, 12)},
         {u"anio"_s, field(u"modelo"_s, 12)},
         {u"ubicacion"_s, field(u"anio"_s, 12)},
-        {u"enviar"_s, mainButton(u"ubicacion"_s, 12 + 12, u"body bold"_s)},
+        {u"enviar"_s, mainButton(u"ubicacion"_s, 12 + 12)},
         {u"msg"_s, message()},
     };
 }

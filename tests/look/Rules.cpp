@@ -80,13 +80,6 @@ Style styleOf(const QString &name)
     return style;
 }
 
-Rule edge(const char *what, const std::function<qreal(const QRectF &, const TestScreen &)> &measure, qreal wanted)
-{
-    return [=](const TestScreen &screen, const QQuickItem *item) {
-        return differs(what, measure(drawn(item), screen), wanted);
-    };
-}
-
 Rule towards(const QString &other, const std::function<QString(const QRectF &, const QRectF &)> &judge)
 {
     return [=](const TestScreen &screen, const QQuickItem *item) {
@@ -117,8 +110,10 @@ QQuickItem *elementBelow(const TestScreen &screen, const QString &name, const QQ
 
 QQuickItem *elementNamed(const TestScreen &screen, const QString &name)
 {
+    if (name.isEmpty())
+        return screen.window().contentItem();
     const qsizetype slash = name.indexOf(u'/');
-    const QQuickItem *const from = slash < 0 ? screen.window().contentItem() : elementNamed(screen, name.left(slash));
+    const QQuickItem *const from = elementNamed(screen, name.left(std::max<qsizetype>(slash, 0)));
     return from ? elementBelow(screen, name.mid(slash + 1), from) : nullptr;
 }
 
@@ -127,41 +122,20 @@ namespace look {
 Rule size(qreal width, qreal height)
 {
     return [=](const TestScreen &, const QQuickItem *item) {
-        const QRectF box = drawn(item);
-        return differs("width", box.width(), width) + differs("height", box.height(), height);
+        return differs("width", drawn(item).width(), width) + differs("height", drawn(item).height(), height);
     };
 }
 
 Rule height(qreal height)
 {
-    return edge(
-        "height", [](const QRectF &box, const TestScreen &) { return box.height(); }, height);
+    return
+        [=](const TestScreen &, const QQuickItem *item) { return differs("height", drawn(item).height(), height); };
 }
 
-Rule left(qreal distance)
-{
-    return edge(
-        "left", [](const QRectF &box, const TestScreen &) { return box.left(); }, distance);
-}
-
-Rule right(qreal distance)
-{
-    return edge(
-        "right", [](const QRectF &box, const TestScreen &at) { return at.window().width() - box.right(); }, distance);
-}
-
-Rule top(qreal distance)
-{
-    return edge(
-        "top", [](const QRectF &box, const TestScreen &) { return box.top(); }, distance);
-}
-
-Rule bottom(qreal distance)
-{
-    return edge(
-        "bottom", [](const QRectF &box, const TestScreen &at) { return at.window().height() - box.bottom(); },
-        distance);
-}
+Rule left(qreal distance) { return inside({}, distance, -1, -1, -1); }
+Rule top(qreal distance) { return inside({}, -1, distance, -1, -1); }
+Rule right(qreal distance) { return inside({}, -1, -1, distance, -1); }
+Rule bottom(qreal distance) { return inside({}, -1, -1, -1, distance); }
 
 Rule below(const QString &other, qreal distance)
 {
@@ -179,9 +153,9 @@ Rule after(const QString &other, qreal distance)
 
 Rule centred()
 {
-    return edge(
-        "middle",
-        [](const QRectF &box, const TestScreen &at) { return box.center().x() - at.window().width() / 2.0; }, 0);
+    return towards({}, [](const QRectF &box, const QRectF &window) {
+        return differs("middle", box.center().x(), window.center().x());
+    });
 }
 
 Rule level(const QString &other)

@@ -8,7 +8,7 @@
 using Rule = std::function<QString(const TestScreen &, const QQuickItem *element)>;
 
 /// A line of a screen's table. The element is named by its object name, or else by the text that it shows, below
-/// another one with a slash between them.
+/// another one with a slash between them; no name is the window.
 struct Line {
     QString element;
     QList<Rule> rules;

@@ -256,3 +256,17 @@ QList<Scene> logisticsScenes()
 } // namespace
 
 QList<Scene> scenes() { return accountScenes() + photoScenes() + logisticsScenes(); }
+
+std::unique_ptr<TestScreen> staged(const QByteArray &name, ScriptedServer &server, QSize size)
+{
+    const QList<Scene> all = scenes();
+    const auto scene = std::find_if(all.begin(), all.end(), [&](const Scene &each) { return each.name == name; });
+    if (scene == all.end())
+        qFatal("There is no scene %s", name.constData());
+    scene->given(server);
+    auto screen = std::make_unique<TestScreen>(scene->qml, size);
+    if (!scene->when(*screen))
+        return nullptr;
+    screen->settle();
+    return screen;
+}

@@ -4,6 +4,7 @@
 #include "TestScreen.h"
 
 #include <functional>
+#include <memory>
 
 /// A screen in one of its states.
 struct Scene {
@@ -17,3 +18,6 @@ struct Scene {
 
 /// All screens, each in the states that differ in their look.
 QList<Scene> scenes();
+
+/// The screen of the scene of a name, in its state; null when that did not come.
+std::unique_ptr<TestScreen> staged(const QByteArray &name, ScriptedServer &server, QSize size = {390, 844});

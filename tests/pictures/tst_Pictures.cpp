@@ -83,32 +83,29 @@ private Q_SLOTS:
 
 void PicturesTest::everyScreenLooksAsItsReference_data()
 {
-    QTest::addColumn<int>("scene");
+    QTest::addColumn<QByteArray>("scene");
     QTest::addColumn<int>("variant");
-    const QList<Scene> all = scenes();
-    for (int scene = 0; scene < all.size(); ++scene) {
+    for (const Scene &scene : scenes()) {
         for (int variant = 0; variant < variants.size(); ++variant)
-            QTest::newRow(all[scene].name + "-" + variants[variant].name) << scene << variant;
+            QTest::newRow(scene.name + "-" + variants[variant].name) << scene.name << variant;
     }
 }
 
 void PicturesTest::everyScreenLooksAsItsReference()
 {
-    QFETCH(int, scene);
+    QFETCH(QByteArray, scene);
     QFETCH(int, variant);
-    const Scene wanted = scenes()[scene];
     const Variant &at = variants[variant];
     QFont font;
     font.setPointSizeF(9 * at.textScale);
     QGuiApplication::setFont(font);
 
-    wanted.given(server);
-    TestScreen screen(wanted.qml, at.size);
-    QVERIFY(wanted.when(screen));
-    QTest::mouseMove(&screen.window(), QPoint(1, 1));
-    screen.settle();
-    const QImage picture = screen.picture();
-    const QStringList cut = overflowing(screen.root(), QRectF(QPointF(), QSizeF(at.size)));
+    const auto screen = staged(scene, server, at.size);
+    QVERIFY(screen);
+    QTest::mouseMove(&screen->window(), QPoint(1, 1));
+    screen->settle();
+    const QImage picture = screen->picture();
+    const QStringList cut = overflowing(screen->root(), QRectF(QPointF(), QSizeF(at.size)));
     QVERIFY2(cut.isEmpty(), qUtf8Printable(cut.join(u" | "_s)));
 
     const QString name = QString::fromUtf8(QTest::currentDataTag()) + u".png"_s;
