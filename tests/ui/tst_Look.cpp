@@ -1,3 +1,4 @@
+#include "Artwork.h"
 #include "ContinuousRectangle.h"
 #include "MarovendaTest.h"
 #include "TestScreen.h"
@@ -13,6 +14,9 @@ private Q_SLOTS:
     void outlineHasTheDesignedCurve();
     void radiusIsLimitedByTheShorterSide();
     void everySymbolIsDrawnInItsColour();
+    void artworkIsThereForAllRatios_data();
+    void artworkIsThereForAllRatios();
+    void artworkIsWholeWithinItsItem();
 };
 
 /// The tables of the screens hold the others.
@@ -74,6 +78,38 @@ void LookTest::everySymbolIsDrawnInItsColour()
         }
         QVERIFY2(name == u"unknown"_s ? inked == 0 : inked > 96 * 96 / 50, qUtf8Printable(name));
     }
+}
+
+void LookTest::artworkIsThereForAllRatios_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("width");
+    QTest::newRow("background") << u"background"_s << 390;
+    QTest::newRow("logo") << u"marovenda_logo"_s << 160;
+    QTest::newRow("maker") << u"corvandel"_s << 140;
+}
+
+void LookTest::artworkIsThereForAllRatios()
+{
+    QFETCH(QString, name);
+    QFETCH(int, width);
+    for (const int ratio : {1, 2, 3})
+        QCOMPARE(Artwork::picture(name, ratio).width(), ratio * width);
+}
+
+void LookTest::artworkIsWholeWithinItsItem()
+{
+    TestScreen screen("Rectangle { property alias name: art.name; color: 'red';"
+                      " Artwork { id: art; anchors.fill: parent; name: 'corvandel' } }",
+                      {200, 100});
+    const QImage drawn = screen.picture();
+    screen.root()->setProperty("name", u"unknown"_s);
+    const QImage bare = screen.picture();
+    // A square of 100 in the middle of 200 x 100.
+    QCOMPARE(drawn.copy(0, 0, 50, 100), bare.copy(0, 0, 50, 100));
+    QCOMPARE(drawn.copy(150, 0, 50, 100), bare.copy(150, 0, 50, 100));
+    QVERIFY(drawn.copy(50, 0, 100, 100) != bare.copy(50, 0, 100, 100));
+    QCOMPARE(bare.pixelColor(100, 50), QColor(Qt::red));
 }
 
 MAROVENDA_TEST_MAIN(LookTest)

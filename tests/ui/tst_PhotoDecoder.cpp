@@ -1,11 +1,14 @@
 #include "MarovendaTest.h"
 #include "PhotoDecoder.h"
+#include "PhotoView.h"
+#include "TestScreen.h"
 
 #include <QBuffer>
 #include <QColorSpace>
 #include <QFile>
 #include <QHash>
 #include <QImageWriter>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QtEndian>
 #include <QTest>
@@ -14,10 +17,26 @@
 
 using namespace Qt::StringLiterals;
 
-/// Bounds and silence of the decoder; what it draws is tested with the avatar.
+namespace {
+
+/// A view outside of any window, which begins to decode when it is told to.
+class LoneView : public PhotoView {
+public:
+    LoneView() { setSize({20, 20}); }
+    QColor middle() const { return paint(1).pixelColor(10, 10); }
+};
+
+} // namespace
+
+/// What the decoder draws, its bounds and its silence, and what the avatar shows of it.
 class PhotoDecoderTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void photoFillsACircle_data();
+    void photoFillsACircle();
+    void whatIsNoPhotoShowsThePlaceholder();
+    void lateDecodeOfTheFormerPhotoDoesNotShow_data();
+    void lateDecodeOfTheFormerPhotoDoesNotShow();
     void picturesBeyondTheBoundsAreRefused();
     void stripsAreCroppedBeforeTheyAreScaled_data();
     void stripsAreCroppedBeforeTheyAreScaled();
@@ -69,6 +88,79 @@ private:
         return status.mid(status.indexOf("VmHWM:") + 6).trimmed().split(' ').first().toLongLong() / 1024;
     }
 };
+
+void PhotoDecoderTest::photoFillsACircle_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("wide") << QSize(400, 100);
+    QTest::newRow("tall") << QSize(60, 300);
+    QTest::newRow("tiny") << QSize(2, 2);
+}
+
+void PhotoDecoderTest::photoFillsACircle()
+{
+    QFETCH(QSize, size);
+    const QImage shown = decodePhoto(encoded(halves(size.width(), size.height()), "png"), 100);
+    QCOMPARE(shown.pixelColor(2, 50), QColor(Qt::red));
+    QCOMPARE(shown.pixelColor(97, 50), QColor(Qt::blue));
+    for (const QPoint corner : {QPoint(3, 3), QPoint(96, 3), QPoint(3, 96), QPoint(96, 96)})
+        QCOMPARE(shown.pixelColor(corner), QColor(Qt::transparent));
+}
+
+void PhotoDecoderTest::whatIsNoPhotoShowsThePlaceholder()
+{
+    TestScreen screen("Avatar { width: 100; height: 100 }", {100, 100});
+    const QByteArray photo = encoded(halves(50, 50), "png");
+    for (const QByteArray &bytes : {QByteArray(), QByteArray("no photo"), photo.first(40)}) {
+        screen.root()->setProperty("photo", photo);
+        QTRY_VERIFY(screen.root()->property("decoded").toBool());
+        screen.root()->setProperty("photo", bytes);
+        QTRY_VERIFY(!screen.root()->property("decoded").toBool());
+        const QColor ink = screen.picture().pixelColor(50, 4);
+        QVERIFY2(qAbs(ink.red() - 0x8E) < 12, qUtf8Printable(ink.name()));
+    }
+}
+
+void PhotoDecoderTest::lateDecodeOfTheFormerPhotoDoesNotShow_data()
+{
+    QTest::addColumn<bool>("files");
+    QTest::newRow("photos") << false;
+    QTest::newRow("files") << true;
+}
+
+void PhotoDecoderTest::lateDecodeOfTheFormerPhotoDoesNotShow()
+{
+    QFETCH(bool, files);
+    const QTemporaryDir folder;
+    const auto set = [&](LoneView &view, const QColor &color) {
+        QImage image(20, 20, QImage::Format_RGB32);
+        image.fill(color);
+        const QString path = folder.filePath(color.name());
+        QVERIFY(image.save(path, "png"));
+        if (files)
+            view.setFile(QUrl::fromLocalFile(path));
+        else
+            view.setPhoto(encoded(image, "png"));
+    };
+    LoneView view;
+    set(view, Qt::red);
+    view.ensurePolished();
+    QTRY_VERIFY(view.decoded());
+    set(view, Qt::green);
+    view.ensurePolished();
+    set(view, Qt::blue);
+    // What is decoded after the green one shows after it.
+    LoneView next;
+    set(next, Qt::red);
+    next.ensurePolished();
+    QTRY_VERIFY(next.decoded());
+    // A new photo leaves the old one on show until it is decoded; another file's picture would be a wrong one.
+    QCOMPARE(view.decoded(), !files);
+    if (!files)
+        QCOMPARE(view.middle(), QColor(Qt::red));
+    view.ensurePolished();
+    QTRY_VERIFY(view.decoded() && view.middle() == QColor(Qt::blue));
+}
 
 void PhotoDecoderTest::picturesBeyondTheBoundsAreRefused()
 {
