@@ -3,6 +3,7 @@
 #include "Modules.h"
 
 #include <QAccessible>
+#include <QGuiApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QQmlComponent>
@@ -53,6 +54,15 @@ void walk(const QQuickItem *item, const std::function<void(const QQuickItem *)> 
 }
 
 } // namespace
+
+TextScale::TextScale(double scale) : m_before(QGuiApplication::font())
+{
+    QFont font = m_before;
+    font.setPointSizeF(9 * scale);
+    QGuiApplication::setFont(font);
+}
+
+TextScale::~TextScale() { QGuiApplication::setFont(m_before); }
 
 TestScreen::TestScreen(const QByteArray &qml, QSize size) : m_view(std::make_unique<QQuickView>())
 {
@@ -166,6 +176,15 @@ void TestScreen::hold(Qt::Key key, bool releasesBetween, const std::function<voi
         send(QEvent::KeyPress, true);
     }
     send(QEvent::KeyRelease, false);
+}
+
+void TestScreen::enter(const QString &objectName, const QString &text) const
+{
+    QQuickItem *const field = find(objectName);
+    type(field, QString());
+    QInputMethodEvent event;
+    event.setCommitString(text);
+    QCoreApplication::sendEvent(field, &event);
 }
 
 void TestScreen::compose(QQuickItem *field, const QString &text)

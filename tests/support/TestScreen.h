@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QImage>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -9,12 +10,29 @@
 #include <functional>
 #include <memory>
 
+/// The customer's text size, for as long as it lives.
+class TextScale {
+public:
+    explicit TextScale(double scale);
+    ~TextScale();
+    TextScale(const TextScale &) = delete;
+    TextScale &operator=(const TextScale &) = delete;
+
+private:
+    const QFont m_before;
+};
+
 /// A piece of QML in a window of its own, without a display, to be looked at and touched as a customer would.
 class TestScreen {
 public:
     /// Shows the component that `qml` describes; the app's modules can be imported in it.
     explicit TestScreen(const QByteArray &qml, QSize size = {390, 844});
     ~TestScreen();
+    /// A container with this screen, which so comes on screen at once.
+    static QByteArray alone(const QByteArray &view)
+    {
+        return "NavigationContainer { root: Component { " + view + " } }";
+    }
     /// A container whose first screen has a button of the name "open" that pushes the screen that `next` describes.
     static QByteArray pushing(const QByteArray &next);
 
@@ -38,6 +56,9 @@ public:
     QStringList texts(const QQuickItem *from = nullptr) const;
     QList<QQuickItem *> all(const QString &objectName, const QQuickItem *from = nullptr) const;
 
+    /// What a field or a line of text holds.
+    QString text(const QString &objectName) const { return find(objectName)->property("text").toString(); }
+
     /// The view model of the layout that an item of this object name stands in.
     QObject *viewModelOf(const QString &objectName) const;
 
@@ -49,6 +70,10 @@ public:
     void tap(const QQuickItem *item) const;
     /// A tap and typing.
     void type(const QQuickItem *field, const QString &text) const;
+    /// A tap on the button of an object name.
+    void press(const QString &objectName) const { tap(find(objectName)); }
+    /// A new text for a field, at once and with any characters, as an input method hands it over.
+    void enter(const QString &objectName, const QString &text) const;
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
     /// A key that stays down for three repeats; with releases in between, as X11 sends them, or without, as Wayland
     /// does. `whileDown` runs after the press and before the repeats.
