@@ -195,35 +195,23 @@ void RecordListModelTest::tellsWhatIsDifferent_data()
     row("neighbours changed unlike", u"A:x:m B:y:m"_s, u"A:1:m B:2:n"_s,
         {u"change 0-0 text"_s, u"change 1-1 text more"_s});
     row("appended", u"A B"_s, u"A B C D"_s, {u"insert 2-3"_s});
-    row("prepended", u"A B"_s, u"C D A B"_s, {u"insert 0-1"_s});
-    row("inserted in the middle", u"A B"_s, u"A C D B"_s, {u"insert 1-2"_s});
-    row("prepended and changed", u"A:x B"_s, u"C A:y B"_s, {u"insert 0-0"_s, u"change 1-1 text"_s});
-    row("removed at the end", u"A B C"_s, u"A"_s, {u"remove 1-2"_s});
     row("removed at the beginning", u"A B C"_s, u"C"_s, {u"remove 0-1"_s});
-    row("removed in the middle", u"A B C D"_s, u"A D"_s, {u"remove 1-2"_s});
     row("replaced in the middle", u"A B C"_s, u"A D E C"_s, {u"remove 1-1"_s, u"insert 1-2"_s});
     row("runs here and there", u"A B C D E"_s, u"F A C E G"_s,
         {u"insert 0-0"_s, u"remove 2-2"_s, u"remove 3-3"_s, u"insert 4-4"_s});
-    row("three recent ones, a new one first", u"A B C"_s, u"D A B"_s, {u"insert 0-0"_s, u"remove 3-3"_s});
     row("duplicates stay", u"A:1 A:2"_s, u"A:1 A:2"_s, {});
-    row("one more duplicate", u"A:1 A:2"_s, u"A:1 A:2 A:3"_s, {u"insert 2-2"_s});
     row("one duplicate less", u"A:1 A:2 B"_s, u"A:2 B"_s, {u"remove 1-1"_s, u"change 0-0 text"_s});
     row("duplicates apart", u"A:1 B A:2 C"_s, u"D A:1 C A:2"_s, {u"reset"_s});
     row("duplicates drift", u"A:1 B A:2"_s, u"D A:1 A:2"_s, {u"insert 0-0"_s, u"remove 2-2"_s});
     row("absent identities are alike", u"- -:x"_s, u"- -:x -"_s, {u"insert 2-2"_s});
     row("absent is not empty", u"- 0 A"_s, u"0 A"_s, {u"remove 0-0"_s});
-    row("absent among others", u"A - B -"_s, u"C - -"_s, {u"remove 0-0"_s, u"insert 0-0"_s, u"remove 2-2"_s});
     row("all new", u"A B"_s, u"C D E"_s, {u"reset"_s});
     row("empty to full", u""_s, u"A B C"_s, {u"reset"_s});
     row("full to empty", u"A B C"_s, u""_s, {u"reset"_s});
     row("reordered", u"A B C"_s, u"A C B"_s, {u"reset"_s});
-    row("reversed", u"A B C"_s, u"C B A"_s, {u"reset"_s});
-    row("by position: same", u"A A"_s, u"A A"_s, {}, true);
     row("by position: changed", u"A B C"_s, u"C B A"_s, {u"change 0-0 id"_s, u"change 2-2 id"_s}, true);
     row("by position: longer", u"A B"_s, u"C B A"_s, {u"change 0-0 id"_s, u"insert 2-2"_s}, true);
     row("by position: shorter", u"A B C"_s, u"B"_s, {u"remove 1-2"_s, u"change 0-0 id"_s}, true);
-    row("by position: empty to full", u""_s, u"A B"_s, {u"reset"_s}, true);
-    row("by position: full to empty", u"A B"_s, u""_s, {u"reset"_s}, true);
 }
 
 void RecordListModelTest::tellsWhatIsDifferent()
@@ -288,11 +276,10 @@ void RecordListModelTest::manyRowsTakeTimeInProportion_data()
     QTest::addColumn<QStringList>("after");
     QTest::addColumn<qsizetype>("signalCount");
     constexpr int many = 20'000;
-    QStringList rows, changed, halfChanged, odd, twice, alike;
+    QStringList rows, halfChanged, odd, twice, alike;
     for (int i = 0; i < many; ++i) {
         const QString id = QString::number(i);
         rows.append(id + u":x"_s);
-        changed.append(id + u":y"_s);
         halfChanged.append(id + (i % 2 ? u":x"_s : u":y"_s));
         if (i % 2)
             odd.append(id + u":x"_s);
@@ -300,21 +287,13 @@ void RecordListModelTest::manyRowsTakeTimeInProportion_data()
         alike.append(u"-:"_s + id);
     }
     const QStringList reversed(rows.rbegin(), rows.rend());
-    QTest::newRow("same") << rows << rows << qsizetype(0);
-    QTest::newRow("all changed") << rows << changed << qsizetype(1);
     QTest::newRow("every second changed") << rows << halfChanged << qsizetype(1001);
-    QTest::newRow("one prepended") << rows << QStringList(u"n"_s) + rows << qsizetype(1);
-    QTest::newRow("first removed") << rows << rows.sliced(1) << qsizetype(1);
-    QTest::newRow("half appended") << rows.first(many / 2) << rows << qsizetype(1);
     QTest::newRow("every second removed") << rows << odd << qsizetype(1);
     QTest::newRow("one after each inserted") << rows << twice << qsizetype(1);
     QTest::newRow("every second of the first removed")
         << rows << odd.first(1000) + rows.sliced(2000) << qsizetype(1000);
     QTest::newRow("all of one identity") << alike << QStringList(u"n"_s) + alike.sliced(1) << qsizetype(3);
     QTest::newRow("reversed") << rows << reversed << qsizetype(1);
-    QTest::newRow("all new") << rows << QStringList({u"n"_s, u"m"_s}) << qsizetype(1);
-    QTest::newRow("from nothing") << QStringList() << rows << qsizetype(1);
-    QTest::newRow("to nothing") << rows << QStringList() << qsizetype(1);
 }
 
 void RecordListModelTest::manyRowsTakeTimeInProportion()
