@@ -1,13 +1,8 @@
+#include "AppTest.h"
 #include "MarovendaTest.h"
-#include "Modules.h"
-#include "ServiceTest.h"
 
 #include <QProcess>
 #include <QQmlAbstractUrlInterceptor>
-#include <QQmlApplicationEngine>
-#include <QQmlContext>
-#include <QQuickItem>
-#include <QQuickWindow>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -38,58 +33,31 @@ constexpr auto screens = R"qml(import QtQuick
 } // namespace
 
 /// The root window where the screens behind the splash load slowly, or not at all.
-class FirstScreensTest : public ServiceTest {
+class FirstScreensTest : public AppTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { ServiceTest::init(); }
-    void cleanup()
-    {
-        m_engine.reset();
-        ServiceTest::cleanup();
-    }
-
     void splashStaysUntilTheyAreLoaded();
     void appEndsWhereTheyCannotBeLoaded_data();
     void appEndsWhereTheyCannotBeLoaded();
     void theirAbsenceIsToldInOneLine();
 
 private:
-    QQuickWindow *start()
-    {
-        m_engine = std::make_unique<QQmlApplicationEngine>();
-        addModules(*m_engine);
-        m_engine->addUrlInterceptor(&m_fromServer);
-        m_engine->load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
-        return qobject_cast<QQuickWindow *>(m_engine->rootObjects().value(0));
-    }
-    static QQuickItem *find(QQuickItem *from, const QString &objectName)
-    {
-        if (from->objectName() == objectName)
-            return from;
-        for (QQuickItem *child : from->childItems()) {
-            if (QQuickItem *const found = find(child, objectName))
-                return found;
-        }
-        return nullptr;
-    }
     /// The item that fades.
-    static QQuickItem *splash(QQuickWindow *window)
+    static QQuickItem *splash(const QQuickWindow *window)
     {
-        QQuickItem *const credit = find(window->contentItem(), u"credit"_s);
-        return credit ? credit->parentItem()->parentItem() : nullptr;
+        QQuickItem *const shown = find(window, "SplashView");
+        return shown ? shown->parentItem() : nullptr;
     }
-    static QQuickItem *login(QQuickWindow *window) { return find(window->contentItem(), u"login"_s); }
 
     FromServer m_fromServer{QUrl(server.baseUrl())};
-    std::unique_ptr<QQmlApplicationEngine> m_engine;
 };
 
 void FirstScreensTest::splashStaysUntilTheyAreLoaded()
 {
     server.hold("/FirstScreens.qml");
-    QQuickWindow *const window = start();
+    QQuickWindow *const window = start(&m_fromServer);
     QTRY_COMPARE(server.held.size(), 1);
-    const auto *const viewModel = qmlContext(window)->objectForName(u"viewModel"_s);
+    const auto *const viewModel = byId(window, u"viewModel"_s);
     QVERIFY(viewModel);
     QTRY_VERIFY(!viewModel->property("showSplash").toBool());
     // Longer than it would take to fade.
@@ -100,14 +68,14 @@ void FirstScreensTest::splashStaysUntilTheyAreLoaded()
         QVERIFY(splash(window)->isEnabled());
     }
     server.held.first()->send(screens);
-    QTRY_VERIFY(login(window));
+    QTRY_VERIFY(find(window, "login"));
     bool between = false;
     while (splash(window)) {
         between = between || (splash(window)->opacity() > 0 && splash(window)->opacity() < 1);
         QTest::qWait(5);
     }
     QVERIFY(between);
-    QCOMPARE(login(window)->parentItem()->opacity(), 1);
+    QCOMPARE(find(window, "login")->parentItem()->opacity(), 1);
 }
 
 void FirstScreensTest::appEndsWhereTheyCannotBeLoaded_data()
@@ -124,7 +92,7 @@ void FirstScreensTest::appEndsWhereTheyCannotBeLoaded()
     QFETCH(int, status);
     QFETCH(QByteArray, qml);
     server.reply("/FirstScreens.qml", qml, status);
-    start();
+    start(&m_fromServer);
     QSignalSpy ended(m_engine.get(), &QQmlEngine::exit);
     QTRY_COMPARE(ended.size(), 1);
     QCOMPARE(ended.first().first().toInt(), 1);

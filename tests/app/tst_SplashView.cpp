@@ -2,7 +2,6 @@
 #include "MarovendaTest.h"
 #include "TestScreen.h"
 
-#include <QDeadlineTimer>
 #include <QTest>
 #include <QTimer>
 #include <QtMath>
@@ -17,20 +16,8 @@ class SplashViewTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void logoComesInAtOnceAndTheSplashGoesAfterTwoAndAHalfSeconds();
-    void elementsStandWhereTheyAreDesigned_data();
-    void elementsStandWhereTheyAreDesigned();
-    void logoGrowsFromItsCentre();
-    void logoFadesInAndGrowsAsOne();
     void spinnerTurnsOnceASecond();
     void spinnerRestsWhileInvisible();
-    void pictureIsCroppedNeverStretched();
-
-private:
-    static QByteArray splash(double opacity, double scale)
-    {
-        return "import Marovenda.App\nSplashView { property bool started: false; logoOpacity: started ? 1 : " +
-               QByteArray::number(opacity) + "; logoScale: started ? 1 : " + QByteArray::number(scale) + " }";
-    }
 };
 
 void SplashViewTest::logoComesInAtOnceAndTheSplashGoesAfterTwoAndAHalfSeconds()
@@ -52,66 +39,9 @@ void SplashViewTest::logoComesInAtOnceAndTheSplashGoesAfterTwoAndAHalfSeconds()
     QVERIFY(!viewModel.showSplashValue());
 }
 
-void SplashViewTest::elementsStandWhereTheyAreDesigned_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::newRow("phone") << QSize(390, 844);
-    QTest::newRow("small") << QSize(320, 480);
-    QTest::newRow("wide") << QSize(1280, 800);
-}
-
-void SplashViewTest::elementsStandWhereTheyAreDesigned()
-{
-    QFETCH(QSize, size);
-    TestScreen screen(splash(1, 1), size);
-    const auto box = [&](const QString &name) { return TestScreen::box(screen.find(name)); };
-    QCOMPARE(box(u"background"_s), QRectF(QPointF(), QSizeF(size)));
-    QCOMPARE(box(u"logo"_s).size(), QSizeF(160, 160));
-    QCOMPARE(box(u"logo"_s).center().x(), size.width() / 2.0);
-    // Logo, 20, then 16 above the spinner; all of it centred.
-    const QRectF spinner = TestScreen::box(screen.named(u"Cargando"_s));
-    QCOMPARE(spinner.size(), QSizeF(20, 20));
-    QCOMPARE(spinner.top() - box(u"logo"_s).bottom(), 20 + 16);
-    QVERIFY(qAbs((box(u"logo"_s).top() + spinner.bottom()) / 2 - size.height() / 2.0) <= 0.5);
-
-    const QQuickItem *const credit = screen.find(u"credit"_s);
-    QCOMPARE(credit->property("text").toString(), u"Desarrollado por Corvandel"_s);
-    QCOMPARE(credit->property("font").value<QFont>().pixelSize(), 12);
-    QCOMPARE(credit->property("font").value<QFont>().weight(), QFont::Bold);
-    QCOMPARE(credit->property("color").value<QColor>(), QColor(Qt::black));
-    QCOMPARE(box(u"credit"_s).bottom(), size.height());
-    QCOMPARE(credit->property("bottomPadding").toReal(), 32);
-}
-
-void SplashViewTest::logoGrowsFromItsCentre()
-{
-    TestScreen small(splash(1, 0.8));
-    TestScreen whole(splash(1, 1));
-    const QRectF first = TestScreen::box(small.find(u"logo"_s));
-    const QRectF last = TestScreen::box(whole.find(u"logo"_s));
-    QCOMPARE(first.size(), QSizeF(128, 128));
-    QCOMPARE(first.center(), last.center());
-}
-
-void SplashViewTest::logoFadesInAndGrowsAsOne()
-{
-    TestScreen screen(splash(0, 0.8));
-    const QQuickItem *const logo = screen.find(u"logo"_s);
-    QCOMPARE(logo->opacity(), 0);
-    QCOMPARE(logo->scale(), 0.8);
-    screen.root()->setProperty("started", true);
-    const QDeadlineTimer deadline(20s);
-    while (logo->opacity() < 1 && !deadline.hasExpired()) {
-        QVERIFY(qAbs((logo->scale() - 0.8) / 0.2 - logo->opacity()) < 0.05);
-        QTest::qWait(15);
-    }
-    QCOMPARE(logo->opacity(), 1);
-    QCOMPARE(logo->scale(), 1);
-}
-
 void SplashViewTest::spinnerTurnsOnceASecond()
 {
-    TestScreen screen(splash(1, 1));
+    TestScreen screen("SplashView { logoOpacity: 1; logoScale: 1 }");
     QQuickItem *const spinner = screen.find(u"spinner"_s);
     QList<const QQuickItem *> spokes;
     for (const QQuickItem *child : spinner->childItems()) {
@@ -145,14 +75,6 @@ void SplashViewTest::spinnerRestsWhileInvisible()
     QVERIFY(timer->property("running").toBool());
     screen.root()->setProperty("on", false);
     QVERIFY(!timer->property("running").toBool());
-}
-
-void SplashViewTest::pictureIsCroppedNeverStretched()
-{
-    TestScreen screen(splash(1, 1), {1280, 800});
-    const QQuickItem *const picture = screen.find(u"background"_s);
-    QVERIFY(picture->property("cropped").toBool()); // what that draws is the picture's own test
-    QCOMPARE(picture->size(), QSizeF(1280, 800));
 }
 
 MAROVENDA_TEST_MAIN(SplashViewTest)
