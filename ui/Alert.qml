@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// A question over the whole window, with one text input and two buttons. Its focus starts in the input and cannot leave.
+// A modal dialog with a text input and two buttons. The input has the focus at first; the focus cannot leave the dialog.
 FocusScope {
     id: alert
 
@@ -12,14 +12,14 @@ FocusScope {
     property alias content: input.content
     property string acceptText: ""
     property string cancelText: "Cancelar"
-    // From the opening until it has faded: nothing below can be used.
+    // True until the alert has faded out; nothing below it takes input meanwhile.
     property bool covering: false
 
     signal edited(shown: string)
     signal accepted()
     signal cancelled()
 
-    // The Return that opened the alert may still be held down.
+    // Ignores the repeats of the Return key, which may have opened the alert and still be held down.
     function send(event: KeyEvent) {
         if (event.isAutoRepeat)
             return
@@ -34,8 +34,8 @@ FocusScope {
     onShownChanged: {
         if (shown) {
             if (!covering)
-                focusBelow.keep()
-            // Before what is below loses the focus for being covered, which would have another reason.
+                focusBelow.save()
+            // Covering the focused item would take the focus with another reason, so move the focus first.
             input.forceActiveFocus(Qt.PopupFocusReason)
             covering = true
             opacity = 0
@@ -45,7 +45,7 @@ FocusScope {
         fade.restart()
     }
 
-    // Whatever the alert does not use goes no further.
+    // Keys that the alert does not use must not reach the screen below.
     Keys.onPressed: event => {
         event.accepted = true
         const closes = event.key === Qt.Key_Escape || event.key === Qt.Key_Back
@@ -53,9 +53,9 @@ FocusScope {
             alert.cancelled()
     }
 
-    KeptFocus {
+    SavedFocus {
         id: focusBelow
-        cover: alert
+        popup: alert
     }
     ParallelAnimation {
         id: fade
@@ -63,7 +63,7 @@ FocusScope {
             if (alert.shown)
                 return
             alert.covering = false
-            focusBelow.giveBack()
+            focusBelow.restore()
         }
         NumberAnimation {
             id: fadeTo
@@ -178,7 +178,7 @@ FocusScope {
                     text: alert.cancelText
                     bold: true
                     focusRadius: box.radius
-                    focusAround: -3
+                    focusMargin: -3
                     onClicked: alert.cancelled()
                     KeyNavigation.tab: acceptButton
                     KeyNavigation.backtab: input
@@ -198,7 +198,7 @@ FocusScope {
                     height: parent.height
                     text: alert.acceptText
                     focusRadius: box.radius
-                    focusAround: -3
+                    focusMargin: -3
                     onClicked: alert.accepted()
                     KeyNavigation.tab: input
                     KeyNavigation.backtab: cancelButton

@@ -1,8 +1,8 @@
 import QtQuick
 import Marovenda.Ui
 
-// A screen of the app: its background, its bar, and its content below. The navigation container that shows it listens
-// to `push` and `back` and tells it when it comes on screen.
+// A screen of the app: its background, its bar, and the content below the bar. NavigationContainer handles `push` and
+// `back`, and emits `appeared` when the screen comes into view.
 FocusScope {
     id: screen
 
@@ -11,9 +11,9 @@ FocusScope {
     property bool barHidden: false
     // How far the content has scrolled under the bar.
     property real scrolled: 0
-    // Something over the whole screen takes its place, for the finger and for assistive technology.
+    // True while something covers the screen: it takes no input and is hidden from assistive technology.
     property bool covered: false
-    // Set by the navigation container.
+    // Set by NavigationContainer.
     property bool canGoBack: false
 
     signal appeared()
@@ -28,7 +28,7 @@ FocusScope {
         anchors.fill: parent
         color: Theme.screenBackground
     }
-    // Read and reached before the content, as it stands.
+    // Declared before the content: screen readers and the Tab key follow the order of declaration.
     NavigationBar {
         id: bar
         visible: !screen.barHidden

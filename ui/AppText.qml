@@ -1,13 +1,13 @@
 import QtQuick
 import Marovenda.Ui
 
-// A text in one of the text styles. What it shows is plain text, whatever markup the service sends.
+// A label in one of the text styles. The text is always plain: markup from the service is not interpreted.
 Text {
     id: label
 
     property TextStyle textStyle: Theme.body
     property bool bold: false
-    // A text that belongs to a control is heard as that control's name, not once more by itself.
+    // The control's accessible name already contains this text, so screen readers skip the label.
     property bool partOfControl: false
 
     color: Theme.primaryText
@@ -21,6 +21,6 @@ Text {
 
     Accessible.role: Accessible.StaticText
     Accessible.name: label.text
-    // What is covered is disabled, and nothing covered may be heard.
+    // Screens that something covers are disabled, and screen readers must not find their labels.
     Accessible.ignored: label.partOfControl || !label.enabled || label.text === ""
 }

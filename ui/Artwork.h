@@ -2,19 +2,19 @@
 
 #include "TexturedItem.h"
 
-/// One of the product's pictures, as wide or as high as the item. Not by the platform's Image, which has every
-/// decoder of the system loaded first: that takes longer than all else until the window shows.
+/// One of the bundled pictures, scaled to the item. Replaces Image, which loads every image plugin of the system:
+/// that takes longer than the rest of the start.
 class Artwork : public TexturedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// The picture's name, "marovenda_logo" say; an unknown one draws nothing.
+    /// The picture's name, for example "marovenda_logo"; an unknown name draws nothing.
     Q_PROPERTY(QString name MEMBER m_name WRITE setName NOTIFY nameChanged)
-    /// Whether it fills the item, its edges cut off, instead of being whole within it.
+    /// Whether the picture fills the item and is cropped, instead of fitting inside it.
     Q_PROPERTY(bool cropped MEMBER m_cropped WRITE setCropped NOTIFY croppedChanged)
 public:
     using TexturedItem::TexturedItem;
 
-    /// A picture as it is bundled, for a device pixel ratio of 1 to 3; null when there is none.
+    /// Returns the bundled picture for a device pixel ratio of 1 to 3, or a null image if there is none.
     static QImage picture(const QString &name, int ratio);
 
     void setName(const QString &name);

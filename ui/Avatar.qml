@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// The customer's photo in a circle, or a placeholder while there is none to show.
+// The customer's photo in a circle, or a placeholder when there is no photo.
 Item {
     id: avatar
 

@@ -15,8 +15,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Every one that there is, for the application's end.
-std::set<Background *> &all()
+std::set<Background *> &instances()
 {
     static auto *const made = new std::set<Background *>;
     return *made;
@@ -27,23 +26,23 @@ std::set<Background *> &all()
 struct Background::Job {
     Job(Background *background, quint64 itsNumber) : owner(background), number(itsNumber) {}
 
-    void showLife() { heard = Clock::now(); }
-    /// Until it shows life again it cannot stall.
-    void cannotStall() { heard = Clock::time_point::max(); }
+    void showLife() { lastSign = Clock::now(); }
+    /// The job does not count as stalled until it shows life again.
+    void suspendTimeout() { lastSign = Clock::time_point::max(); }
 
-    /// Null once nobody waits for it.
+    /// Null once the job is abandoned.
     Background *owner;
     const quint64 number;
     std::function<void()> work;
-    std::atomic<Clock::time_point> heard = Clock::now();
+    std::atomic<Clock::time_point> lastSign = Clock::now();
 };
 
-/// Shared with threads that nobody waits for, and so never destroyed. Nor do the threads ever end: a thread that ends
-/// beside the application would clear up what Qt keeps for it while Qt itself is cleared up.
+/// Never destroyed, because detached threads use it. The threads never end either: a thread that ended during the end
+/// of the application would free its Qt data while Qt itself is being destroyed.
 struct Background::Threads {
     std::mutex mutex;
     std::condition_variable changed;
-    /// Whether there is an application to work for.
+    /// True while the application exists.
     bool open = false;
     bool turnIsTaken = false;
     std::size_t idle = 0;
@@ -60,7 +59,7 @@ Background::Threads &Background::threads()
     return *made;
 }
 
-void Background::workForEver()
+void Background::runJobsForever()
 {
     Threads &shared = threads();
     for (;;) {
@@ -79,7 +78,7 @@ void Background::workForEver()
         Threads::current = nullptr;
         job->work = nullptr;
         const std::lock_guard lock(shared.mutex);
-        // The event holds nothing that would be destroyed with it.
+        // Capture plain values only: the event may be destroyed on any thread.
         if (shared.open && job->owner)
             QMetaObject::invokeMethod(
                 job->owner, [owner = job->owner, number = job->number] { owner->finish(number); },
@@ -87,17 +86,17 @@ void Background::workForEver()
     }
 }
 
-void Background::openForTheApplication()
+void Background::acceptJobs()
 {
     const std::lock_guard lock(threads().mutex);
     if (std::exchange(threads().open, true))
         return;
-    // Before the main thread's queue is dropped, which was asked for when the application started.
-    qAddPostRoutine(end);
+    // Runs before ViewModel's post routine, which was added earlier and drops the main thread's events.
+    qAddPostRoutine(endWithApplication);
     threads().changed.notify_all();
 }
 
-void Background::end()
+void Background::endWithApplication()
 {
     {
         Threads &shared = threads();
@@ -106,8 +105,8 @@ void Background::end()
         shared.jobs.clear();
         shared.changed.wait(lock, [&] { return !shared.turnIsTaken; });
     }
-    for (Background *const each : all())
-        each->forget();
+    for (Background *const each : instances())
+        each->abandonAll();
 }
 
 void Background::signOfLife()
@@ -123,7 +122,7 @@ Background::Turn::Turn()
     Threads &shared = threads();
     std::unique_lock lock(shared.mutex);
     if (Threads::current)
-        Threads::current->cannotStall();
+        Threads::current->suspendTimeout();
     shared.changed.wait(lock, [&] { return shared.open && !shared.turnIsTaken; });
     shared.turnIsTaken = true;
 }
@@ -137,46 +136,47 @@ Background::Turn::~Turn()
         Threads::current->showLife();
 }
 
-Background::Background(std::size_t most, std::chrono::milliseconds patience) : m_most(most), m_patience(patience)
+Background::Background(std::size_t maxRunning, std::chrono::milliseconds stallTimeout)
+    : m_maxRunning(maxRunning), m_stallTimeout(stallTimeout)
 {
     m_next.setSingleShot(true);
-    m_next.setInterval(patience);
+    m_next.setInterval(stallTimeout);
     m_next.callOnTimeout(this, [this] { startNext(); });
-    all().insert(this);
+    instances().insert(this);
 }
 
 Background::~Background()
 {
-    all().erase(this);
-    forget();
+    instances().erase(this);
+    abandonAll();
 }
 
 void Background::begin(Task task)
 {
     if (QCoreApplication::closingDown())
         return;
-    openForTheApplication();
+    acceptJobs();
     m_waiting.push_back(std::move(task));
     startNext();
 }
 
 void Background::startNext()
 {
-    while (!m_waiting.empty() && m_running.size() < m_most && !waitsForOne()) {
+    while (!m_waiting.empty() && m_running.size() < m_maxRunning && !isBusy()) {
         Task task = std::move(m_waiting.front());
         m_waiting.pop_front();
         if (task.wanted())
             run(std::move(task));
     }
-    if (!m_waiting.empty() && m_running.size() < m_most)
+    if (!m_waiting.empty() && m_running.size() < m_maxRunning)
         m_next.start();
 }
 
-bool Background::waitsForOne() const
+bool Background::isBusy() const
 {
-    const auto longAgo = Clock::now() - m_patience;
+    const auto stalledBefore = Clock::now() - m_stallTimeout;
     return std::any_of(m_running.begin(), m_running.end(),
-                       [&](const auto &each) { return each.second.job->heard.load() > longAgo; });
+                       [&](const auto &each) { return each.second.job->lastSign.load() > stalledBefore; });
 }
 
 void Background::run(Task task)
@@ -193,9 +193,9 @@ void Background::run(Task task)
         return;
     }
     try {
-        std::thread(workForEver).detach();
+        std::thread(runJobsForever).detach();
     } catch (const std::system_error &) {
-        // The system has no further thread: the first that is free takes it.
+        // The system has no more threads; the next idle thread takes the job.
     }
 }
 
@@ -211,7 +211,7 @@ void Background::finish(quint64 number)
         task.done();
 }
 
-void Background::forget()
+void Background::abandonAll()
 {
     m_next.stop();
     {
@@ -219,7 +219,7 @@ void Background::forget()
         for (const auto &[number, running] : m_running)
             running.job->owner = nullptr;
     }
-    // Whoever goes with these may start something.
+    // Destroying these may start new jobs, so empty the members first.
     const auto waiting = std::exchange(m_waiting, {});
     const auto running = std::exchange(m_running, {});
 }

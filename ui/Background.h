@@ -12,22 +12,23 @@
 #include <type_traits>
 #include <utility>
 
-/// Work off the main thread that may stall for ever, as reading a file does when its network drive is gone. A stalled
-/// piece holds up neither the next one nor the application's end.
+/// Runs work on other threads that may stall forever, as reading a file does when its network drive is gone. A
+/// stalled job delays neither the next job nor the end of the application.
 ///
-/// Belongs to the main thread, as does all that is to be done with a result: whether the work succeeds, is no longer
-/// wanted or is still under way when the application ends, that is called and destroyed there and nowhere else.
+/// Use it on the main thread only. The `wanted` and `done` functions of a job are called and destroyed on the main
+/// thread, also if the job is no longer wanted or the application ends first.
 class Background final : public QObject {
 public:
-    /// Starts one piece of work after the other, but waits no longer for one that has shown no sign of life for
-    /// `patience`, in milliseconds; 0 waits for none. At most `most` are under way at once, stalled ones included.
-    Background(std::size_t most, std::chrono::milliseconds patience);
+    /// Runs one job at a time, but starts the next one when the running job has not called `signOfLife` for
+    /// `stallTimeout`; 0 starts every job at once. At most `maxRunning` jobs run at the same time, stalled ones
+    /// included.
+    Background(std::size_t maxRunning, std::chrono::milliseconds stallTimeout);
     ~Background() override;
 
-    /// Does `work`, a function without parameters, on another thread, and hands what it returns to `done` on the main
-    /// thread. `wanted` is asked there before each of the two; what is no longer wanted is left out.
+    /// Calls `work` on another thread and then `done` with its result on the main thread. Calls `wanted` on the main
+    /// thread before each of the two, and skips the call if it returns false.
     ///
-    /// What `work` holds and returns may be destroyed on that thread, or never, and so is to be plain values.
+    /// What `work` captures and returns may be destroyed on the other thread, or never: use plain values only.
     template <typename Work, typename Done>
     void start(Work work, std::function<bool()> wanted, Done done)
     {
@@ -36,12 +37,12 @@ public:
                [done = std::move(done), result] { done(**result); }});
     }
 
-    /// For work, between steps that may take long: it has not stalled. Does not return any more once the application
-    /// has ended, since from then on nothing of Qt may be relied on.
+    /// Work calls this between steps that may take long, to show that it has not stalled. Never returns once the
+    /// application has ended, because Qt may no longer be used then.
     static void signOfLife();
 
-    /// A part of some work that needs much memory, or the application: in the whole process one at a time, and the
-    /// application ends only after it. Must not stall.
+    /// Work holds a Turn while it needs much memory or uses QGuiApplication. There is one holder at a time in the
+    /// whole process, and the application waits for it before it ends. The holder must not stall.
     class Turn {
     public:
         Turn();
@@ -64,19 +65,19 @@ private:
     struct Threads;
 
     static Threads &threads();
-    [[noreturn]] static void workForEver();
-    static void openForTheApplication();
-    static void end();
+    [[noreturn]] static void runJobsForever();
+    static void acceptJobs();
+    static void endWithApplication();
 
     void begin(Task task);
     void startNext();
     void run(Task task);
-    bool waitsForOne() const;
+    bool isBusy() const;
     void finish(quint64 number);
-    void forget();
+    void abandonAll();
 
-    const std::size_t m_most;
-    const std::chrono::milliseconds m_patience;
+    const std::size_t m_maxRunning;
+    const std::chrono::milliseconds m_stallTimeout;
     QTimer m_next;
     std::deque<Task> m_waiting;
     std::map<quint64, Running> m_running;

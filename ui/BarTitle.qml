@@ -1,18 +1,17 @@
 import QtQuick
 import Marovenda.Ui
 
-// The title in the middle of a bar; beside what stands at the bar's left where the middle is too narrow for it.
+// The title of a bar: centred if it fits there, otherwise beside the item at the left.
 AppText {
     id: title
 
-    // Where what stands at the left ends.
-    required property real beginning
-    readonly property bool centred: implicitWidth <= parent.width - 2 * beginning
-    readonly property real room: parent.width - beginning - Theme.padding
+    required property real leftItemEnd
+    readonly property bool centred: implicitWidth <= parent.width - 2 * leftItemEnd
+    readonly property real availableWidth: parent.width - leftItemEnd - Theme.padding
 
     anchors.verticalCenter: parent.verticalCenter
-    x: centred ? (parent.width - width) / 2 : beginning
-    width: centred ? implicitWidth : room
+    x: centred ? (parent.width - width) / 2 : leftItemEnd
+    width: centred ? implicitWidth : availableWidth
     textStyle: Theme.headline
     horizontalAlignment: Text.AlignHCenter
     lineHeightMode: Text.ProportionalHeight

@@ -10,10 +10,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Where a corner starts on an edge, in units of the radius.
+/// The distance from the corner of the rectangle to the start of the curve, in units of the radius.
 constexpr qreal reach = 1.528665;
 
-/// The corner at the top left, from the top edge to the left one, in units of the radius.
+/// The control points of the top left corner, from the top edge to the left edge, in units of the radius.
 constexpr std::array<QPointF, 9> corner{{{1.088493, 0},
                                          {0.868407, 0},
                                          {0.631494, 0.074911},
@@ -35,9 +35,9 @@ QPainterPath ContinuousRectangle::outline(const QRectF &rect, qreal radius)
 {
     const qreal r = limitedRadius(rect.size(), radius);
     QPainterPath path;
-    // Each corner is the first one mirrored; `along` runs it in its own or the opposite direction, so that the four
-    // of them follow one another around the shape.
-    const auto bend = [&](QPointF at, qreal right, qreal down, bool forward) {
+    // Mirrors the top left corner. Every second corner runs backwards, so that the four follow one another around the
+    // shape.
+    const auto addCorner = [&](QPointF at, qreal right, qreal down, bool forward) {
         const auto place = [&](QPointF unit) { return at + QPointF(unit.x() * r * right, unit.y() * r * down); };
         std::array<QPointF, 10> points;
         points[0] = place({reach, 0});
@@ -51,10 +51,10 @@ QPainterPath ContinuousRectangle::outline(const QRectF &rect, qreal radius)
         for (std::size_t i = 1; i < points.size(); i += 3)
             path.cubicTo(points[i], points[i + 1], points[i + 2]);
     };
-    bend(rect.topLeft(), 1, 1, true);
-    bend(rect.bottomLeft(), 1, -1, false);
-    bend(rect.bottomRight(), -1, -1, true);
-    bend(rect.topRight(), -1, 1, false);
+    addCorner(rect.topLeft(), 1, 1, true);
+    addCorner(rect.bottomLeft(), 1, -1, false);
+    addCorner(rect.bottomRight(), -1, -1, true);
+    addCorner(rect.topRight(), -1, 1, false);
     path.closeSubpath();
     return path;
 }
@@ -76,9 +76,9 @@ QString ContinuousRectangle::textureKey() const
 
 QImage ContinuousRectangle::paint(qreal ratio) const
 {
-    // Four corners around a middle of two points, which the pieces stretch.
+    // Four corners around a middle of two points, which `pieces` stretches.
     const qreal side = 2 * cornerReach() + 2;
-    const qreal margin = overhang();
+    const qreal margin = outlineOutside();
     const int pixels = static_cast<int>(std::ceil((side + 2 * margin) * ratio));
     QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(ratio);
@@ -98,13 +98,13 @@ QImage ContinuousRectangle::paint(qreal ratio) const
 
 QList<TexturedItem::Piece> ContinuousRectangle::pieces(QSize pixels, qreal ratio) const
 {
-    const qreal margin = overhang();
+    const qreal margin = outlineOutside();
     const qreal edge = cornerReach() + margin;
     const qreal full = pixels.width();
     const std::array<qreal, 4> from{0, edge * ratio, full - edge * ratio, full};
     const std::array<qreal, 4> across{-margin, edge - margin, width() + margin - edge, width() + margin};
     const std::array<qreal, 4> down{-margin, edge - margin, height() + margin - edge, height() + margin};
-    // The middle is taken from inside the stretch, so that no corner bleeds into it.
+    // Inset the middle, so that filtering does not mix the corners into it.
     const auto source = [&](std::size_t i) {
         const qreal inset = i == 1 ? std::min(0.5, (from[2] - from[1]) / 4) : 0;
         return std::pair(from[i] + inset, from[i + 1] - inset);

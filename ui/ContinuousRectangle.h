@@ -7,12 +7,12 @@
 
 #include <cmath>
 
-/// A rectangle whose corners bend smoothly: the curvature grows from the edge into the corner instead of jumping. The
-/// outline, if any, is centred on the shape's edge, half of it outside.
+/// A rectangle with continuous corners: the curvature grows steadily from the edge into the corner. The outline, if
+/// any, is centred on the edge, so half of it lies outside the item.
 class ContinuousRectangle : public TexturedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// The corner radius; limited so that two corners fit on the shorter side.
+    /// The corner radius, limited so that two corners fit on the shorter side.
     Q_PROPERTY(qreal radius MEMBER m_radius WRITE setRadius NOTIFY lookChanged)
     Q_PROPERTY(QColor color MEMBER m_color WRITE setColor NOTIFY lookChanged)
     Q_PROPERTY(QColor borderColor MEMBER m_borderColor WRITE setBorderColor NOTIFY lookChanged)
@@ -26,9 +26,9 @@ public:
     void setBorderColor(const QColor &color) { set(m_borderColor, color); }
     void setBorderWidth(qreal width) { set(m_borderWidth, width); }
 
-    /// The shape's outline in a rectangle, for a corner radius before limiting.
+    /// Returns the shape's outline in `rect`; limits the radius itself.
     static QPainterPath outline(const QRectF &rect, qreal radius);
-    /// The radius that a shape of this size really gets.
+    /// Returns the radius that a shape of this size gets.
     static qreal limitedRadius(QSizeF size, qreal radius);
 
 Q_SIGNALS:
@@ -49,10 +49,9 @@ private:
         emit lookChanged();
         repaint();
     }
-    /// How far the corner reaches along an edge, in whole points so that pieces meet on pixels.
+    /// How far the corner reaches along an edge; a whole number, so that the pieces meet on pixel boundaries.
     qreal cornerReach() const;
-    /// How far the outline reaches beyond the item.
-    qreal overhang() const { return std::ceil(m_borderWidth / 2); }
+    qreal outlineOutside() const { return std::ceil(m_borderWidth / 2); }
 
     qreal m_radius = 0;
     QColor m_color = Qt::white;

@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// A form's input for a password.
+// A form field for a password.
 FormField {
     echoMode: TextInput.Password
     passwordCharacter: "\u2022"

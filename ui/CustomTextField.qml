@@ -1,8 +1,8 @@
 import QtQuick
 import Marovenda.Ui
 
-// A form's input for plain text or, with `isDecimal`, for a number: that only chooses the on-screen keyboard. Whatever
-// text arrives is kept.
+// A form field for text or, with `isDecimal`, for a number. `isDecimal` only chooses the on-screen keyboard; the field
+// accepts any text.
 FormField {
     id: field
 

@@ -23,7 +23,7 @@ AppScreen {
                 id: middle
                 width: page.inner
                 x: 24
-                // In the middle of what the button leaves, by the two springs around it.
+                // Centred in the space above the button.
                 y: Math.round((volver.y - height) / 2)
                 spacing: 24
 
@@ -61,13 +61,13 @@ AppScreen {
 
                     contentItem: Column {
                         id: links
-                        readonly property real most: page.inner - 40
+                        readonly property real availableRowWidth: page.inner - 40
                         spacing: 16
                         LinkRow {
                             objectName: "sitio"
                             anchors.horizontalCenter: parent.horizontalCenter
                             visible: viewModel.haySitio
-                            most: links.most
+                            availableRowWidth: links.availableRowWidth
                             emoji: "🌐"
                             label: "Sitio Web:"
                             target: viewModel.sitioTexto
@@ -81,7 +81,7 @@ AppScreen {
                             objectName: "correo"
                             anchors.horizontalCenter: parent.horizontalCenter
                             visible: viewModel.hayCorreo
-                            most: links.most
+                            availableRowWidth: links.availableRowWidth
                             emoji: "✉️"
                             label: "Correo:"
                             target: viewModel.correoTexto

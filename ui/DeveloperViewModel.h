@@ -5,7 +5,7 @@
 #include <QtQmlIntegration>
 #include <QUrl>
 
-/// Who made the app, with two links. An address that forms no link is empty.
+/// The links to the app's developer. `sitio` or `correo` is empty if the configured address is not a valid link.
 class DeveloperViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
@@ -25,6 +25,6 @@ public:
     QUrl correo() const;
     QString correoTexto() const;
 
-    /// Hands a link to the system.
+    /// Opens the link in the system's browser or mail program.
     Q_INVOKABLE void abrir(const QUrl &link) const;
 };

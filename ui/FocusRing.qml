@@ -1,15 +1,16 @@
 import QtQuick
 import Marovenda.Ui
 
-// Shows where the keyboard's focus is, around its parent.
+// A ring around its parent that shows the keyboard focus.
 ContinuousRectangle {
     objectName: "focusRing"
 
     property bool shown: false
-    property real around: 3
+    // The distance from the parent's edge to the ring; negative inside the parent.
+    property real margin: 3
 
     anchors.fill: parent
-    anchors.margins: -around
+    anchors.margins: -margin
     visible: shown
     color: "transparent"
     borderColor: Theme.blue

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Marovenda.Ui
 
-// The look that the plain and the password field share. The string belongs to the screen: bind `content` to it and write it
-// back in `onEdited`. It always is what the field shows, with the text that an input method has not finished yet.
+// The base of the text field and the password field. The screen owns the string: bind `content` to it, and assign it in
+// `onEdited`. The string always equals the text on display, including text that an input method is still composing.
 T.TextField {
     id: field
 
@@ -16,26 +16,26 @@ T.TextField {
     property TextStyle textStyle: Theme.body
     readonly property bool keyboardFocus: activeFocus
         && (focusReason === Qt.TabFocusReason || focusReason === Qt.BacktabFocusReason)
-    // Something has opened over the field and gives the focus back; the caret stays where it is meanwhile.
+    // True while a popup has the focus. The popup returns the focus, and the caret keeps its place.
     property bool interrupted: false
-    property bool taking: false
+    property bool updating: false
 
-    // By key, paste, input method or assistive technology: the field shows another text than `content`.
+    // The customer changed the text: by key, paste, input method or assistive technology.
     signal edited(shown: string)
 
-    function take() {
+    function showContent() {
         if (shownText() === content)
             return
-        taking = true
+        updating = true
         text = content
-        taking = false
+        updating = false
     }
-    function give() {
+    function reportEdit() {
         const shown = shownText()
-        if (!taking && shown !== content)
+        if (!updating && shown !== content)
             edited(shown)
     }
-    // Asked for when it is needed: the text and the unfinished text change one after the other.
+    // A function and not a binding: `text` and `preeditText` change one after the other.
     function shownText(): string {
         return text.slice(0, cursorPosition) + preeditText + text.slice(cursorPosition)
     }
@@ -51,16 +51,16 @@ T.TextField {
     selectionColor: Theme.blue
     selectedTextColor: Theme.white
     renderType: Text.NativeRendering
-    // The field takes whatever arrives; the default would cut it (https://doc.qt.io/qt-6/qml-qtquick-textinput.html).
+    // The default, 32767, would cut long texts (https://doc.qt.io/qt-6/qml-qtquick-textinput.html).
     maximumLength: 0x7fffffff
 
     containmentMask: TouchTarget { control: field }
 
-    onContentChanged: take()
-    onPreeditTextChanged: give()
+    onContentChanged: showContent()
+    onPreeditTextChanged: reportEdit()
     onTextChanged: {
-        give()
-        // A text that is longer than its field shows its beginning until it is edited.
+        reportEdit()
+        // Without the focus, a text longer than the field shows its beginning.
         if (!activeFocus)
             cursorPosition = 0
     }
@@ -68,7 +68,7 @@ T.TextField {
         if (focusReason === Qt.ActiveWindowFocusReason)
             return
         if (!activeFocus) {
-            // Not every input method finishes its text when the focus leaves.
+            // Not every input method commits its text when the focus leaves.
             UnfinishedText.commitIn(field)
             interrupted = focusReason === Qt.PopupFocusReason
             if (!interrupted)
@@ -102,7 +102,7 @@ T.TextField {
         verticalAlignment: Text.AlignVCenter
         wrapMode: Text.NoWrap
         elide: Text.ElideRight
-        // At a large text size a hint is smaller rather than cut.
+        // At large text sizes the hint shrinks instead of being cut.
         lineHeightMode: Text.ProportionalHeight
         lineHeight: 1
         fontSizeMode: Text.HorizontalFit
@@ -112,6 +112,6 @@ T.TextField {
 
     FocusRing {
         shown: field.keyboardFocus
-        radius: field.radius + around
+        radius: field.radius + margin
     }
 }

@@ -1,8 +1,8 @@
 import QtQuick
 import Marovenda.Ui
 
-// Rows of a white group on the screen's background, below a large title that scrolls away with them. Only the rows in view
-// exist as items. A delegate is a GroupedRow.
+// A list whose rows form one white group, below a large title that scrolls with them. Only the visible rows exist as
+// items. The delegate must be a GroupedRow.
 ListView {
     id: list
 
@@ -16,7 +16,7 @@ ListView {
     focus: true
     activeFocusOnTab: true
     keyNavigationEnabled: true
-    // A current row would be scrolled to, past the title, whenever the rows change.
+    // With a current row, the view would scroll to it, past the title, whenever the model changes.
     currentIndex: -1
 
     Keys.onPressed: event => {
@@ -50,10 +50,10 @@ ListView {
     // qmllint enable unqualified
 
     ScrollIndicator { area: list }
-    // Where the keys are, before they have chosen a row.
+    // Around the whole list while no row is current.
     FocusRing {
         parent: list
-        around: -2
+        margin: -2
         shown: Keyboard.navigating && list.activeFocus && list.currentIndex < 0
         radius: 10
     }

@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// One row of a GroupedList: its content, the group's corners at the first and the last row, a separator between rows.
+// A row of a GroupedList. The first and the last row draw the group's rounded corners, the others a separator below them.
 Item {
     id: row
 
@@ -14,12 +14,12 @@ Item {
 
     width: row.list.width
     height: Math.max(44, holder.childrenRect.height + 2 * holder.y)
-    // The corners of the whole group show only where it begins and ends.
+    // Cuts off the corners of the card, except at the first and the last row.
     clip: true
 
     onIndexChanged: ReadingOrder.place(row)
     Component.onCompleted: ReadingOrder.place(row)
-    // A row that waits to be used again is neither shown nor heard.
+    // Screen readers must not find a row in the reuse pool.
     ListView.onPooled: row.visible = false
     ListView.onReused: {
         row.visible = true

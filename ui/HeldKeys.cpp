@@ -9,16 +9,16 @@
 
 namespace {
 
-// KeyPress and KeyRelease as the X protocol has them: https://www.x.org/releases/current/doc/xproto/x11protocol.html
+// The layout of KeyPress and KeyRelease events: https://www.x.org/releases/current/doc/xproto/x11protocol.html
 constexpr int pressType = 2;
 constexpr int releaseType = 3;
-constexpr int sentByAProgram = 0x80;
-constexpr int keyAt = 1;
-constexpr int timeAt = 4;
+constexpr int syntheticFlag = 0x80;
+constexpr int keyOffset = 1;
+constexpr int timeOffset = 4;
 
-/// In milliseconds. An input method may have kept an earlier press; after so long it comes no more.
-constexpr quint32 longAgo = 1000;
-constexpr int most = 8;
+/// In milliseconds. An input method may keep a press to itself; after this time Qt no longer delivers it.
+constexpr quint32 deliveryTimeout = 1000;
+constexpr int maxUndelivered = 8;
 
 } // namespace
 
@@ -36,21 +36,21 @@ bool HeldKeys::nativeEventFilter(const QByteArray &eventType, void *message, qin
     if (eventType != "xcb_generic_event_t")
         return false;
     const auto *const bytes = static_cast<const uchar *>(message);
-    const int type = bytes[0] & ~sentByAProgram;
+    const int type = bytes[0] & ~syntheticFlag;
     if (type != pressType && type != releaseType)
         return false;
-    const quint32 key = bytes[keyAt];
+    const quint32 key = bytes[keyOffset];
     quint32 time = 0;
-    std::memcpy(&time, bytes + timeAt, sizeof time);
+    std::memcpy(&time, bytes + timeOffset, sizeof time);
     if (type == releaseType) {
         m_releasedKey = key;
         m_releaseTime = time;
         return false;
     }
-    int &fresh = m_fresh[key];
+    int &undelivered = m_undelivered[key];
     if (key == m_releasedKey && time == m_releaseTime)
         return false;
-    fresh = time - m_lastPress > longAgo ? 1 : std::min(fresh + 1, most);
+    undelivered = time - m_lastPress > deliveryTimeout ? 1 : std::min(undelivered + 1, maxUndelivered);
     m_lastPress = time;
     return false;
 }
@@ -60,11 +60,11 @@ bool HeldKeys::eventFilter(QObject *watched, QEvent *event)
     if (event->type() != QEvent::KeyPress || !qobject_cast<QWindow *>(watched))
         return false;
     const auto *const press = static_cast<QKeyEvent *>(event);
-    const auto fresh = m_fresh.find(press->nativeScanCode());
-    if (fresh == m_fresh.end() || press->isAutoRepeat())
+    const auto undelivered = m_undelivered.find(press->nativeScanCode());
+    if (undelivered == m_undelivered.end() || press->isAutoRepeat())
         return false;
-    if (*fresh > 0) {
-        --*fresh;
+    if (*undelivered > 0) {
+        --*undelivered;
         return false;
     }
     QKeyEvent repeat(press->type(), press->key(), press->modifiers(), press->nativeScanCode(),

@@ -4,11 +4,10 @@
 #include <QHash>
 #include <QObject>
 
-/// Marks the repeats of a key that is held down where the platform does not. X11 sends a release and a press for each
-/// repeat, both of one time, and Qt sees that they belong together only if it has read both already; otherwise the
-/// repeat passes for a new press.
+/// Marks key repeats that Qt misses. For each repeat, X11 sends a release and a press with the same time. Qt detects
+/// the pair only if it has already read both events; otherwise it reports the repeat as a new press.
 ///
-/// To be made after the application, once.
+/// Create one instance, after the application.
 class HeldKeys final : public QObject, public QAbstractNativeEventFilter {
 public:
     explicit HeldKeys(QObject *parent = nullptr);
@@ -18,8 +17,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    /// Presses by hand that have come from the display and not from Qt yet, for each key.
-    QHash<quint32, int> m_fresh;
+    /// For each key: the real presses that X11 has reported and Qt has not delivered yet.
+    QHash<quint32, int> m_undelivered;
     quint32 m_lastPress = 0;
     quint32 m_releasedKey = 0;
     quint32 m_releaseTime = 0;

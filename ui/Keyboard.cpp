@@ -46,7 +46,7 @@ Keyboard::Keyboard(QObject *parent) : QObject(parent) { qGuiApp->installEventFil
 bool Keyboard::eventFilter(QObject *watched, QEvent *event)
 {
     bool navigating = m_navigating;
-    // A window gets an event before the item in it.
+    // Windows receive each event before their items do.
     if (qobject_cast<QWindow *>(watched)) {
         if (event->type() == QEvent::KeyPress)
             navigating = navigating || isNavigation(static_cast<QKeyEvent *>(event)->key());

@@ -3,13 +3,13 @@
 #include <QObject>
 #include <QtQmlIntegration>
 
-/// How the customer gets about, for parts whose focus has no reason of its own: a focus ring is for those who use
-/// keys.
+/// Tells whether the customer navigates by keyboard, for items that have no focus reason. Focus rings show only then.
 class Keyboard : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    /// True from a key that moves the focus or presses, until the next tap or click. In a text field only Tab does.
+    /// Becomes true with a key that moves the focus or presses a control, and false with the next tap or click. In a
+    /// text field only Tab counts.
     Q_PROPERTY(bool navigating READ navigating NOTIFY navigatingChanged)
 public:
     explicit Keyboard(QObject *parent = nullptr);

@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// The title that a screen starts with; it scrolls away with the content.
+// The large title at the top of a screen; it scrolls with the content.
 Item {
     property alias text: label.text
 
@@ -15,7 +15,7 @@ Item {
         width: parent.width - 2 * Theme.padding
         textStyle: Theme.largeTitle
         bold: true
-        // At a large text size the words stay whole as long as they fit at the standard one.
+        // At large text sizes, shrinks down to the standard size before it breaks words.
         fontSizeMode: Text.HorizontalFit
         minimumPixelSize: 34
         Accessible.role: Accessible.Heading

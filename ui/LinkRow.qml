@@ -1,20 +1,20 @@
 import QtQuick
 import Marovenda.Ui
 
-// A label and what it links to, below each other where they do not fit side by side; a tap anywhere follows the link.
+// A label and its link, side by side if they fit, otherwise one below the other. A tap anywhere on the row opens the
+// link.
 Pressable {
     id: link
 
     required property string emoji
     required property string label
     required property string target
-    // The width that is there for it.
-    required property real most
+    required property real availableRowWidth
     property TextStyle targetStyle: Theme.body
 
     text: link.emoji + " " + link.label + " " + link.target
 
-    // A wrapped text changes its implicit width with its width; what its width follows is measured apart.
+    // The implicit width of wrapped text depends on its width, so binding the width to it would be a loop.
     TextMetrics {
         id: measure
         readonly property real wide: Math.ceil(advanceWidth) + 1
@@ -23,7 +23,7 @@ Pressable {
     }
 
     contentItem: Grid {
-        columns: name.width + spacing + measure.wide <= link.most ? 2 : 1
+        columns: name.width + spacing + measure.wide <= link.availableRowWidth ? 2 : 1
         spacing: Theme.spacing
         verticalItemAlignment: Grid.AlignVCenter
         horizontalItemAlignment: Grid.AlignHCenter
@@ -34,7 +34,7 @@ Pressable {
             Text {
                 anchors.verticalCenter: parent.verticalCenter
                 text: link.emoji
-                // The text faces have some of these in black and white.
+                // Text fonts have some of the emoji in black and white.
                 font.family: "Noto Color Emoji"
                 font.pixelSize: Theme.body.size
                 textFormat: Text.PlainText
@@ -48,7 +48,7 @@ Pressable {
         }
         AppText {
             id: targetText
-            width: Math.min(measure.wide, link.most)
+            width: Math.min(measure.wide, link.availableRowWidth)
             text: link.target
             textStyle: link.targetStyle
             bold: true

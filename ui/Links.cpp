@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool mayLeave(const QUrl &url)
+bool isAllowed(const QUrl &url)
 {
     if (!url.isValid())
         return false;
@@ -20,11 +20,11 @@ bool mayLeave(const QUrl &url)
 QUrl Links::fromText(const QString &text)
 {
     const QUrl url(text, QUrl::TolerantMode);
-    return mayLeave(url) ? url : QUrl();
+    return isAllowed(url) ? url : QUrl();
 }
 
 void Links::open(const QUrl &url)
 {
-    if (mayLeave(url))
+    if (isAllowed(url))
         QDesktopServices::openUrl(url);
 }

@@ -3,15 +3,15 @@
 #include <QString>
 #include <QUrl>
 
-/// Addresses that leave the app. Only https and mailto ever do.
+/// Links that the app opens in other programs. Only https and mailto links are allowed.
 namespace Links {
 
-/// The address that a text forms, read as tolerantly as a browser reads it: blanks inside are escaped. Empty when it
-/// forms none, or one that may not leave the app.
+/// Parses a link as tolerantly as a browser does: blanks inside it are escaped. Returns an empty URL if the text is
+/// not a link, or one that is not allowed.
 QUrl fromText(const QString &text);
 
-/// Hands the address to the system: a browser, a mail program. What comes of it is not known. Does nothing for
-/// an address that `fromText` would refuse.
+/// Opens the link in the system's browser or mail program; failures are not reported. Does nothing for a link that
+/// `fromText` would refuse.
 void open(const QUrl &url);
 
 } // namespace Links

@@ -1,37 +1,36 @@
 import QtQuick
 import Marovenda.Ui
 
-// The outcome of a form's action, announced whenever it changes. While it is empty it is gone, or with `keepsPlace` leaves
-// an empty line.
+// The result of a form's action, which screen readers announce whenever it changes. An empty message takes no space,
+// unless `keepsPlace` is set.
 AppText {
     id: line
 
     property bool keepsPlace: false
-    property bool renewing: false
-    // An empty line is nothing to a screen reader.
-    property bool heard: false
-    // Something covers the line; it is announced when that has gone.
-    property bool untold: false
+    property bool rehidden: false
+    property bool exposed: false
+    // Stays true while something covers the line.
+    property bool announcementPending: false
 
-    // A screen reader is told of an alert that begins to show; a new text is a new alert. What is ignored when it begins to
-    // show is not told.
+    // Screen readers announce an alert when it becomes visible, so hide the line and show it again. They miss an item
+    // that is ignored at that moment, so update `exposed` in between.
     function announce() {
-        if (!untold || !enabled)
+        if (!announcementPending || !enabled)
             return
-        untold = false
-        renewing = true
-        heard = text !== ""
-        renewing = false
+        announcementPending = false
+        rehidden = true
+        exposed = text !== ""
+        rehidden = false
     }
 
-    visible: (line.keepsPlace || line.text !== "") && !line.renewing
+    visible: (line.keepsPlace || line.text !== "") && !line.rehidden
     horizontalAlignment: Text.AlignHCenter
     onTextChanged: {
-        untold = true
+        announcementPending = true
         announce()
     }
     onEnabledChanged: announce()
 
     Accessible.role: Accessible.AlertMessage
-    Accessible.ignored: !line.enabled || !line.heard
+    Accessible.ignored: !line.enabled || !line.exposed
 }

@@ -1,7 +1,8 @@
 import QtQuick
 import Marovenda.Ui
 
-// The bar above a screen: the way back, the title once the large one has scrolled away, a hairline over scrolled content.
+// The bar at the top of a screen. It has a back button, shows the title once the large title has scrolled away, and draws
+// a hairline above scrolled content.
 Item {
     id: bar
 
@@ -22,8 +23,8 @@ Item {
         height: bar.height
         text: "Atrás"
         rightPadding: Theme.spacing
-        // The bar ends at the window's edge.
-        focusAround: -2
+        // A ring outside the button would be cut off at the window's edge.
+        focusMargin: -2
         Accessible.name: "Atrás"
         onClicked: bar.back()
 
@@ -46,9 +47,9 @@ Item {
         }
     }
     BarTitle {
-        beginning: bar.backShown ? backButton.x + backButton.width + Theme.spacing : Theme.padding
+        leftItemEnd: bar.backShown ? backButton.x + backButton.width + Theme.spacing : Theme.padding
         text: bar.title
-        // The large title is heard while it shows.
+        // While the large title shows, screen readers must not find this one.
         visible: opacity > 0
         opacity: bar.titleShown ? 1 : 0
         Behavior on opacity {

@@ -1,8 +1,9 @@
 import QtQuick
 import Marovenda.Ui
 
-// A stack of screens, of which the top one is on show. A new screen slides in from the right; going back is the reverse,
-// by a control of the screen, by Escape, Alt+Left or the Back key, or by dragging from the left edge.
+// A stack of screens that shows the top one. A new screen slides in from the right and slides out again to go back. The
+// customer goes back with a control of the screen, with Escape, Alt+Left or the Back key, or by dragging from the left
+// edge.
 FocusScope {
     id: container
 
@@ -11,14 +12,14 @@ FocusScope {
     readonly property AppScreen current: depth > 0 ? pages[depth - 1] : null
     readonly property bool moving: animation.running || edge.active
 
-    // All screens, the lowest first.
+    // From the bottom of the stack to the top.
     property var pages: []
-    // How far the top screen has come in: 0 is out at the right, 1 is in place.
+    // The position of the top screen: 0 is outside at the right, 1 is in place.
     property real progress: 1
     property bool leaving: false
 
     function push(component: Component) {
-        finish()
+        completeSlide()
         const page = component.createObject(stage, { canGoBack: depth > 0 }) as AppScreen
         if (!page)
             return
@@ -36,11 +37,11 @@ FocusScope {
         page.appeared()
     }
 
-    // Back to the screen below, which comes on screen now. While the top screen is dragged, the finger decides.
+    // Goes back to the screen below, which appears when the slide starts. Does nothing while the top screen is dragged.
     function pop() {
         if (depth < 2 || leaving || edge.active)
             return
-        finish()
+        completeSlide()
         leaving = true
         pages[depth - 2].appeared()
         slideTo(0, Theme.pushDuration)
@@ -56,19 +57,18 @@ FocusScope {
             animation.complete()
     }
 
-    // Ends a movement at once, as it would have ended.
-    function finish() {
+    function completeSlide() {
         if (animation.running)
             animation.complete()
     }
 
-    function settle() {
+    function endTransition() {
         if (progress < 0.5 && depth > 1) {
-            const gone = current
+            const popped = current
             pages = pages.slice(0, -1)
             progress = 1
-            gone.visible = false
-            gone.destroy()
+            popped.visible = false
+            popped.destroy()
             leaving = false
             arrange()
             current.forceActiveFocus()
@@ -84,8 +84,8 @@ FocusScope {
         }
     }
 
-    // Places the two topmost screens and hides the others. Only the top screen can be used, and only it when it is the
-    // only one showing is to be found by a screen reader.
+    // Places the two topmost screens and hides the others. Only the top screen takes input; screen readers see it alone
+    // once the slide has ended.
     function arrange() {
         const last = depth - 1
         for (let i = 0; i <= last; ++i) {
@@ -122,7 +122,7 @@ FocusScope {
         property: "progress"
         easing.type: Easing.BezierSpline
         easing.bezierCurve: Theme.easeOut
-        onFinished: container.settle()
+        onFinished: container.endTransition()
     }
 
     Item {
@@ -130,7 +130,7 @@ FocusScope {
         anchors.fill: parent
         clip: true
 
-        // The dim over the lower screen while the upper one moves.
+        // Dims the lower screen while the upper one moves.
         Rectangle {
             anchors.fill: parent
             visible: container.depth > 1 && container.progress < 1

@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// One photo of the picker's grid.
+// A photo in the picker's grid.
 Item {
     id: cell
 
@@ -32,7 +32,7 @@ Item {
         anchors.margins: cell.gap / 2
         square: true
         file: cell.file
-        // The ring goes around the photo, which may be as blue.
+        // Leaves a gap between the photo and the ring, since the photo may be as blue as the ring.
         scale: cell.marked ? (width - 10) / width : 1
     }
     Rectangle {

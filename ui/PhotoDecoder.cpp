@@ -15,34 +15,35 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 mebibyte = qint64(1024) * 1024;
-/// What a photo may take: its bytes, their base64 text while it is a picked one, and all that decoding needs.
-constexpr qint64 mostMemory = 250 * mebibyte;
-/// A scan of a JPEG may cost a few bytes of the file and the time for all of the picture's pixels.
-constexpr qint64 mostScannedPixels = qint64(1) << 30;
+/// The memory for the photo's bytes, their base64 text and the decoding. A little less than the documented 256 MiB,
+/// since the costs below are estimates.
+constexpr qint64 maxMemory = 250 * mebibyte;
+/// A scan of a JPEG may take a few bytes in the file, but as much time as all of the picture's pixels.
+constexpr qint64 maxScannedPixels = qint64(1) << 30;
 
 qint64 pixels(QSize size) { return qint64(size.width()) * size.height(); }
 
-/// Bytes of a file with parts left out.
+/// The bytes of a file without some of its parts.
 class Excerpt {
 public:
     explicit Excerpt(const QByteArray &whole) : m_whole(whole), m_size(whole.size()) {}
 
-    void leaveOut(qsizetype from, qsizetype to)
+    void skip(qsizetype from, qsizetype to)
     {
         m_size -= to - from;
         ++m_parts;
         if (!m_gaps.isEmpty() && m_gaps.last().second == from)
             m_gaps.last().second = to;
-        else if (m_gaps.size() <= mostGaps)
+        else if (m_gaps.size() <= maxGaps)
             m_gaps.append({from, to});
     }
-    /// Empty when it is too torn, or would take more than this many bytes of memory.
+    /// Returns no bytes if there are too many gaps, or if the copy needs more than `memory` bytes.
     QByteArray bytes(qint64 memory) const
     {
-        // It makes no difference to read a few parts too.
+        // Small savings are not worth a copy.
         if (m_parts < 500 && m_whole.size() - m_size < mebibyte)
             return m_whole;
-        if (m_size > memory || m_gaps.size() > mostGaps)
+        if (m_size > memory || m_gaps.size() > maxGaps)
             return {};
         QByteArray kept;
         kept.reserve(m_size);
@@ -55,7 +56,7 @@ public:
     }
 
 private:
-    static constexpr qsizetype mostGaps = 1000;
+    static constexpr qsizetype maxGaps = 1000;
 
     QByteArray m_whole;
     qsizetype m_size;
@@ -80,15 +81,15 @@ private:
     QBuffer m_buffer;
 };
 
-/// What of a JPEG is decoded, and what that takes besides the picture.
+/// The bytes of a JPEG that are decoded, and what decoding needs besides the picture.
 struct JpegOutline {
     QByteArray bytes;
-    /// In bytes: where one scan does not make the whole picture, all its coefficients are kept (ITU-T T.81, 4.8.1).
-    qint64 coefficients = 0;
+    /// The decoder keeps all coefficients if the picture needs more than one scan (ITU-T T.81, 4.8.1).
+    qint64 coefficientBytes = 0;
     int scans = 0;
 };
 
-/// How many samples a JPEG's frame has, from its header's contents (B.2.2).
+/// Estimates the number of samples from a frame header (ITU-T T.81, B.2.2).
 qint64 samplesOf(QByteArrayView frame)
 {
     constexpr qsizetype head = 6;
@@ -104,19 +105,19 @@ qint64 samplesOf(QByteArrayView frame)
     return (width + 64) * (height + 64) * each / most;
 }
 
-/// Leaves out comments, profiles and notes other than the first that may tell the orientation: the time to read them
-/// grows with the square of their number.
+/// Skips comments, profiles and metadata except the first Exif block, which may hold the orientation: the time that
+/// libjpeg needs for them grows with the square of their number.
 JpegOutline outlineOf(const QByteArray &jpeg, qint64 memory)
 {
     Excerpt excerpt(jpeg);
     JpegOutline outline;
     qint64 samples = 0;
-    bool inParts = false;
+    bool needsCoefficients = false;
     int components = 0;
     bool oriented = false;
     for (qsizetype at = 2; (at = jpeg.indexOf('\xFF', at)) >= 0 && at + 4 <= jpeg.size();) {
         const auto marker = static_cast<uchar>(jpeg[at + 1]);
-        // Fill bytes, and what stands in the coded data.
+        // Fill bytes, and markers within the coded data.
         if (marker < 0xC0 || marker == 0xFF || (marker >= 0xD0 && marker <= 0xD8)) {
             at += marker == 0xFF ? 1 : 2;
             continue;
@@ -127,49 +128,50 @@ JpegOutline outlineOf(const QByteArray &jpeg, qint64 memory)
         const QByteArrayView contents = QByteArrayView(jpeg).sliced(at + 4, end - at - 4);
         const bool exif = marker == 0xE1 && contents.startsWith("Exif");
         if (marker == 0xFE || marker == 0xE2 || (marker == 0xE1 && (oriented || !exif)))
-            excerpt.leaveOut(at, end);
+            excerpt.skip(at, end);
         oriented = oriented || exif;
         if (marker < 0xD0 && marker != 0xC4 && marker != 0xC8 && marker != 0xCC && contents.size() >= 6) {
             samples += samplesOf(contents);
             components = static_cast<unsigned char>(contents[5]);
-            inParts = inParts || marker % 4 == 2; // progressive
+            needsCoefficients = needsCoefficients || marker % 4 == 2; // progressive
         }
         if (marker == 0xDA && !contents.isEmpty()) {
             ++outline.scans;
-            inParts = inParts || outline.scans > 1 || static_cast<unsigned char>(contents[0]) != components;
+            needsCoefficients =
+                needsCoefficients || outline.scans > 1 || static_cast<unsigned char>(contents[0]) != components;
         }
         at = end;
     }
-    outline.coefficients = inParts ? 2 * samples : 0;
+    outline.coefficientBytes = needsCoefficients ? 2 * samples : 0;
     outline.bytes = excerpt.bytes(memory);
     return outline;
 }
 
-/// What a WebP takes while it is decoded, in bytes.
+/// The memory that decoding a WebP needs.
 struct WebpCost {
-    qint64 parts = 0;
-    int pixel = 4;
+    qint64 chunkBytes = 0;
+    int bytesPerPixel = 4;
 };
 
 WebpCost costOf(QByteArrayView webp)
 {
-    constexpr qsizetype overhead = 8; // type and length
-    // All of it is read, and a profile once more.
+    constexpr qsizetype chunkHeader = 8; // type and length
+    // The decoder copies the file, and a colour profile once more.
     WebpCost cost{2 * webp.size()};
-    for (qsizetype at = 12; at + overhead <= webp.size();) {
+    for (qsizetype at = 12; at + chunkHeader <= webp.size();) {
         const QByteArrayView type = webp.sliced(at, 4);
-        cost.parts += 100;
+        cost.chunkBytes += 100;
         if (type == "VP8L" || type == "ALPH")
-            cost.pixel = std::max(cost.pixel, 10);
+            cost.bytesPerPixel = std::max(cost.bytesPerPixel, 10);
         if (type == "ANMF")
-            cost.pixel = 12;
+            cost.bytesPerPixel = 12;
         const qint64 length = qFromLittleEndian<quint32>(webp.constData() + at + 4);
-        at += overhead + length + length % 2;
+        at += chunkHeader + length + length % 2;
     }
     return cost;
 }
 
-/// A picture that moves is shown on its canvas, which may be larger than its first frame.
+/// An animation is decoded onto its canvas, which may be larger than its first frame.
 QSize canvasOf(const QByteArray &gif)
 {
     if (gif.size() < 10)
@@ -177,7 +179,7 @@ QSize canvasOf(const QByteArray &gif)
     return {qFromLittleEndian<quint16>(gif.constData() + 6), qFromLittleEndian<quint16>(gif.constData() + 8)};
 }
 
-/// Scaled already where that saves time and memory.
+/// Scales large pictures while decoding, which saves time and memory.
 QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
 {
     const JpegOutline outline = outlineOf(bytes, memory);
@@ -185,15 +187,15 @@ QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
         memory -= outline.bytes.size();
     FormatReader reader(outline.bytes, "jpeg");
     const QSize size = reader.size();
-    if (!isPhotoSize(size) || outline.scans * pixels(size) > mostScannedPixels)
+    if (!isPhotoSize(size) || outline.scans * pixels(size) > maxScannedPixels)
         return {};
     QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1});
     if (scaled.width() < size.width())
         reader.setScaledSize(scaled);
     else
         scaled = size;
-    // It is scaled in two steps, the first of which leaves up to twice each side.
-    if (outline.coefficients + 8 * std::min(pixels(size), 4 * pixels(scaled)) > memory)
+    // Qt scales in two steps; the first one yields up to twice the wanted width and height.
+    if (outline.coefficientBytes + 8 * std::min(pixels(size), 4 * pixels(scaled)) > memory)
         return {};
     return reader.read();
 }
@@ -201,11 +203,12 @@ QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
 QImage readWebp(const QByteArray &bytes, int, qint64 memory)
 {
     const WebpCost cost = costOf(bytes);
-    if (cost.parts > memory)
+    if (cost.chunkBytes > memory)
         return {};
     FormatReader reader(bytes, "webp");
     const QSize size = reader.size();
-    return isPhotoSize(size) && cost.parts + cost.pixel * pixels(size) <= memory ? reader.read() : QImage();
+    return isPhotoSize(size) && cost.chunkBytes + cost.bytesPerPixel * pixels(size) <= memory ? reader.read()
+                                                                                              : QImage();
 }
 
 QImage readGif(const QByteArray &bytes, int, qint64 memory)
@@ -219,14 +222,13 @@ QImage readBmp(const QByteArray &bytes, int, qint64 memory)
 {
     FormatReader reader(bytes, "bmp");
     const QSize size = reader.size();
-    // With a palette it is made once more without.
+    // A picture with a palette is also converted to 32 bits a pixel.
     return isPhotoSize(size) && 5 * pixels(size) <= memory ? reader.read() : QImage();
 }
 
-/// One format: how its files end and begin, and what reads it within this memory.
 struct Format {
-    QStringList endings;
-    bool (*begins)(const QByteArray &bytes);
+    QStringList extensions;
+    bool (*matches)(const QByteArray &bytes);
     QImage (*read)(const QByteArray &bytes, int diameter, qint64 memory);
 };
 
@@ -248,18 +250,18 @@ const QList<Format> &formats()
     return all;
 }
 
-/// Chosen by the bytes and not by trying: every plugin of the platform would have a go otherwise.
+/// Chooses the format by the first bytes. QImageReader would try every plugin of the platform.
 QImage read(const QByteArray &bytes, int diameter)
 {
-    // In base64 a byte takes 8/3, since texts have two bytes a character.
-    const qint64 memory = mostMemory - bytes.size() - bytes.size() * 8 / 3;
+    // Base64 has four characters for three bytes, and a QString has two bytes for each character.
+    const qint64 memory = maxMemory - bytes.size() - bytes.size() * 8 / 3;
     if (memory <= 0)
         return {};
-    const auto format = std::ranges::find_if(formats(), [&](const Format &each) { return each.begins(bytes); });
+    const auto format = std::ranges::find_if(formats(), [&](const Format &each) { return each.matches(bytes); });
     return format == formats().end() ? QImage() : format->read(bytes, diameter, memory);
 }
 
-/// Qt tells of each damaged picture; the app logs nothing.
+/// Qt logs every damaged picture, and the app must log nothing.
 void silenceQt()
 {
     [[maybe_unused]] static const bool once = [] {
@@ -274,7 +276,7 @@ QStringList photoEndings()
 {
     QStringList all;
     for (const Format &format : formats())
-        all += format.endings;
+        all += format.extensions;
     return all;
 }
 
@@ -283,11 +285,11 @@ QImage decodePhoto(const QByteArray &bytes, int diameter, PhotoShape shape)
     if (diameter <= 0)
         return {};
     silenceQt();
-    // Before it is scaled or painted: a picture of two colours would become a black and white pattern.
+    // Convert before scaling: scaling a two-colour picture yields a black and white pattern.
     const QImage photo = read(bytes, diameter).convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (photo.isNull())
         return {};
-    // Cropped before it is scaled: a strip would become enormous.
+    // Crop before scaling: a long strip would become enormous.
     const int side = std::min(photo.width(), photo.height());
     const qsizetype left = (photo.width() - side) / 2;
     const uchar *const corner = photo.constScanLine((photo.height() - side) / 2) + 4 * left;

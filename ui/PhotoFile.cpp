@@ -16,9 +16,9 @@ constexpr qsizetype step = qsizetype(1024) * 1024;
 
 QByteArray readPhotoFile(const QUrl &file)
 {
-    // A phone's picker gives addresses that Qt opens as files too.
+    // The pickers of phones return content URLs, which QFile opens too.
     const QString path = file.isLocalFile() ? file.toLocalFile() : file.toString();
-    // Whatever is no file, a pipe say, might never end.
+    // Anything but a regular file, a pipe for example, might never end.
     if (path.isEmpty() || (file.isLocalFile() && !QFileInfo(path).isFile()))
         return {};
     Background::signOfLife();
@@ -31,7 +31,7 @@ QByteArray readPhotoFile(const QUrl &file)
     while (bytes.size() <= largestFile) {
         Background::signOfLife();
         const qsizetype before = bytes.size();
-        // Its end is looked for with one byte; some files tell no size beforehand.
+        // Reads one byte more than the size, to detect the end; some files report no size.
         const qsizetype room = before <= size ? std::min(step, size - before + 1) : step;
         bytes.resize(before + room);
         const qint64 count = opened.read(bytes.data() + before, room);

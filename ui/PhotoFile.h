@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QUrl>
 
-/// The bytes of a picked photo's file; none when it is no file, cannot be read, is empty or has more than 64 MiB.
-/// For the work of a `Background`, since reading may stall.
+/// Returns the bytes of a photo that the customer picked. Returns no bytes if the URL is not that of a regular file,
+/// or if the file cannot be read or is larger than 64 MiB. Reading may stall: call it from the work of a Background
+/// only.
 QByteArray readPhotoFile(const QUrl &file);

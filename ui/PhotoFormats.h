@@ -5,13 +5,13 @@
 #include <QObject>
 #include <QtQmlIntegration>
 
-/// What of the decoder a layout asks.
+/// The photo formats, for use in QML.
 class PhotoFormats : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    /// The names of the files that can be shown, as a dialog's filter takes them: "*.png *.PNG". In small and capital
-    /// letters, since not every platform's dialog takes one for the other: cameras write "IMG_1234.JPG".
+    /// The file name patterns for a file dialog's filter, "*.png *.PNG" and so on. Contains both cases, because some
+    /// dialogs are case-sensitive and cameras write "IMG_1234.JPG".
     Q_PROPERTY(QString patterns READ patterns CONSTANT)
 public:
     using QObject::QObject;

@@ -2,13 +2,13 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Marovenda.Ui
 
-// Lets the customer pick a photo: with the platform's own picker where there is one, otherwise with a grid of the pictures
-// folder over the whole screen.
+// Lets the customer pick a photo. It uses the platform's picker where there is one; otherwise it covers the screen with a
+// grid of the photos in the pictures folder.
 FocusScope {
     id: picker
 
     property bool shown: false
-    // From the opening until it has faded: nothing below can be used.
+    // True until the grid has faded out; nothing below it takes input meanwhile.
     property bool covering: false
 
     signal picked(file: url)
@@ -23,8 +23,8 @@ FocusScope {
         shown = true
         grid.currentIndex = 0
         if (!covering)
-            focusBelow.keep()
-        // Before what is below loses the focus for being covered, which would have another reason.
+            focusBelow.save()
+        // Covering the focused item would take the focus with another reason, so move the focus first.
         grid.forceActiveFocus(Qt.PopupFocusReason)
         covering = true
         fade.stop()
@@ -45,7 +45,7 @@ FocusScope {
     visible: covering
     z: 50
 
-    // Whatever the picker does not use goes no further.
+    // Keys that the picker does not use must not reach the screen below.
     Keys.onPressed: event => {
         event.accepted = true
         const closes = event.key === Qt.Key_Escape || event.key === Qt.Key_Back
@@ -67,9 +67,9 @@ FocusScope {
         }
     }
     PictureFolder { id: folder }
-    KeptFocus {
+    SavedFocus {
         id: focusBelow
-        cover: picker
+        popup: picker
     }
     NumberAnimation {
         id: fade
@@ -79,7 +79,7 @@ FocusScope {
         duration: Theme.alertDuration
         onFinished: {
             picker.covering = false
-            focusBelow.giveBack()
+            focusBelow.restore()
         }
     }
 
@@ -106,7 +106,7 @@ FocusScope {
             KeyNavigation.backtab: grid
         }
         BarTitle {
-            beginning: cancel.x + cancel.width + Theme.spacing
+            leftItemEnd: cancel.x + cancel.width + Theme.spacing
             text: "Elegir foto"
             Accessible.role: Accessible.Heading
         }
@@ -134,7 +134,7 @@ FocusScope {
         keyNavigationEnabled: true
         KeyNavigation.tab: cancel
         KeyNavigation.backtab: cancel
-        // The key that opened the picker may still be held down.
+        // Repeats are ignored, since the key that opened the picker may still be held down.
         Keys.onPressed: event => {
             event.accepted = [Qt.Key_Return, Qt.Key_Enter, Qt.Key_Space].includes(event.key)
             if (event.accepted && !event.isAutoRepeat && currentItem)

@@ -13,16 +13,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// For files. A photo waits for the one before it, so that few are in memory at once, but no longer for a file that
-/// gives nothing for so long.
-Background &reader()
+/// Reads files one at a time, so that few are in memory. Does not wait for a file that stalls.
+Background &fileReader()
 {
     static auto *const made = new Background(16, std::chrono::milliseconds(500));
     return *made;
 }
 
-/// For photos that are in memory, which need not wait for files.
-Background &decoder()
+/// Decodes photos that are already in memory, without waiting for files.
+Background &memoryReader()
 {
     static auto *const made = new Background(1, std::chrono::milliseconds(500));
     return *made;
@@ -35,7 +34,7 @@ void PhotoView::setPhoto(const QByteArray &photo)
     if (photo.isSharedWith(m_photo) || photo == m_photo)
         return;
     m_photo = photo;
-    voidRequests();
+    cancelRequests();
     emit photoChanged();
     polish();
 }
@@ -45,19 +44,19 @@ void PhotoView::setFile(const QUrl &file)
     if (file == m_file)
         return;
     m_file = file;
-    voidRequests();
+    cancelRequests();
     emit photoChanged();
-    // Another file's picture would be a wrong one.
+    // The old picture belongs to another file.
     show({});
     polish();
 }
 
-void PhotoView::voidRequests() { ++m_request; }
+void PhotoView::cancelRequests() { ++m_latestRequest; }
 
 void PhotoView::updatePolish()
 {
-    voidRequests();
-    const quint64 request = m_request;
+    cancelRequests();
+    const quint64 request = m_latestRequest;
     const int diameter = static_cast<int>(std::ceil(std::min(width(), height()) * pixelRatio()));
     if ((m_photo.isEmpty() && m_file.isEmpty()) || diameter <= 0) {
         show({});
@@ -65,15 +64,15 @@ void PhotoView::updatePolish()
     }
     const QPointer<PhotoView> self(this);
     const auto shape = m_square ? PhotoShape::Square : PhotoShape::Circle;
-    auto &background = m_file.isEmpty() ? decoder() : reader();
+    auto &background = m_file.isEmpty() ? memoryReader() : fileReader();
     background.start(
         [photo = m_photo, file = m_file, diameter, shape] {
             const QByteArray bytes = file.isEmpty() ? photo : readPhotoFile(file);
-            // Two photos decoded at once would take twice the memory.
+            // Decode one photo at a time: each may need much memory.
             const Background::Turn turn;
             return decodePhoto(bytes, diameter, shape);
         },
-        [self, request] { return self && self->m_request == request; },
+        [self, request] { return self && self->m_latestRequest == request; },
         [self](const QImage &image) { self->show(image); });
 }
 

@@ -5,18 +5,18 @@
 #include <QByteArray>
 #include <QUrl>
 
-/// A photo as a round picture, decoded off the main thread at the size it is shown. Draws nothing until it is
-/// decoded, and nothing for bytes that do not decode.
+/// Shows a photo as a round picture. It decodes the photo on another thread, at the size of the item. Draws nothing
+/// until the photo is decoded, or if it cannot be decoded.
 class PhotoView : public TexturedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// The photo's bytes, as picked.
+    /// The photo's encoded bytes.
     Q_PROPERTY(QByteArray photo READ photo WRITE setPhoto NOTIFY photoChanged)
-    /// A local file to show instead, read and decoded off the main thread; empty for none.
+    /// A local file to show instead of `photo`, read on another thread; empty for none.
     Q_PROPERTY(QUrl file READ file WRITE setFile NOTIFY photoChanged)
-    /// Fills the whole square instead of the circle in it.
+    /// Whether the photo fills a square instead of a circle.
     Q_PROPERTY(bool square MEMBER m_square)
-    /// Whether a photo is on show. A new photo leaves the old one on show until it has been decoded.
+    /// Whether a photo is shown. When `photo` changes, the old photo stays until the new one is decoded.
     Q_PROPERTY(bool decoded READ decoded NOTIFY decodedChanged)
 public:
     using TexturedItem::TexturedItem;
@@ -41,14 +41,13 @@ protected:
     void itemChange(ItemChange change, const ItemChangeData &data) override;
 
 private:
-    /// What is being decoded is no longer wanted.
-    void voidRequests();
+    void cancelRequests();
     void show(const QImage &image);
 
     QByteArray m_photo;
     QUrl m_file;
     bool m_square = false;
     QImage m_image;
-    /// The latest: only its result is shown.
-    quint64 m_request = 0;
+    /// Results of earlier requests are ignored.
+    quint64 m_latestRequest = 0;
 };

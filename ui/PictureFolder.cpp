@@ -17,8 +17,8 @@ namespace {
 constexpr int fileRole = Qt::UserRole;
 constexpr int nameRole = Qt::UserRole + 1;
 
-/// One walk does not wait for another, which may be lost in a folder of a network drive that is gone.
-Background &walks()
+/// Starts every read at once, since an earlier one may have stalled on a network drive that is gone.
+Background &folderReader()
 {
     static auto *const made = new Background(8, std::chrono::milliseconds(0));
     return *made;
@@ -35,7 +35,7 @@ QStringList picturesByAge(const QString &folder)
         Background::signOfLife();
         const QString path = each.next();
         found.append({each.fileInfo().lastModified(), path});
-        // Kept short while it grows, so that a huge folder takes no huge memory.
+        // Shorten the list now and then, so that a huge folder does not need huge memory.
         if (found.size() > 4 * PictureFolder::most) {
             std::nth_element(found.begin(), found.begin() + PictureFolder::most, found.end(), std::greater<>());
             found.resize(PictureFolder::most);
@@ -86,12 +86,12 @@ void PictureFolder::refreshWith(std::function<QStringList(const QString &folder)
     setReady(false);
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
     const QPointer<PictureFolder> self(this);
-    walks().start([list = std::move(list), folder] { return list(folder); },
-                  [self, request = ++m_request] { return self && self->m_request == request; },
-                  [self](const QStringList &files) {
-                      self->m_pictures.setFiles(files);
-                      self->setReady(true);
-                  });
+    folderReader().start([list = std::move(list), folder] { return list(folder); },
+                         [self, request = ++m_latestRequest] { return self && self->m_latestRequest == request; },
+                         [self](const QStringList &files) {
+                             self->m_pictures.setFiles(files);
+                             self->setReady(true);
+                         });
 }
 
 void PictureFolder::setReady(bool ready)

@@ -6,8 +6,7 @@
 
 #include <functional>
 
-/// Pictures as the rows of a list, with the roles "file", a local address, and "name", the file's name without its
-/// ending.
+/// A model of picture files with the roles "file", a local URL, and "name", the file name without its extension.
 class PictureList final : public QAbstractListModel {
 public:
     using QAbstractListModel::QAbstractListModel;
@@ -22,8 +21,8 @@ private:
     QStringList m_files;
 };
 
-/// The pictures in the customer's pictures folder and the folders in it, the newest first. The folder is read off the
-/// main thread when `refresh` is called.
+/// The pictures in the customer's pictures folder and its subfolders, newest first. `refresh` reads the folder on
+/// another thread.
 class PictureFolder : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -32,7 +31,7 @@ class PictureFolder : public QObject {
     /// False from `refresh` until the folder has been read.
     Q_PROPERTY(bool ready READ ready NOTIFY readyChanged)
 public:
-    /// No more than this many are listed: the newest.
+    /// Only this many pictures are listed, the newest ones.
     static constexpr qsizetype most = 2000;
 
     using QObject::QObject;
@@ -41,8 +40,8 @@ public:
     int count() const { return m_pictures.rowCount(); }
     bool ready() const { return m_ready; }
     Q_INVOKABLE void refresh();
-    /// The same with the paths that `list` finds for the folder's; it is called off the main thread and may stall,
-    /// which a later refresh does not wait for.
+    /// Like `refresh`, but lists the folder with `list`, which is called on another thread. It may stall: later
+    /// refreshes do not wait for it.
     void refreshWith(std::function<QStringList(const QString &folder)> list);
 
 Q_SIGNALS:
@@ -53,6 +52,6 @@ private:
 
     PictureList m_pictures;
     bool m_ready = false;
-    /// The latest: only its pictures are shown.
-    quint64 m_request = 0;
+    /// Results of earlier requests are ignored.
+    quint64 m_latestRequest = 0;
 };

@@ -3,7 +3,8 @@ import QtQuick
 import QtQuick.Dialogs
 import Marovenda.Ui
 
-// The platform's own picker, limited to images, open from the start. Loaded only where there is one.
+// The platform's file picker, limited to images. It opens when it is created, and PhotoPicker loads it only where the
+// platform has one.
 Item {
     id: picker
 

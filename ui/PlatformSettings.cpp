@@ -22,8 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The size, in points, that the platform's default font has while nobody has changed it. A desktop without a theme
-/// of its own gets Qt's 9; GNOME's interface font is 11 and Plasma's 10.
+/// The size of the platform's default font before the customer changes it. GNOME uses 11 points, Plasma 10, and Qt
+/// uses 9 on desktops without a platform theme.
 double standardPointSize()
 {
 #if defined(Q_OS_MACOS)
@@ -51,11 +51,11 @@ constexpr auto portalService = "org.freedesktop.portal.Desktop"_L1;
 constexpr auto portalPath = "/org/freedesktop/portal/desktop"_L1;
 constexpr auto portalSettings = "org.freedesktop.portal.Settings"_L1;
 
-// Two settings tell, and either is enough: GNOME's own, and the one that all desktops share since
+// Either of two settings reduces motion: GNOME's own, and the newer one of all desktops
 // (https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Settings.html).
-constexpr auto gnomeArea = "org.gnome.desktop.interface"_L1;
+constexpr auto gnomeNamespace = "org.gnome.desktop.interface"_L1;
 constexpr auto gnomeKey = "enable-animations"_L1;
-constexpr auto appearanceArea = "org.freedesktop.appearance"_L1;
+constexpr auto appearanceNamespace = "org.freedesktop.appearance"_L1;
 constexpr auto appearanceKey = "reduced-motion"_L1;
 #endif
 
@@ -63,12 +63,12 @@ constexpr auto appearanceKey = "reduced-motion"_L1;
 
 PlatformSettings::PlatformSettings(QObject *parent) : QObject(parent)
 {
-    // Qt Quick is loaded by now, and of two factories the later one is asked first.
+    // Qt asks the factory that was installed last first, so install ours after Qt Quick's.
     SecureFieldAccessible::install();
     readTextScale();
     qGuiApp->installEventFilter(this);
-    askForMotion();
-    askForPhotoPicker();
+    queryReducedMotion();
+    queryPhotoPicker();
 }
 
 void PlatformSettings::preferPortal()
@@ -81,21 +81,21 @@ void PlatformSettings::preferPortal()
 #endif
 }
 
-void PlatformSettings::askForPhotoPicker()
+void PlatformSettings::queryPhotoPicker()
 {
 #ifdef MAROVENDA_DBUS
-    // The portal's dialog is the desktop's own. Nobody is started for the answer.
-    auto question =
+    // The portal shows the desktop's own dialog. Do not start a portal just to find out whether it runs.
+    auto call =
         QDBusMessage::createMethodCall(portalService, portalPath, "org.freedesktop.DBus.Properties"_L1, u"Get"_s);
-    question << u"org.freedesktop.portal.FileChooser"_s << u"version"_s;
-    question.setAutoStartService(false);
+    call << u"org.freedesktop.portal.FileChooser"_s << u"version"_s;
+    call.setAutoStartService(false);
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected() || qgetenv("QT_QPA_PLATFORMTHEME") != "xdgdesktopportal")
         return;
-    auto *const answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
-        const QDBusPendingReply<QDBusVariant> reply = *answer;
-        answer->deleteLater();
+    auto *const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        watcher->deleteLater();
         m_photoPicker = !reply.isError();
         emit photoPickerChanged();
     });
@@ -114,7 +114,7 @@ bool PlatformSettings::eventFilter(QObject *watched, QEvent *event)
 void PlatformSettings::readTextScale()
 {
     const double size = QGuiApplication::font().pointSizeF();
-    // A font set in pixels says nothing about the customer's wish.
+    // A font that is set in pixels has no point size.
     const double scale = size > 0 ? std::clamp(size / standardPointSize(), 0.8, 3.0) : 1.0;
     if (qFuzzyCompare(scale, m_textScale))
         return;
@@ -122,15 +122,15 @@ void PlatformSettings::readTextScale()
     emit textScaleChanged();
 }
 
-void PlatformSettings::noteMotion(bool &wish, bool reduced)
+void PlatformSettings::setReduced(bool &setting, bool reduced)
 {
     const bool before = reducedMotion();
-    wish = reduced;
+    setting = reduced;
     if (reducedMotion() != before)
         emit reducedMotionChanged();
 }
 
-void PlatformSettings::askForMotion()
+void PlatformSettings::queryReducedMotion()
 {
 #ifdef MAROVENDA_DBUS
     QDBusConnection bus = QDBusConnection::sessionBus();
@@ -138,25 +138,25 @@ void PlatformSettings::askForMotion()
         return;
     bus.connect(portalService, portalPath, portalSettings, u"SettingChanged"_s, this,
                 SLOT(portalSettingChanged(QString, QString)));
-    portalSettingChanged(gnomeArea, gnomeKey);
-    portalSettingChanged(appearanceArea, appearanceKey);
+    portalSettingChanged(gnomeNamespace, gnomeKey);
+    portalSettingChanged(appearanceNamespace, appearanceKey);
 #endif
 }
 
 void PlatformSettings::portalSettingChanged(const QString &area, const QString &key)
 {
 #ifdef MAROVENDA_DBUS
-    const bool gnome = area == gnomeArea && key == gnomeKey;
-    if (!gnome && !(area == appearanceArea && key == appearanceKey))
+    const bool gnome = area == gnomeNamespace && key == gnomeKey;
+    if (!gnome && !(area == appearanceNamespace && key == appearanceKey))
         return;
-    auto question = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, u"Read"_s);
-    question << area << key;
-    // Nobody is started for the answer: where no portal runs, motion is on.
-    question.setAutoStartService(false);
-    auto *const answer = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), this);
-    connect(answer, &QDBusPendingCallWatcher::finished, this, [this, gnome, answer] {
-        const QDBusPendingReply<QDBusVariant> reply = *answer;
-        answer->deleteLater();
+    auto call = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, u"Read"_s);
+    call << area << key;
+    // Do not start a portal for this: without one, motion is on.
+    call.setAutoStartService(false);
+    auto *const watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, gnome, watcher] {
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        watcher->deleteLater();
         if (reply.isError())
             return;
         QVariant value = reply.value().variant();
@@ -164,9 +164,9 @@ void PlatformSettings::portalSettingChanged(const QString &area, const QString &
         if (value.canConvert<QDBusVariant>())
             value = value.value<QDBusVariant>().variant();
         if (gnome)
-            noteMotion(m_animationsOff, !value.toBool());
+            setReduced(m_animationsOff, !value.toBool());
         else
-            noteMotion(m_motionReduced, value.toUInt() == 1);
+            setReduced(m_motionReduced, value.toUInt() == 1);
     });
 #else
     Q_UNUSED(area)

@@ -3,16 +3,16 @@
 #include <QObject>
 #include <QtQmlIntegration>
 
-/// What the customer has set on the device and the look follows.
+/// The customer's settings of the platform that affect the look of the app.
 class PlatformSettings : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    /// The desktop's text size against its standard one: 1 at the standard, 2 at twice that size; 0.8 to 3.
+    /// The platform's text size divided by its standard text size; 0.8 to 3.
     Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)
-    /// True when one of the platform's settings asks programs not to move things.
+    /// Whether one of the platform's settings asks for less motion.
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY reducedMotionChanged)
-    /// Whether the platform has a picker for photos of its own.
+    /// Whether the platform has its own photo picker.
     Q_PROPERTY(bool photoPicker READ photoPicker NOTIFY photoPickerChanged)
 public:
     explicit PlatformSettings(QObject *parent = nullptr);
@@ -22,8 +22,8 @@ public:
 
     bool photoPicker() const { return m_photoPicker; }
 
-    /// To be called before the application is made: lets the desktop's portal show its file dialog where no other
-    /// platform theme was asked for.
+    /// Makes Qt use the file dialog of the desktop's portal, unless another platform theme is set. Call it before
+    /// creating the application.
     static void preferPortal();
 
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -35,9 +35,9 @@ Q_SIGNALS:
 
 private:
     void readTextScale();
-    void noteMotion(bool &wish, bool reduced);
-    void askForMotion();
-    void askForPhotoPicker();
+    void setReduced(bool &setting, bool reduced);
+    void queryReducedMotion();
+    void queryPhotoPicker();
     Q_SLOT void portalSettingChanged(const QString &area, const QString &key);
 
     double m_textScale = 1;

@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// The one action of a form: white on blue across the full width.
+// The main action of a form: white text on blue.
 Pressable {
     id: button
 

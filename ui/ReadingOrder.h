@@ -5,8 +5,8 @@
 
 class QQuickItem;
 
-/// The order in which assistive technology reads the rows of a list. It reads siblings as they are stacked, but a
-/// view stacks its rows as it makes them, and one that comes above the others would be read last.
+/// Keeps the rows of a list in reading order. Assistive technology reads siblings in stacking order, and a view
+/// stacks its rows in the order of creation, so a row created later above the others would be read last.
 class ReadingOrder : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -14,6 +14,6 @@ class ReadingOrder : public QObject {
 public:
     using QObject::QObject;
 
-    /// Stacks a row, whose place in the list is its property "index", among the visible ones beside it.
+    /// Stacks the row between its visible neighbours, according to the rows' "index" properties.
     Q_INVOKABLE static void place(QQuickItem *row);
 };

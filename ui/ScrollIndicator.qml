@@ -1,6 +1,6 @@
 import QtQuick
 
-// The thin bar at the right of a scroll area while it moves.
+// A thin bar at the right of a scroll area, visible while the area moves.
 Rectangle {
     id: indicator
 

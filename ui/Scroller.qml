@@ -1,16 +1,16 @@
 import QtQuick
 import Marovenda.Ui
 
-// A vertical scroll area for one column of content. It is inert while the content fits, and it keeps the focused field
-// in the visible part, above an on-screen keyboard too.
+// A vertical scroll area for a column of content. It does not scroll while the content fits. It keeps the focused field
+// visible, also above the on-screen keyboard.
 Flickable {
     id: scroller
 
     default property alias column: holder.data
     property bool indicatorShown: true
-    // Content lower than the area is centred in it instead of starting at the top.
+    // Centres content that is lower than the area, instead of aligning it to the top.
     property bool centred: false
-    // The screen's large title, above the content; empty for none.
+    // The screen's large title; empty for none.
     property string heading: ""
     readonly property real keyboardCover: {
         if (!InputMethod.visible || InputMethod.keyboardRectangle.height <= 0)
@@ -19,11 +19,11 @@ Flickable {
         return Math.max(0, bottom - InputMethod.keyboardRectangle.y)
     }
     readonly property real viewHeight: height - keyboardCover
-    // The line that is brought into view when it has something new to say.
+    // Scrolled into view whenever its text changes.
     property MessageLine message: null
     readonly property Item focused: Window.activeFocusItem
-    // What the next arranging brings into view besides the focused field.
-    property Item wanted: null
+    // Scrolled into view by the next `arrange`, in addition to the focused field.
+    property Item pendingItem: null
 
     function isInside(item: Item): bool {
         for (let each = item; each; each = each.parent) {
@@ -33,36 +33,36 @@ Flickable {
         return false
     }
 
-    // Scrolls just so far that an item is in the visible part.
+    // Scrolls just far enough to make the item visible.
     function reveal(item: Item) {
         if (!item || !isInside(item) || moving)
             return
         const top = item.mapToItem(contentItem, 0, 0).y
         const bottom = top + item.height
         const margin = Theme.spacing
-        let wanted = contentY
-        if (bottom + margin > wanted + viewHeight)
-            wanted = bottom + margin - viewHeight
-        if (top - margin < wanted)
-            wanted = top - margin
-        contentY = Math.max(0, Math.min(wanted, Math.max(0, contentHeight + bottomMargin - height)))
+        let y = contentY
+        if (bottom + margin > y + viewHeight)
+            y = bottom + margin - viewHeight
+        if (top - margin < y)
+            y = top - margin
+        contentY = Math.max(0, Math.min(y, Math.max(0, contentHeight + bottomMargin - height)))
     }
 
-    // Where things are is known once the positioners have been polished: that is before the next frame.
+    // Positioners place their items when they are polished, just before the next frame.
     function arrangeLater() {
         frame.target = Window.window
         Window.window?.update()
     }
 
-    // A button stays where it is: the finger may be on its way to another.
+    // Does not scroll to a focused button: the customer may be about to tap another one.
     function arrange() {
         frame.target = null
         if (!interactive)
             contentY = 0
         if (focused instanceof TextInput)
             reveal(focused)
-        reveal(wanted)
-        wanted = null
+        reveal(pendingItem)
+        pendingItem = null
     }
 
     contentWidth: width
@@ -72,7 +72,7 @@ Flickable {
     boundsBehavior: interactive ? Flickable.DragAndOvershootBounds : Flickable.StopAtBounds
     flickableDirection: Flickable.VerticalFlick
     clip: false
-    // A tap on a button while the area might scroll is passed on at once.
+    // Without a delay, buttons show a press at once.
     pressDelay: 0
 
     onFocusedChanged: reveal(focused)
@@ -83,15 +83,15 @@ Flickable {
     Connections {
         target: scroller.message
         function onTextChanged() {
-            scroller.wanted = scroller.message.text !== "" ? scroller.message : null
+            scroller.pendingItem = scroller.message.text !== "" ? scroller.message : null
             scroller.arrangeLater()
         }
     }
-    // Typing goes on in a field that was scrolled away.
+    // Scrolls back to the field when the customer goes on typing.
     Connections {
         target: scroller.focused as FormField
         function onEdited() {
-            scroller.wanted = null
+            scroller.pendingItem = null
             scroller.arrangeLater()
         }
     }

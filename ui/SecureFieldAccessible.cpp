@@ -9,7 +9,7 @@ namespace {
 
 constexpr QChar bullet(u'\u2022');
 
-/// Qt calls this for each class of an object, from its own up to QObject.
+/// Qt calls this for each class of the object, from the most derived one up to QObject.
 QAccessibleInterface *makeSecureField(const QString &className, QObject *object)
 {
     if (className != u"QQuickTextInput" || object->property("echoMode").toInt() == 0)
@@ -31,7 +31,7 @@ SecureFieldAccessible::SecureFieldAccessible(QQuickItem *field) : QAccessibleObj
 
 QQuickItem *SecureFieldAccessible::field() const { return static_cast<QQuickItem *>(object()); }
 
-/// A field's bounding rectangle is that of its text only.
+/// TextInput's boundingRect covers only its text.
 QRectF SecureFieldAccessible::sceneRect() const
 {
     return field()->mapRectToScene(QRectF(QPointF(), field()->size()));

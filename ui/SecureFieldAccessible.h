@@ -4,15 +4,15 @@
 
 class QQuickItem;
 
-/// What assistive technology gets of a password field: the role "password text", the field's hint as its name, and as
-/// its text one bullet for each character. The clear text is not to be had, neither asked for nor in an event.
+/// Presents a password field to assistive technology: with the role "password text", the field's hint as its name,
+/// and a bullet for each character as its text. No call and no event reveals the clear text.
 class SecureFieldAccessible final : public QAccessibleObject,
                                     public QAccessibleTextInterface,
                                     public QAccessibleEditableTextInterface,
                                     public QAccessibleActionInterface {
 public:
-    /// Makes this the interface of every Qt Quick field whose echo mode is not normal. To be called after Qt Quick
-    /// has been loaded; further calls do nothing.
+    /// Installs this interface for all Qt Quick fields whose echo mode is not Normal. Call it after Qt Quick has been
+    /// loaded; further calls do nothing.
     static void install();
 
     explicit SecureFieldAccessible(QQuickItem *field);
@@ -43,7 +43,7 @@ public:
     void scrollToSubstring(int start, int end) override;
     QString attributes(int offset, int *start, int *end) const override;
 
-    // Without these, a part would be replaced in the text that is read, which is bullets.
+    // The default implementations would edit the text that `text` returns: bullets.
     void deleteText(int start, int end) override;
     void insertText(int offset, const QString &text) override;
     void replaceText(int start, int end, const QString &text) override;

@@ -3,8 +3,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Marovenda.Ui
 
-// A choice of one among few, side by side. The choice belongs to the screen: bind `selection` and write it back in
-// `onChosen`. The chosen segment is the one stop of the Tab key; the arrow keys change the choice.
+// Lets the customer choose one of a few options. The screen owns the choice: bind `selection` to it, and assign it in
+// `onChosen`. Tab stops at the chosen segment only; the arrow keys change the choice.
 T.Control {
     id: picker
 
@@ -15,8 +15,8 @@ T.Control {
 
     signal chosen(option: string)
 
-    // A tap leaves the focus where it is, unless that is in the picker: then it goes first, since a segment that has it
-    // cannot cease to be a stop.
+    // A tap does not move the focus unless a segment has it. In that case the focus moves before the choice does, since
+    // the focused segment must remain a tab stop.
     function choose(index: int, byTap: bool) {
         if (index < 0 || index >= picker.options.length)
             return
@@ -28,7 +28,7 @@ T.Control {
 
     implicitHeight: Math.max(32, Theme.footnote.line + 14)
     implicitWidth: 200
-    // With a modifier they are others' keys: Alt+Left goes back.
+    // Arrow keys with modifiers are not ours: Alt+Left goes back.
     Keys.onPressed: event => {
         const steps = { [Qt.Key_Left]: -1, [Qt.Key_Up]: -1, [Qt.Key_Right]: 1, [Qt.Key_Down]: 1 }
         const plain = (event.modifiers & ~Qt.KeypadModifier) === Qt.NoModifier
@@ -49,7 +49,6 @@ T.Control {
         id: track
         readonly property real share: width / Math.max(1, picker.options.length)
 
-        // The thumb with its soft shadow.
         Item {
             objectName: "thumb"
             visible: picker.current >= 0
@@ -65,6 +64,7 @@ T.Control {
                     easing.bezierCurve: Theme.easeOut
                 }
             }
+            // The soft shadow.
             Repeater {
                 model: 3
                 ContinuousRectangle {
@@ -131,6 +131,6 @@ T.Control {
     }
     FocusRing {
         shown: Keyboard.navigating && segments.itemAt(picker.current)?.activeFocus === true
-        radius: 9 + around
+        radius: 9 + margin
     }
 }

@@ -1,6 +1,6 @@
 import QtQuick
 
-// Takes presses and turns of the wheel, so that nothing below can be reached.
+// Takes all presses and wheel events, so that they do not reach the items below.
 MouseArea {
     hoverEnabled: true
     onWheel: wheel => wheel.accepted = true

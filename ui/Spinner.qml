@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Marovenda.Ui
 
-// Eight spokes that light up in turn, once around a second. It does nothing at all unless it is visible and running.
+// Eight spokes that light up in turn, one round a second. The timer stops while the spinner is hidden or not running.
 Item {
     id: spinner
 

@@ -3,9 +3,8 @@
 #include <QObject>
 #include <QProperty>
 
-/// One field of a view model: a property that bindings follow and that assigning notifies. `initial` is the value
-/// that a new screen starts with. The class names itself with `using Self = …` first; read the field with
-/// `name.value()`.
+/// Declares a field of a view model: a bindable property that emits its change signal when it is assigned. `initial`
+/// is its initial value. The class must declare `using Self = …` first. Read the field with `name.value()`.
 #define STATE(Type, name, initial)                                                                                   \
     Q_PROPERTY(Type name READ name##Value WRITE name##Assign NOTIFY name##Changed BINDABLE name##Bindable)           \
 public:                                                                                                              \

@@ -4,11 +4,11 @@
 
 #include <QColor>
 
-/// One of the product's symbols, scaled to the item and drawn in one colour.
+/// One of the bundled symbols, scaled to the item and drawn in one colour.
 class Symbol : public TexturedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// The symbol's name, "shippingbox" say; an unknown one draws nothing.
+    /// The symbol's name, for example "shippingbox"; an unknown name draws nothing.
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
 public:

@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// A button or link that is its text alone.
+// A button or link without a background.
 Pressable {
     id: button
 

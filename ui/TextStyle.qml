@@ -1,7 +1,7 @@
 import QtQml
 import QtQuick
 
-// One of the product's text styles, in points at the customer's text size.
+// A text style: size and line height in device-independent pixels, already scaled to the customer's text size.
 QtObject {
     required property real size
     required property real line

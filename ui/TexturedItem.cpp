@@ -14,7 +14,7 @@ namespace {
 
 using SharedTexture = std::shared_ptr<QSGTexture>;
 
-/// The textures now in use, by window and key. A texture goes with the last node that shows it.
+/// The textures in use, by window and key. A texture is deleted with the last node that uses it.
 class TextureCache {
 public:
     template <class Make>
@@ -77,7 +77,7 @@ QSGNode *TexturedItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
                                                                  ? QQuickWindow::TextureHasAlphaChannel
                                                                  : QQuickWindow::TextureIsOpaque);
         };
-        // The old texture lives until the nodes that show it are gone.
+        // Delete the nodes that use the old texture before the texture.
         while (QSGNode *child = node->firstChild())
             delete child;
         node->texture = textureCache().find(window(), key, make);

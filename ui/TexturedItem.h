@@ -4,8 +4,9 @@
 #include <QQuickItem>
 #include <QtQmlIntegration>
 
-/// An item drawn from one picture that the processor paints once, at the screen's own resolution, and that all items
-/// showing the same share. That is smooth on every backend and at every device pixel ratio without multisampling.
+/// An item that draws pieces of a picture. The picture is painted once, in software and at the screen's resolution,
+/// and shared by all items with the same key. It is smooth on every backend and at every device pixel ratio without
+/// multisampling.
 class TexturedItem : public QQuickItem {
     Q_OBJECT
     QML_ANONYMOUS
@@ -13,19 +14,19 @@ public:
     explicit TexturedItem(QQuickItem *parent = nullptr);
 
 protected:
-    /// A text that is the same for two items exactly when `paint` gives them the same picture; empty to draw nothing.
+    /// Returns a key that two items share exactly if `paint` returns the same picture for them; empty to draw
+    /// nothing.
     virtual QString textureKey() const = 0;
-    /// The picture, with its device pixel ratio set.
+    /// Returns the picture with its device pixel ratio set.
     virtual QImage paint(qreal ratio) const = 0;
-    /// Where the pieces of the picture go: each `from` (in pixels of the picture) fills its `to` (in item
-    /// coordinates).
+    /// A part of the picture, in its pixels, and the rectangle that it fills, in item coordinates.
     struct Piece {
         QRectF from;
         QRectF to;
     };
     virtual QList<Piece> pieces(QSize pixels, qreal ratio) const = 0;
 
-    /// The look has changed.
+    /// Call this when `textureKey` or `pieces` has changed.
     void repaint();
 
     qreal pixelRatio() const;

@@ -3,7 +3,7 @@ import QtQml
 import QtQuick
 import Marovenda.Ui
 
-// Every colour, text style, size and curve that more than one place uses.
+// The colours, text styles, sizes and easing curves that several components share.
 QtObject {
     id: theme
 
@@ -27,7 +27,7 @@ QtObject {
 
     readonly property string face: "Inter"
     readonly property real textScale: PlatformSettings.textScale
-    // Beyond this size, things that stand side by side go below each other where that keeps words whole.
+    // Above this scale, layouts stack side-by-side items where that keeps words whole.
     readonly property bool largeText: textScale > 1.4
     readonly property bool reducedMotion: PlatformSettings.reducedMotion
 
@@ -47,7 +47,7 @@ QtObject {
     readonly property real buttonRadius: 20
     readonly property real barHeight: 44
 
-    // The platform curves of the design, as cubic Bézier splines.
+    // Cubic Bézier splines.
     readonly property var easeIn: [0.42, 0, 1, 1, 1, 1]
     readonly property var easeOut: [0, 0, 0.58, 1, 1, 1]
 

@@ -2,7 +2,7 @@ import QtQml
 import QtQuick
 import Marovenda.Ui
 
-// The containment mask of a control that may be drawn smaller than a finger needs.
+// A containment mask that extends a small control to the minimum touch size.
 QtObject {
     required property Item control
 

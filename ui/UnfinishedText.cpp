@@ -7,7 +7,7 @@
 void UnfinishedText::commit()
 {
     QGuiApplication::inputMethod()->commit();
-    // Not every input method answers to that (https://doc.qt.io/qt-6/qinputmethod.html#commit).
+    // Not every input method supports this call (https://doc.qt.io/qt-6/qinputmethod.html#commit).
     commitIn(QGuiApplication::focusObject());
 }
 

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <QtQmlIntegration>
 
-/// The text that an input method has not finished yet: seen in the field, but not yet part of its value.
+/// Text that an input method is still composing: the field shows it, but it is not yet part of the field's text.
 class UnfinishedText : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -11,8 +11,8 @@ class UnfinishedText : public QObject {
 public:
     using QObject::QObject;
 
-    /// Makes the focused field's unfinished text part of its value, so that an action works with what is on screen.
+    /// Commits the unfinished text of the focused field, so that an action works with the text on screen.
     Q_INVOKABLE void commit();
-    /// The same for one field, which need not have the focus any more. Does nothing without unfinished text.
+    /// Commits the unfinished text of `field`, if any. The field need not have the focus.
     Q_INVOKABLE void commitIn(QObject *field);
 };

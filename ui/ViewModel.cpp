@@ -7,8 +7,8 @@
 
 namespace {
 
-/// What still waits in the main thread's queue when the application ends goes here. Qt would delete it while it keeps
-/// the queue locked, and for that lock a view model would wait that goes with its last job.
+/// Deletes the events that are still in the main thread's queue when the application ends. Qt would delete them while
+/// it holds the queue's lock; a view model that was deleted with its last event would wait for the same lock.
 void dropJobs()
 {
     QCoreApplication::removePostedEvents(nullptr, QEvent::MetaCall);
@@ -31,22 +31,22 @@ void ViewModel::componentComplete()
     QJSEngine::setObjectOwnership(this, QJSEngine::CppOwnership);
     setParent(nullptr);
     m_engine = qmlEngine(this);
-    m_self = std::shared_ptr<ViewModel>(this, [](ViewModel *gone) { gone->end(); });
+    m_self = std::shared_ptr<ViewModel>(this, [](ViewModel *viewModel) { viewModel->destroy(); });
     connect(page, &QObject::destroyed, this, [this] {
         const QPointer<ViewModel> self(this);
-        m_pageIsGoing = true;
+        m_pageIsBeingDestroyed = true;
         m_self.reset();
         if (self)
-            m_pageIsGoing = false;
+            m_pageIsBeingDestroyed = false;
     });
 }
 
-/// As an object with an id goes, Qt 6.4 asks the page whose context knows the id whether it is going too. That is
-/// safe while the page is being destroyed, and again when its context is gone, which the garbage collector may keep
-/// until then, and the engine at most.
-void ViewModel::end()
+/// When an object with an id is destroyed, Qt 6.4 uses the page whose context contains the id. That is safe while the
+/// page is being destroyed, or after its context has been destroyed. The garbage collector may keep the context longer
+/// than the page, but not longer than the engine.
+void ViewModel::destroy()
 {
-    if (m_pageIsGoing || !m_engine) {
+    if (m_pageIsBeingDestroyed || !m_engine) {
         delete this;
         return;
     }
@@ -56,6 +56,6 @@ void ViewModel::end()
         return;
     }
     connect(context, &QObject::destroyed, this, &QObject::deleteLater);
-    // Not now: whoever let go of this may have been called by the engine.
+    // Do not collect garbage now: the engine may be calling the code that released this.
     QTimer::singleShot(0, m_engine, [engine = m_engine] { engine->collectGarbage(); });
 }

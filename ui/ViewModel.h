@@ -7,8 +7,9 @@
 
 #include <memory>
 
-/// The fields and actions of a screen. The screen's layout declares its view model, but does not own it: a completion
-/// that arrives after the screen has gone still writes to it, and reads what the customer had typed.
+/// The base of the screens' view models, which hold the fields and actions of a screen. The screen's layout declares
+/// the view model but does not own it: a reply that arrives after the screen has been closed still reads and writes
+/// it.
 class ViewModel : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -16,18 +17,18 @@ public:
     explicit ViewModel(QObject *parent = nullptr);
 
     void classBegin() override {}
-    /// From here on the view model lives until its page and all that `hold` gave out are gone.
+    /// From now on the view model lives until its page and all pointers that `hold` has returned are gone.
     void componentComplete() override;
 
 protected:
-    /// Keeps the view model alive; every completion that uses it captures one. Empty for a view model that no layout
-    /// has made, which its maker must keep.
+    /// Returns a pointer that keeps the view model alive; every completion that uses the view model must capture one.
+    /// Null if no layout created the view model; its creator must then keep it alive.
     std::shared_ptr<ViewModel> hold() const { return m_self; }
 
 private:
-    void end();
+    void destroy();
 
     std::shared_ptr<ViewModel> m_self;
     QPointer<QQmlEngine> m_engine;
-    bool m_pageIsGoing = false;
+    bool m_pageIsBeingDestroyed = false;
 };
