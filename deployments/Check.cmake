@@ -1,11 +1,11 @@
-# What the values of a deployment must look like. Every wrong one is named at once, with an example of a right one.
+# Checks the values of a deployment. Reports all wrong values together, each with an example of a valid one.
 
-# An address: scheme, host, an optional port and a path, no user, query or fragment.
+# The parts of a URL: host with optional port, and path. User, query and fragment are not allowed.
 set(_marovenda_host "([A-Za-z0-9]([A-Za-z0-9.-]*[A-Za-z0-9])?|\\[[0-9A-Fa-f:.]+\\])(:[0-9]+)?")
 set(_marovenda_path "(/[^][ \t\"<>\\^`{|}?#]*)")
 set(_marovenda_mail "^[A-Za-z0-9.!#$%&'*+/=?^_`{|}~-]+@([A-Za-z0-9-]+\\.)+[A-Za-z][A-Za-z0-9-]+$")
 
-# Adds to the text "problems" that the value NAME is not what it must be; that it is missing is said elsewhere.
+# Appends a message about a wrong value to "problems". marovenda_check_deployment reports missing values.
 macro(_marovenda_problem name wanted example)
     if(NOT "${MAROVENDA_${name}}" STREQUAL "")
         string(APPEND problems
@@ -64,7 +64,7 @@ function(_marovenda_check_warehouse)
     set(problems "${problems}" PARENT_SCOPE)
 endfunction()
 
-# A value with a wrong name would be one that is silently not used.
+# Reports unknown names: CMake would silently ignore a misspelt one.
 function(_marovenda_check_names file)
     file(STRINGS "${file}" lines REGEX "^[ \t]*[sS][eE][tT][ \t]*\\([ \t]*MAROVENDA_" ENCODING UTF-8)
     foreach(line IN LISTS lines)
@@ -76,7 +76,7 @@ function(_marovenda_check_names file)
     set(problems "${problems}" PARENT_SCOPE)
 endfunction()
 
-# Stops configuring, naming every wrong value, when the file is not a usable deployment.
+# Stops with a message that names every wrong value if the file is not a valid deployment.
 function(marovenda_check_deployment file)
     marovenda_read_deployment("${file}")
     set(problems "")

@@ -1,14 +1,14 @@
-# Checks a deployment file and turns it into the source behind Deployment.h.
-# A deployment file holds one set() for each of these and nothing else.
+# Checks a deployment file and generates the source that implements Deployment.h.
+# A deployment file consists of one set() for each of these values.
 set(MAROVENDA_DEPLOYMENT_VALUES
     BASE_URL TRACKING_URL SUPPORT_EMAIL
     WAREHOUSE_STREET WAREHOUSE_CITY WAREHOUSE_ZIP WAREHOUSE_PHONE
     DEVELOPER_SITE DEVELOPER_SITE_TEXT DEVELOPER_EMAIL)
-# May be left out. It is not compiled in: packages name it to software catalogues.
+# Optional. Not compiled in; the packages' metadata for software catalogues contains it.
 set(MAROVENDA_DEPLOYMENT_OPTIONAL HOMEPAGE)
 set(_marovenda_deployment_dir ${CMAKE_CURRENT_LIST_DIR})
 
-# Sets the values of FILE in the caller's scope, unchecked, as MAROVENDA_BASE_URL and so on.
+# Sets the values of FILE in the caller's scope, as MAROVENDA_BASE_URL and so on, without checking them.
 function(marovenda_read_deployment file)
     if(NOT EXISTS "${file}" OR IS_DIRECTORY "${file}")
         message(FATAL_ERROR "MAROVENDA_DEPLOYMENT: there is no file \"${file}\".")
@@ -28,13 +28,13 @@ endfunction()
 
 include(${CMAKE_CURRENT_LIST_DIR}/Check.cmake)
 
-# An object library TARGET, linked whatever the order, that defines the functions of Deployment.h with the values of FILE.
+# Adds an object library TARGET that implements Deployment.h with the values of FILE. Object libraries link in any order.
 function(marovenda_add_deployment target file)
     marovenda_read_deployment("${file}")
     foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES)
         string(REPLACE "\\" "\\\\" MAROVENDA_${name} "${MAROVENDA_${name}}")
         string(REPLACE "\"" "\\\"" MAROVENDA_${name} "${MAROVENDA_${name}}")
-        string(REPLACE "?" "\\?" MAROVENDA_${name} "${MAROVENDA_${name}}") # "??/" would be another character
+        string(REPLACE "?" "\\?" MAROVENDA_${name} "${MAROVENDA_${name}}") # "??/" is a trigraph
     endforeach()
     set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}/Deployment.cpp)
     configure_file(${_marovenda_deployment_dir}/Deployment.cpp.in ${source} @ONLY)
@@ -43,10 +43,10 @@ function(marovenda_add_deployment target file)
     target_link_libraries(${target} PUBLIC marovenda_deployment_api PRIVATE Qt6::Core)
 endfunction()
 
-# Finds the file that MAROVENDA_DEPLOYMENT names, checks it and stores its path in the variable RESULT.
+# Finds the file that MAROVENDA_DEPLOYMENT names, checks it, and stores its path in the variable RESULT.
 function(marovenda_choose_deployment result)
     set(MAROVENDA_DEPLOYMENT "demo" CACHE STRING
-        "Deployment: the name of a file in deployments/ without its ending, or the path of a .cmake file")
+        "Deployment: the name of a file in deployments/ without its extension, or the path of a .cmake file")
     if(MAROVENDA_DEPLOYMENT MATCHES "^[A-Za-z0-9_-]+$")
         set(file ${_marovenda_deployment_dir}/${MAROVENDA_DEPLOYMENT}.cmake)
     else()

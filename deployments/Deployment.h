@@ -2,15 +2,15 @@
 
 #include <QString>
 
-/// The fixed values of a build. They are texts as the deployment file gives them; what they must look like is
-/// checked when configuring. The tests link a definition of their own.
+/// The fixed values of a build, exactly as the deployment file contains them. CMake checks them when it configures the
+/// build. Tests link their own implementation.
 namespace Deployment {
 
-/// Address under which all endpoint files of the service sit; ends in "/".
+/// The base address of the service's endpoints; ends in "/".
 QString baseUrl();
-/// Address of the public tracking page, to which a tracking number is appended; ends in "/".
+/// The address of the public tracking page, to which a tracking number is appended; ends in "/".
 QString trackingUrl();
-/// The company's address for support.
+/// The e-mail address of the company's support.
 QString supportEmail();
 
 QString warehouseStreet();
@@ -20,10 +20,10 @@ QString warehouseZip();
 /// In international form.
 QString warehousePhone();
 
-/// The developer's web site: its address, and the text that stands for it.
+/// The address of the developer's web site, and the text of the link to it.
 QString developerSite();
 QString developerSiteText();
-/// The developer's bare mail address.
+/// The developer's e-mail address, without "mailto:".
 QString developerEmail();
 
 } // namespace Deployment

@@ -1,4 +1,4 @@
-# The demo service on this machine: what ./run builds.
+# The deployment for the demo service on this machine, which ./run builds.
 set(MAROVENDA_BASE_URL "http://127.0.0.1:8473/")
 set(MAROVENDA_TRACKING_URL "https://www.aftership.com/track/")
 set(MAROVENDA_SUPPORT_EMAIL "soporte@marovenda.example")
