@@ -1,4 +1,4 @@
-# What every target of ours is compiled with.
+# The compiler options of all our targets.
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual)
 add_compile_definitions(
@@ -15,7 +15,7 @@ endif()
 
 if(MAROVENDA_DEV)
     add_compile_options(-O1)
-    # A layout is then read when the app starts, instead of being compiled to C++ before.
+    # The app parses its layouts when it starts, instead of containing them compiled to C++.
     set(MAROVENDA_QML_OPTIONS NO_CACHEGEN)
     find_program(MAROVENDA_MOLD mold)
     find_program(MAROVENDA_LLD ld.lld)
@@ -26,25 +26,25 @@ if(MAROVENDA_DEV)
     endif()
 endif()
 
-# The same sources make the same executable, wherever they are built; nothing in it tells where that was.
+# Reproducible builds: the executables do not contain the path of the build.
 if(NOT MSVC)
     add_compile_options(
         $<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>
         $<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
 endif()
 
-# Hardening of the builds that customers run; tests/hard/hardening reads it back from the executables.
+# Hardens the builds that customers run; tests/hard/hardening checks the executables.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     add_compile_options(-fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
     if(UNIX AND NOT APPLE)
-        # The executable itself tells how each of its sources was compiled.
+        # Records the compiler's options in the executables.
         add_compile_options(-frecord-gcc-switches)
         add_link_options(-pie -Wl,-z,relro,-z,now,-z,noexecstack)
     endif()
 endif()
 
-# Libraries are looked for where the system has them. Without this, CMake keeps room in the executables of the build folder
-# for the run path that Qt proposes for the installed ones, and the dynamic loader reads that room as the current folder.
+# Use the system's library path only. Without this, CMake reserves space for an installed run path, which the dynamic loader
+# takes for the current directory.
 set(CMAKE_INSTALL_RPATH "")
