@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// The last one in the order of the tree stands uppermost.
+/// Returns the topmost match, which is the last one in the item tree.
 template <class Wanted>
 QQuickItem *last(QQuickItem *from, const Wanted &wanted)
 {

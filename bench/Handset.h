@@ -8,34 +8,36 @@
 
 #include <functional>
 
-/// The whole app in this process, to be used as a customer uses it while its main thread is timed.
+/// Runs the whole app in this process and operates it as a customer does, while the main thread is timed.
 class Handset {
 public:
     using Time = TimedApplication::Time;
 
     explicit Handset(TimedApplication &application);
 
-    /// Shows the app's window. Whoever is signed in comes to the home screen, with this many packages.
+    /// Shows the app's window.
     void open();
+    /// Waits for the dashboard with this number of packages.
     void waitForHome(int packages);
 
-    /// The visible item of an object name on the uppermost screen; ends the process when there is none.
+    /// Returns the visible item with this object name on the topmost screen. Aborts if there is none; `maybeItem`
+    /// returns null instead.
     QQuickItem *item(const QString &objectName) const;
     QQuickItem *maybeItem(const QString &objectName) const;
-    /// The visible control of this text.
+    /// Returns the visible control with this text.
     QQuickItem *control(const QString &text) const;
-    /// The view model of the screen that an item belongs to.
+    /// Returns the view model of the item's screen.
     static QObject *viewModelOf(const QQuickItem *item);
-    /// A tap in the middle of an item.
+    /// Taps the middle of the item.
     void tap(const QQuickItem *item) const;
     void type(Qt::Key key, const QString &text) const;
 
-    /// Waits until it holds, looking after each frame and every few milliseconds; ends the process when it never
-    /// does.
+    /// Waits until `holds` returns true, checking after each frame and every few milliseconds. Aborts after two
+    /// minutes.
     void until(const std::function<bool()> &holds) const;
-    /// Until the frame in which it holds; when that frame was done.
+    /// Waits for the first frame after which `holds` returns true, and returns the time at which it was finished.
     Time frameWith(const std::function<bool()> &holds) const;
-    /// Lets the main loop run.
+    /// Runs the event loop for this time.
     static void rest(std::chrono::milliseconds time);
 
     QQuickWindow &window() const { return *m_window; }
@@ -47,6 +49,6 @@ private:
     QQuickWindow *m_window = nullptr;
 };
 
-/// Memory of this process, in bytes, by its line in the system's account: "VmRSS:" what it holds, "VmHWM:" the most
-/// it held.
+/// Returns the memory of this process in bytes, from a line of /proc/self/status: "VmRSS:" is the current size,
+/// "VmHWM:" the peak.
 qint64 memory(const QByteArray &line);

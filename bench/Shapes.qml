@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Shapes
 import Marovenda.Ui
 
-// Two hundred fields' backgrounds, drawn in one of several ways.
+// Two hundred rounded rectangles, drawn in one of several ways.
 Window {
     id: window
 

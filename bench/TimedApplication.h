@@ -5,7 +5,7 @@
 
 #include <chrono>
 
-/// An application that notes how long each job of its main thread takes: an event with all that it calls.
+/// Records how long the main thread takes for each event.
 class TimedApplication final : public QGuiApplication {
     Q_OBJECT
 public:
@@ -13,14 +13,13 @@ public:
 
     using QGuiApplication::QGuiApplication;
 
-    /// The system's monotonic clock, which all processes share.
+    /// Returns the time of the system's monotonic clock, which all processes share.
     static Time now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
     bool notify(QObject *receiver, QEvent *event) override;
 
-    /// Starts anew.
-    void forget() { m_jobs.clear(); }
-    /// What the jobs since then took, in their order.
+    void clear() { m_jobs.clear(); }
+    /// The durations of the events since `clear`, in their order.
     const QList<Time> &jobs() const { return m_jobs; }
     Time longest() const;
     Time total() const;

@@ -1,5 +1,5 @@
-// The app with a clock on its main thread: bench_app ADDRESS SCENARIO argument...
-// ADDRESS stands for the service; the store is in XDG_DATA_HOME. Prints one line of JSON.
+// Runs the app with a timed main thread: bench_app ADDRESS SCENARIO argument...
+// ADDRESS is the base address of the service; the store is in XDG_DATA_HOME. Prints one line of JSON.
 
 #include "Handset.h"
 #include "Scenarios.h"
@@ -26,7 +26,7 @@ double quantile(QList<double> values, double share)
 
 namespace {
 
-/// Signs a customer in, with a photo where a file is named.
+/// Stores a signed-in customer, with a photo if a file is given.
 void store(const QString &photo)
 {
     Session &session = Session::instance();
@@ -39,7 +39,7 @@ void store(const QString &photo)
     if (!file.open(QFile::ReadOnly))
         qFatal("The photo cannot be read.");
     session.setUserAvatarData(file.readAll());
-    // As it lies once the session has tidied up.
+    // Wait until the session has shortened the store's log.
     Handset::rest(std::chrono::seconds(2));
 }
 
@@ -68,6 +68,6 @@ int main(int argc, char *argv[])
     const QJsonObject taken = scenario->second(app, arguments.sliced(3));
     std::puts(QJsonDocument(taken).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);
-    // Without the end of the app, which is not what is timed.
+    // Skip the shutdown, which is not measured.
     std::_Exit(EXIT_SUCCESS);
 }

@@ -1,4 +1,4 @@
-"""What a company would otherwise hand its customers: the same home screen as a page in a browser."""
+"""Measures the alternative to the app: the same home screen as a page in a browser."""
 
 import pathlib
 import subprocess
@@ -29,19 +29,19 @@ def family(pid):
 
 
 def proportional(pids):
-    """Memory of processes together, what they share counted once, in bytes."""
+    """Returns the memory of the processes in bytes, counting shared memory once."""
     total = 0
     for pid in pids:
         try:
             rollup = pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text()
             total += 1024 * int(rollup.split("Pss:")[1].split()[0])
         except (OSError, IndexError):
-            pass  # it has gone
+            pass  # the process has ended
     return total
 
 
 def measure(machine, packages):
-    """Milliseconds from a browser's start, with a profile of its own, to the page's first paint, and its memory then."""
+    """Returns the milliseconds from the start of a browser with a new profile to the page's first paint, and its memory."""
     shown = threading.Event()
 
     class Handler(BaseHTTPRequestHandler):

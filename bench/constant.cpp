@@ -1,4 +1,4 @@
-// A server that answers every GET with so many bytes: bench_constant BYTES. Prints its port.
+// A server that answers every GET with the given number of bytes: bench_constant BYTES. Prints its port.
 
 #include <httplib.h>
 
@@ -12,7 +12,7 @@ int main(int argc, char *argv[])
     server.Get(".*", [&](const httplib::Request &, httplib::Response &response) {
         response.set_content(body, "application/json");
     });
-    // As the demo service: a connection serves one exchange, as the app uses it.
+    // One request per connection, like the demo service.
     server.set_keep_alive_max_count(1);
     std::printf("%d\n", server.bind_to_any_port("127.0.0.1"));
     std::fflush(stdout);

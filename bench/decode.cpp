@@ -1,4 +1,4 @@
-// Reply bytes to a DashboardResponse, against parsing alone and against two other libraries.
+// Measures reading a DashboardResponse from bytes, parsing alone, and reading with two other libraries.
 
 #include "Json.h"
 #include "Records.h"
@@ -28,7 +28,7 @@ void record(benchmark::State &state)
 {
     const QByteArray bytes = listing(state.range(0));
     for (auto step : state) {
-        // As the transport leaves a reply: the reader's own, with room behind it.
+        // Like the transport, provide an unshared array with spare capacity.
         state.PauseTiming();
         QByteArray reply;
         reply.reserve(bytes.size() + Json::readBeyond);

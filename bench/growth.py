@@ -1,4 +1,4 @@
-"""How cost grows with the number of packages, as figures and as a plot."""
+"""Measures how time and memory grow with the number of packages, and plots them."""
 
 import math
 
@@ -10,7 +10,7 @@ WIDTH, HEIGHT, LEFT, BOTTOM, TOP, RIGHT = 640, 400, 60, 46, 16, 180
 
 
 def measure(bench):
-    """Curves by name: a value for each size, in ms or MB."""
+    """Returns the curves by name, with a value for each size, in ms or MB."""
     curves = {"decoding (ms)": [], "home after its reply (ms)": [], "list after its reply (ms)": [], "list's memory (MB)": []}
     for size in SIZES:
         taken = bench.opened(size, 1 if size > 10_000 else 3)
@@ -22,14 +22,14 @@ def measure(bench):
 
 
 def exponent(values):
-    """Of the power that fits best from 1,000 packages on, by least squares of the logarithms."""
+    """Returns the exponent of the power law that fits best from 1,000 packages on (least squares of the logarithms)."""
     points = [(math.log(size), math.log(value)) for size, value in zip(SIZES, values) if size >= 1000 and value > 0]
     x, y = (sum(each) / len(points) for each in zip(*points))
     return sum((a - x) * (b - y) for a, b in points) / sum((a - x) ** 2 for a, _ in points)
 
 
 def plot(curves):
-    """An SVG, both scales logarithmic."""
+    """Returns a plot with logarithmic scales, as SVG."""
     highest = math.ceil(math.log10(max(max(values) for values in curves.values())))
     lowest = -3
     across = (WIDTH - LEFT - RIGHT) / math.log10(SIZES[-1] / SIZES[0])

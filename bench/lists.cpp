@@ -18,7 +18,7 @@ namespace {
 
 constexpr auto freeing = 1500ms;
 
-/// The rows on show, once there are so many.
+/// Returns the visible list if it has this number of rows.
 QQuickItem *rowsOf(Handset &app, int packages)
 {
     const QQuickItem *const rows = app.maybeItem(u"rows"_s);
@@ -37,7 +37,7 @@ QByteArray fetched()
     return body;
 }
 
-/// The median of decodings alone, each into memory that the process has to ask for, as the app's own is.
+/// Returns the median time of decoding alone. Like the app, each decoding has to request memory from the system.
 double decodingAlone(const QByteArray &bytes)
 {
     QList<double> times;
@@ -66,7 +66,7 @@ QJsonObject openList(Handset &app, const QStringList &arguments)
     Handset::rest(freeing);
     const qint64 before = memory("VmRSS:");
     TimedApplication &application = app.application();
-    application.forget();
+    application.clear();
     app.tap(app.item(u"paqueteCount"_s));
     const auto shown = app.frameWith([&] { return rowsOf(app, packages) != nullptr; });
     QList<double> jobs;
@@ -86,7 +86,7 @@ QJsonObject openList(Handset &app, const QStringList &arguments)
         {u"shown"_s, ms(shown)},
         {u"decoding"_s, decoding},
         {u"bytes"_s, bytes.size()},
-        // The job that decodes is the longest, or decoding is no stall.
+        // The longest event is the one that decodes, unless decoding takes less time than another event.
         {u"stall"_s, std::max(jobs.value(0) - decoding, jobs.value(1))},
         {u"held"_s, open - before},
         {u"kept"_s, closed - before},
@@ -103,7 +103,7 @@ QJsonObject scrollList(Handset &app, const QStringList &arguments)
     Handset::rest(freeing);
 
     QQuickItem *const rows = app.item(u"rows"_s);
-    // As fast as a strong flick: 6,000 points a second.
+    // The speed of a strong flick: 6,000 points a second.
     constexpr double step = 100;
     const double top = rows->property("originY").toDouble();
     QList<double> times;
@@ -113,9 +113,9 @@ QJsonObject scrollList(Handset &app, const QStringList &arguments)
         const double length = rows->property("contentHeight").toDouble() - rows->height();
         double y = top + length * station / stations;
         for (int frame = 0; frame <= frames / stations; ++frame, y += step) {
-            // A short list is gone through several times.
+            // Start again at the top of a short list.
             const double place = top + std::fmod(y - top, length);
-            app.application().forget();
+            app.application().clear();
             const auto start = TimedApplication::now();
             rows->setProperty("contentY", place);
             app.window().update();

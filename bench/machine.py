@@ -1,4 +1,4 @@
-"""Where the benchmarks run, and how their programs are started and watched."""
+"""Describes the machine, and starts and measures the benchmarks' programs."""
 
 import collections
 import contextlib
@@ -17,7 +17,7 @@ MEGABYTE = 1 << 20
 
 
 def description():
-    """The processor, the memory, the system."""
+    """Describes the processor, the memory and the system."""
     cpu = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())
     memory = int(re.search(r"MemTotal: +(\d+)", pathlib.Path("/proc/meminfo").read_text())[1]) / MEGABYTE
     release = re.search(r'PRETTY_NAME="(.*)"', pathlib.Path("/etc/os-release").read_text())[1]
@@ -27,12 +27,12 @@ def description():
 
 
 def account(pid, line):
-    """A line of the system's account of a process, in bytes."""
+    """Returns a line of /proc/PID/status, in bytes."""
     return 1024 * int(re.search(line + r":\s+(\d+)", pathlib.Path(f"/proc/{pid}/status").read_text())[1])
 
 
 class Machine:
-    """A display of its own, and a home for each program."""
+    """A virtual display, and a home folder for each program."""
 
     def __init__(self, programs):
         self.programs = pathlib.Path(programs)
@@ -61,17 +61,17 @@ class Machine:
                 "QT_QUICK_BACKEND": "software", **more}
 
     def first_frame(self, command, home, stay=0.0):
-        """Milliseconds from the start of a process to the end of its window's first frame, which Qt itself tells, and the
-        most memory after it has stayed for some seconds."""
+        """Returns the milliseconds from the start of a process to the end of its window's first frame, according to Qt's
+        log, and its peak memory after `stay` further seconds."""
         environment = self.environment(home, QT_LOGGING_RULES="qt.scenegraph.time.renderloop=true")
         start = time.perf_counter()
         process = subprocess.Popen([str(part) for part in command], env=environment, stderr=subprocess.PIPE, text=True)
         try:
             if not any("rame rendered" in line for line in process.stderr):
-                raise RuntimeError(f"{command[0]} has shown nothing")
+                raise RuntimeError(f"{command[0]} has not shown a window")
             milliseconds = 1000 * (time.perf_counter() - start)
             if stay:
-                # It goes on telling; a full pipe would stop it.
+                # Keep reading the log: a full pipe would block the process.
                 os.set_blocking(process.stderr.fileno(), False)
                 until = time.monotonic() + stay
                 while time.monotonic() < until:
@@ -92,7 +92,7 @@ class Machine:
         return done.stdout
 
     def start(self, program, *arguments, home="run", **more):
-        """Until it has said its first line."""
+        """Starts a program and waits for its first line of output."""
         process = subprocess.Popen([str(self.programs / program), *map(str, arguments)], stdin=subprocess.PIPE,
                                    stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
                                    env=self.environment(self.home(home), **more))

@@ -41,7 +41,7 @@ QJsonObject typeName(Handset &app, const QStringList &)
     QList<double> times;
     QList<double> handling;
     for (int i = 0; i < strokes; ++i) {
-        app.application().forget();
+        app.application().clear();
         const auto start = TimedApplication::now();
         app.type(i % 2 ? Qt::Key_Backspace : Qt::Key_A, i % 2 ? u"\b"_s : u"a"_s);
         const auto handled = TimedApplication::now() - start;
@@ -66,7 +66,7 @@ QJsonObject pickPhoto(Handset &app, const QStringList &arguments)
     QObject *const viewModel = Handset::viewModelOf(app.item(u"guardar"_s));
     TimedApplication &application = app.application();
 
-    application.forget();
+    application.clear();
     const auto start = TimedApplication::now();
     QMetaObject::invokeMethod(picker, "choose", Q_ARG(QUrl, QUrl::fromLocalFile(arguments.value(0))));
     const auto call = TimedApplication::now() - start;
@@ -82,12 +82,12 @@ QJsonObject pickPhoto(Handset &app, const QStringList &arguments)
     text.detach();
     const double copying = ms(TimedApplication::now() - before);
 
-    application.forget();
+    application.clear();
     const auto press = TimedApplication::now();
     app.tap(app.item(u"guardar"_s));
     const auto pressed = TimedApplication::now() - press;
     app.until([&] { return !viewModel->property("msg").toString().isEmpty(); });
-    // With what is tidied up after it.
+    // Include the shortening of the store's log.
     Handset::rest(2s);
     return {
         {u"picking"_s, picking},

@@ -1,8 +1,8 @@
-"""Measures, and prints one table with each figure against its target.
+"""Runs all measurements and prints a table that compares each result with its target.
 
 usage: report.py BUILD [--quick]
 
-Without --quick it also writes docs/performance.md and the plot beside it.
+Without --quick it also writes docs/performance.md and docs/performance.svg.
 """
 
 import argparse
@@ -27,7 +27,7 @@ def table(rows):
 
 
 def compared(bench, times):
-    """The app and a browser's page, each from its start to its first content, and their memory with 200 packages."""
+    """Compares the app with a page in a browser: the time to the first content, and the memory with 200 packages."""
     shown, held = zip(*(browser.measure(bench.machine, 200) for _ in range(times)))
     home = bench.customer(200)
     process = bench.machine.start("bench_app", bench.server.address(200), "stay", "dashboard", 200, home=home)
@@ -39,7 +39,7 @@ def compared(bench, times):
 
 
 def shapes(bench, times):
-    """A window with 200 rounded shapes up to its first frame, by the way to draw them."""
+    """Measures the first frame of a window with 200 rounded shapes, for each way to draw them."""
     names = {"texture": "as the app draws them", "shape": "as Shape items", "canvas": "as Canvas items"}
     taken = {way: [] for way in names}
     program = bench.build / "bin" / "bench_window"
@@ -56,29 +56,29 @@ def page(rows, comparison, drawn, curves):
                         for name, values in curves.items())
     return f"""# Performance
 
-Written by `bench/run` on {datetime.date.today():%-d %B %Y}; run it again to renew this page. Measured on {description()}. Each
-figure stands against something else measured in the same run; times are medians.
+Written by `bench/run` on {datetime.date.today():%-d %B %Y}; run it again to update this page. Measured on {description()}. Each
+result is compared with a reference measured in the same run; times are medians.
 
 {table(rows)}
 
-First frames are what Qt's own rendering log tells, of the release executable. Stalls, frames and keystrokes are the time of
-the longest event, or of all events, of the app's main thread, with a clock around its event loop (`bench/TimedApplication.h`).
-A reply counts as on the wire once the server's last byte has been handed to the system. Scrolling goes 100 points a frame,
-at ten places from the list's top to its end; the jumps between the places are left out. Memory is what the process holds
-at most, libraries included. A listing of the demo service counts with its connection. What decoding
-alone takes is warm in the table's rows on `DashboardResponse`, and into fresh memory where the app's is compared with it.
+Qt's rendering log of the release executable gives the time of first frames. Stalls, frames and keystrokes are the duration of
+the longest event, or of all events, on the app's main thread (`bench/TimedApplication.h`). A reply is on the wire when the
+server has passed its last byte to the system. The list scrolls 100 points a frame, at ten places from its top to its end; the
+jumps between these places do not count. Memory is the peak of the process, including its libraries. The time of a listing of
+the demo service includes the connection. The rows on `DashboardResponse` measure decoding into memory that the process already
+has; where decoding is the reference of another row, the memory is new.
 
-## Beside a browser
+## Compared with a browser
 
-The same home screen with the same rows as a small static page in headless Chromium, with a profile of its own, from this
-machine. The page asks for nothing and runs one line of script; the app's first content is its splash, which it shows for
-2.5 seconds by design before the packages. Memory is that of all processes, what they share counted once. A browser that is
-already running opens a page sooner; a page with a framework opens later.
+The reference is the same home screen as a small static page on this machine, in headless Chromium with a new profile. The page
+requests nothing else and runs one line of script. The app's first content is its splash, which by design precedes the packages
+for 2.5 seconds. Memory is the sum of all processes, with shared memory counted once. A browser that is already running opens a
+page sooner; a page with a framework opens later.
 
 {comparison}
 ## Shapes
 
-Why corners are textures that all shapes alike share. Canvas items are still empty in their first frame.
+The app draws rounded corners as textures that equal shapes share. Canvas items are still empty in their first frame.
 
 {drawn}
 ## How cost grows
@@ -86,7 +86,7 @@ Why corners are textures that all shapes alike share. Canvas items are still emp
 | packages | {' | '.join(f'{size:,}' for size in growth.SIZES)} | exponent |
 |---|{'---|' * len(growth.SIZES)}---|
 {exponents}
-The exponent is that of the power that fits best from 1,000 packages on.
+The exponent is that of the power law that fits best from 1,000 packages on.
 
 ![Cost over the number of packages](performance.svg)
 """

@@ -1,5 +1,5 @@
-// How many GETs of a path a server answers: bench_requests PORT PATH SECONDS. Prints requests a second and the bytes
-// of a body.
+// Measures how many GETs a server answers: bench_requests PORT PATH SECONDS. Prints the requests a second, the size
+// of a body, and the number of failures.
 
 #include <httplib.h>
 

@@ -1,4 +1,4 @@
-"""The rows of the table: each measures one thing against another in the same run."""
+"""The rows of the table. Each compares a measurement with a reference measured in the same run."""
 
 import concurrent.futures
 import json
@@ -14,7 +14,7 @@ SCREENS = ("login", "registration", "dashboard", "mailbox", "quotation", "vehicl
 
 
 class Row:
-    """What was measured, and what it was to be. `value` is compared with `target`, `shown` says it in words."""
+    """A measurement: `shown` is its result and `good` tells whether it meets `target`."""
 
     def __init__(self, what, against, target, shown, good):
         self.what, self.against, self.target, self.shown, self.good = what, against, target, shown, good
@@ -29,7 +29,7 @@ def at_least(what, against, value, limit, more=""):
 
 
 def make_photo(folder, megabytes):
-    """A JPEG of so many megabytes, as a camera's: fine grain over soft shapes."""
+    """Creates a JPEG of this size that compresses like a camera's: fine grain over soft shapes."""
     path = folder / f"photo{megabytes}.jpg"
     wanted = megabytes * 1_000_000
     width = int(1373 * megabytes ** 0.5) // 4 * 4
@@ -55,7 +55,7 @@ class Bench:
         self.count = 0
 
     def customer(self, packages, photo=None):
-        """The home of somebody signed in."""
+        """Creates a home folder with a signed-in customer and returns its name."""
         self.count += 1
         name = f"customer{self.count}"
         self.machine.run("bench_app", self.server.address(packages), "store", *([photo] if photo else []), home=name)
@@ -123,11 +123,11 @@ class Bench:
         yield at_most("the same of 1,000 packages", "a frame at 60 Hz", small / FRAME, 0.25, more=f" ({small:.2f} ms)")
 
     def since_sent(self, moment):
-        """Milliseconds since the last reply before a moment was on its way."""
+        """Returns the milliseconds from the last reply before `moment` until `moment`."""
         return moment - max(sent for sent in self.server.sent if sent < moment)
 
     def opened(self, packages, times):
-        """Medians of opening a list so often."""
+        """Opens a list `times` times and returns the medians."""
         all_ = []
         for _ in range(times):
             taken = self.scenario(packages, "list", packages)
@@ -212,9 +212,9 @@ class Bench:
             started.append(self.machine.start("bench_app", self.server.address(3), "stay", screen, 3, home=home))
             watched[screen] = started[-1]
         time.sleep(1)
-        before = {screen: rest(process.pid) for screen, process in watched.items()}
+        before = {screen: activity(process.pid) for screen, process in watched.items()}
         time.sleep(seconds)
-        after = {screen: rest(process.pid) for screen, process in watched.items()}
+        after = {screen: activity(process.pid) for screen, process in watched.items()}
         for process in started:
             end(process)
         watched["window"].kill()
@@ -223,7 +223,7 @@ class Bench:
         worked = {s: (after[s][1] - before[s][1]) / 1e6 for s in watched}
         window = wakes.pop("window")
         worst = max(wakes, key=wakes.get)
-        yield at_most(f"wake-ups a second at rest, the most ({worst}), beyond the empty window", "the empty window",
+        yield at_most(f"wake-ups a second of an idle screen, the most ({worst}), beyond the empty window", "the empty window",
                       wakes[worst] - window, 2, "a second",
                       more=f" (processor time in {seconds} s: {max(worked[s] for s in SCREENS):.2f} ms at most, "
                            f"{worked['window']:.2f} the window)")
@@ -260,8 +260,8 @@ class Bench:
             yield from part()
 
 
-def rest(pid):
-    """Times that the threads of a process went to sleep, and their processor time in nanoseconds."""
+def activity(pid):
+    """Returns how often the threads of a process went to sleep, and their processor time in nanoseconds."""
     sleeps = worked = 0
     for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
         status = (task / "status").read_text()

@@ -1,4 +1,4 @@
-"""The company's side for the benchmarks: answers on loopback, and notes when."""
+"""The company's side of the protocol for the benchmarks: answers on loopback and records when."""
 
 import contextlib
 import json
@@ -9,7 +9,7 @@ import time
 
 
 def listing(packages):
-    """A customer's listing as the service writes it."""
+    """Returns a customer's listing as the service writes it."""
     states = ("recibido", "en tr\\u00e1nsito", "en tr\\u00e1nsito")
     rows = ",".join(
         f'{{"tracking":"MRV-{i}","descripcion":"Repuestos electr\\u00f3nicos y c\\u00e1mara, caja n\\u00famero {i}",'
@@ -19,8 +19,8 @@ def listing(packages):
 
 
 class Server:
-    """`address(packages)` is a base address whose customers have so many packages; `sent` tells in ms of the monotonic clock
-    when each reply was on its way."""
+    """`address(packages)` returns a base address whose customers have that number of packages; `sent` holds the time at which
+    each reply was sent, in ms of the monotonic clock."""
 
     def __init__(self):
         self.listings = {}
@@ -55,6 +55,6 @@ class Server:
                 body = json.dumps({"status": "success", "id": "42", "nombre": "Ana", "nombreCompleto": "Ana"}).encode()
             connection.sendall(b"HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: %d\r\n"
                                b"Connection: close\r\n\r\n" % len(body) + body)
-            # The client counts from here on: all is on its way.
+            # The measurements start here: the system has accepted all bytes.
             self.sent.append(time.monotonic_ns() / 1e6)
             connection.recv(1)

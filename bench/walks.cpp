@@ -13,7 +13,7 @@ namespace {
 
 struct Screen {
     const char *name;
-    /// The tile, or the item, that leads there.
+    /// The text of the tile, or the name of the item, that opens the screen.
     QString tile;
     QString itemName;
     QString back = u"Atrás"_s;
@@ -33,7 +33,7 @@ const QList<Screen> &screens()
     return all;
 }
 
-/// Taps what leads there, in view or not.
+/// Opens a screen, even if its tile is outside the visible part of the row.
 void enter(Handset &app, const Screen &screen)
 {
     if (screen.tile.isEmpty())

@@ -1,4 +1,4 @@
-// Shows the window that the first argument names. A second argument is the way to draw.
+// Shows the window in the QML file that the first argument names. The second argument is the way to draw.
 
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
