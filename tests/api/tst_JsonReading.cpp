@@ -6,24 +6,9 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
-using RecordTools::documentWith;
-using RecordTools::documentWithout;
+using RecordTools::document;
 
 namespace {
-
-/// What reading came to, for any record.
-struct Outcome {
-    bool good;
-    QString error;
-};
-using Reader = Outcome (*)(const QByteArray &);
-
-template <Record R>
-Outcome outcomeOf(const QByteArray &bytes)
-{
-    const auto result = Json::read<R>(bytes);
-    return {bool(result), result.error};
-}
 
 struct Token {
     const char *kind;
@@ -42,164 +27,94 @@ const QList<Token> tokens{
 };
 
 } // namespace
-Q_DECLARE_METATYPE(Reader)
 
 /// Nothing is read leniently: each field takes one type and everything else ends the whole read.
 class JsonReadingTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void wrongTypeFailsTheWholeRead_data();
     void wrongTypeFailsTheWholeRead();
-    void wrongTypeInARowFailsTheWholeRead_data();
-    void wrongTypeInARowFailsTheWholeRead();
-    void missingAndNullLeaveAReplyFieldAbsent();
-    void missingAndNullFailARequest();
-    void missingAndNullLeaveARowFieldAbsent();
-    void emptyListsStayEmptyLists();
-    void rowsKeepTheirOrder();
+    void errorsNameTheirPlace_data();
+    void errorsNameTheirPlace();
+    void missingAndNullAreAbsentWhereAFieldIsOptional();
     void unlistedKeysAreIgnored_data();
     void unlistedKeysAreIgnored();
-    void keysAreCaseSensitive_data();
-    void keysAreCaseSensitive();
     void escapedKeysAreTheSameKeys();
     void lastOfTwoKeysCounts_data();
     void lastOfTwoKeysCounts();
     void textIsReadExactly_data();
     void textIsReadExactly();
-    void textIsNeverANumber();
     void wholeNumbersAreExact_data();
     void wholeNumbersAreExact();
     void doublesTakeEveryNumber_data();
     void doublesTakeEveryNumber();
-    void errorsNameTheirPlace_data();
-    void errorsNameTheirPlace();
     void textsOfALongReplyStandAlone();
 };
 
-void JsonReadingTest::wrongTypeFailsTheWholeRead_data()
-{
-    QTest::addColumn<Reader>("read");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("error");
-    RecordTools::forEachRecord<RecordTools::All>([]<class R>(R record) {
-        RecordTools::forEachField(record, [&]<class T>(const char *key, T &) {
-            const char *const wanted = RecordTools::wanted<T>;
-            for (const Token &token : tokens) {
-                if (qstrcmp(token.kind, wanted) == 0)
-                    continue;
-                QTest::addRow("%s.%s: %s", RecordTools::name<R>, key, token.label)
-                    << Reader(outcomeOf<R>) << documentWith<R>(key, token.text)
-                    << u"%1: %2, must be %3"_s.arg(QLatin1String(key), QLatin1String(token.kind),
-                                                   QLatin1String(wanted));
-            }
-        });
-    });
-}
-
 void JsonReadingTest::wrongTypeFailsTheWholeRead()
 {
-    QFETCH(const Reader, read);
-    QFETCH(const QByteArray, bytes);
-    const Outcome outcome = read(bytes);
-    QVERIFY2(!outcome.good, bytes.constData());
-    QTEST(outcome.error, "error");
+    RecordTools::forEachRecord<RecordTools::All>([]<class R>(R record) {
+        RecordTools::forEachField(record, []<class T>(const char *key, T &) {
+            for (const Token &token : tokens) {
+                if (qstrcmp(token.kind, RecordTools::wanted<T>) == 0)
+                    continue;
+                const QByteArray bytes = document<R>(key, token.text);
+                const auto result = Json::read<R>(bytes);
+                QVERIFY2(!result, bytes.constData());
+                QCOMPARE(result.error.toLatin1(),
+                         QByteArray(key) + ": " + token.kind + ", must be " + RecordTools::wanted<T>);
+            }
+        });
+    });
 }
 
-void JsonReadingTest::wrongTypeInARowFailsTheWholeRead_data()
+void JsonReadingTest::errorsNameTheirPlace_data()
 {
-    QTest::addColumn<Reader>("read");
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<QString>("error");
-    const auto addRows = []<class Row>(const char *list, Row record) {
-        const auto add = [&](const char *label, int index, const QByteArray &badRow, const QString &error) {
-            QByteArrayList rows{"{}", documentWithout<Row>(""), "{}"};
-            rows.insert(index, badRow);
-            QTest::addRow("%s[%d] %s", list, index, label)
-                << Reader(outcomeOf<DashboardResponse>)
-                << QByteArray(R"({"status":"success",")" + QByteArray(list) + "\":[" + rows.join(',') + "]}")
-                << u"%1[%2]%3"_s.arg(QLatin1String(list)).arg(index).arg(error);
-        };
-        RecordTools::forEachField(record, [&](const char *key, const auto &) {
-            for (const Token &token : tokens) {
-                if (qstrcmp(token.kind, "text") == 0)
-                    continue;
-                const QByteArray label = QByteArray(key) + ": " + token.label;
-                for (const int index : {0, 2, 3})
-                    add(label.constData(), index, documentWith<Row>(key, token.text),
-                        u".%1: %2, must be text"_s.arg(QLatin1String(key), QLatin1String(token.kind)));
-            }
-        });
-        for (const Token &token : tokens) {
-            if (qstrcmp(token.kind, "object") != 0)
-                add(token.label, 1, token.text, u": %1, must be object"_s.arg(QLatin1String(token.kind)));
-        }
-        add("null", 1, "null", u": null, must be object"_s);
-    };
-    addRows("paquetes", DashboardResponse::Paquete());
-    addRows("cotizaciones", DashboardResponse::Cotizacion());
+    QByteArray manyRows = "{\"paquetes\":[";
+    for (int i = 0; i < 17; ++i)
+        manyRows += "{},";
+    QTest::newRow("eighteenth row") << manyRows + R"({"tracking":7}]})"
+                                    << u"paquetes[17].tracking: number, must be text"_s;
+    QTest::newRow("row that is no object") << manyRows + R"("x"]})" << u"paquetes[17]: text, must be object"_s;
+    QTest::newRow("row that is null") << R"({"paquetes":[{},null]})"_ba << u"paquetes[1]: null, must be object"_s;
+    QTest::newRow("other list") << R"({"cotizaciones":[{"estado":[]}]})"_ba
+                                << u"cotizaciones[0].estado: array, must be text"_s;
+    QTest::newRow("first wrong field of several")
+        << R"({"cotizaciones":7,"avatar":7,"paquetes":7})"_ba << u"avatar: number, must be text"_s;
+    QTest::newRow("top level array") << "[]"_ba << u"array, must be object"_s;
+    QTest::newRow("top level text") << R"("a")"_ba << u"text, must be object"_s;
+    QTest::newRow("top level number") << "7"_ba << u"number, must be object"_s;
+    QTest::newRow("top level boolean") << "true"_ba << u"boolean, must be object"_s;
+    QTest::newRow("top level null") << "null"_ba << u"null, must be object"_s;
 }
 
-void JsonReadingTest::wrongTypeInARowFailsTheWholeRead() { wrongTypeFailsTheWholeRead(); }
-
-void JsonReadingTest::missingAndNullLeaveAReplyFieldAbsent()
+void JsonReadingTest::errorsNameTheirPlace()
 {
-    RecordTools::forEachRecord<RecordTools::Replies>([]<class R>(R record) {
-        RecordTools::forEachField(record, [](const char *key, const auto &) {
-            for (const QByteArray &bytes : {documentWith<R>(key, "null"), documentWithout<R>(key)}) {
-                const auto result = Json::read<R>(bytes);
-                QVERIFY2(result, bytes.constData());
-                RecordTools::forEachField(*result.record, [&](const char *each, const auto &value) {
-                    QVERIFY2(value.has_value() == (qstrcmp(each, key) != 0), bytes.constData());
-                });
-            }
-        });
-    });
+    QFETCH(const QByteArray, bytes);
+    const auto result = Json::read<DashboardResponse>(bytes);
+    QVERIFY(!result);
+    QTEST(result.error, "error");
 }
 
-void JsonReadingTest::missingAndNullFailARequest()
+void JsonReadingTest::missingAndNullAreAbsentWhereAFieldIsOptional()
 {
-    RecordTools::forEachRecord<RecordTools::Requests>([]<class R>(R record) {
+    RecordTools::forEachRecord<RecordTools::All>([]<class R>(R record) {
         RecordTools::forEachField(record, []<class T>(const char *key, const T &) {
-            const auto place = QLatin1String(key);
-            QCOMPARE(outcomeOf<R>(documentWithout<R>(key)).error, u"%1: missing"_s.arg(place));
-            QCOMPARE(outcomeOf<R>(documentWith<R>(key, "null")).error,
-                     u"%1: null, must be %2"_s.arg(place, QLatin1String(RecordTools::wanted<T>)));
+            const auto absent = Json::read<R>(document<R>(key));
+            const auto null = Json::read<R>(document<R>(key, "null"));
+            if constexpr (requires(T value) { value.has_value(); }) {
+                for (const auto &result : {absent, null}) {
+                    QVERIFY2(result, qPrintable(result.error));
+                    QCOMPARE(Json::write(*result.record), std::optional(document<R>(key)));
+                }
+            } else {
+                const auto place = QLatin1String(key);
+                QCOMPARE(absent.error, u"%1: missing"_s.arg(place));
+                QCOMPARE(null.error, u"%1: null, must be %2"_s.arg(place, QLatin1String(RecordTools::wanted<T>)));
+            }
         });
     });
-}
-
-void JsonReadingTest::missingAndNullLeaveARowFieldAbsent()
-{
-    const auto result = Json::read<DashboardResponse>(
-        R"({"paquetes":[{"tracking":null,"estado":"RECIBIDO"},{}],"cotizaciones":[{"origen":null}]})");
-    QVERIFY2(result, qPrintable(result.error));
-    const auto &paquetes = result.record->paquetes.value();
-    QCOMPARE(paquetes.size(), 2);
-    QVERIFY(!paquetes[0].tracking && !paquetes[0].descripcion && !paquetes[0].fecha_recibido);
-    QCOMPARE(paquetes[0].estado, u"RECIBIDO"_s);
-    QVERIFY(!paquetes[1].tracking && !paquetes[1].estado);
-    QVERIFY(!result.record->cotizaciones.value().first().origen);
-}
-
-void JsonReadingTest::emptyListsStayEmptyLists()
-{
-    const auto result = Json::read<DashboardResponse>(R"({"paquetes":[],"cotizaciones":null})");
-    QVERIFY2(result, qPrintable(result.error));
-    QVERIFY(result.record->paquetes.has_value());
-    QVERIFY(result.record->paquetes->isEmpty());
-    QVERIFY(!result.record->cotizaciones);
-}
-
-void JsonReadingTest::rowsKeepTheirOrder()
-{
-    QByteArrayList rows;
-    for (int i = 0; i < 3000; ++i)
-        rows += R"({"tracking":")" + QByteArray::number(i) + "\"}";
-    const auto result = Json::read<DashboardResponse>("{\"paquetes\":[" + rows.join(',') + "]}");
-    QVERIFY2(result, qPrintable(result.error));
-    QCOMPARE(result.record->paquetes->size(), rows.size());
-    for (int i = 0; i < rows.size(); ++i)
-        QCOMPARE(result.record->paquetes->at(i).tracking, QString::number(i));
 }
 
 void JsonReadingTest::unlistedKeysAreIgnored_data()
@@ -207,7 +122,6 @@ void JsonReadingTest::unlistedKeysAreIgnored_data()
     QTest::addColumn<QByteArray>("token");
     for (const Token &token : tokens)
         QTest::newRow(token.label) << token.text;
-    QTest::newRow("null") << "null"_ba;
     QTest::newRow("deep") << QByteArray(500, '[') + QByteArray(500, ']');
     QTest::newRow("nested listed keys") << R"({"status":7,"id":{"id":[7]},"paquetes":"x"})"_ba;
     QTest::newRow("a double's largest") << "1.7976931348623157e308"_ba;
@@ -219,32 +133,16 @@ void JsonReadingTest::unlistedKeysAreIgnored()
 {
     QFETCH(const QByteArray, token);
     RecordTools::forEachRecord<RecordTools::All>([&]<class R>(const R &) {
-        const QByteArray good = documentWithout<R>("");
+        const QByteArray good = document<R>();
         const R expected = Json::read<R>(good).record.value();
         const QByteArray first = "{\"otro\":" + token + ',' + good.mid(1);
-        const QByteArray last = good.chopped(1) + ",\"\":" + token + ",\"Otro\":" + token + '}';
+        const QByteArray last = good.chopped(1) + ",\"\":" + token + ",\"Status\":" + token + '}';
         for (const QByteArray &bytes : {first, last}) {
             const auto result = Json::read<R>(bytes);
             QVERIFY2(result, qPrintable(result.error));
             QVERIFY2(RecordTools::same(*result.record, expected), bytes.constData());
         }
     });
-}
-
-void JsonReadingTest::keysAreCaseSensitive_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    for (const QByteArray &key : {"Status"_ba, "STATUS"_ba, "nombrecompleto"_ba, "NombreCompleto"_ba,
-                                  "nombre_completo"_ba, "Message"_ba, " status"_ba, "status "_ba})
-        QTest::newRow(key.constData()) << QByteArray("{\"" + key + "\":7}");
-}
-
-void JsonReadingTest::keysAreCaseSensitive()
-{
-    QFETCH(const QByteArray, bytes);
-    const auto result = Json::read<CasilleroResponse>(bytes);
-    QVERIFY2(result, qPrintable(result.error));
-    QVERIFY(!result.record->status && !result.record->nombreCompleto && !result.record->message);
 }
 
 void JsonReadingTest::escapedKeysAreTheSameKeys()
@@ -263,7 +161,6 @@ void JsonReadingTest::lastOfTwoKeysCounts_data()
     QTest::newRow("wrong, then right") << R"({"id":1,"id":"2"})"_ba << std::optional(u"2"_s);
     QTest::newRow("text, then null") << R"({"id":"1","id":null})"_ba << std::optional<QString>();
     QTest::newRow("null, then text") << R"({"id":null,"id":"2"})"_ba << std::optional(u"2"_s);
-    QTest::newRow("three") << R"({"id":"1","id":"2","\u0069d":"3"})"_ba << std::optional(u"3"_s);
 }
 
 void JsonReadingTest::lastOfTwoKeysCounts()
@@ -281,25 +178,15 @@ void JsonReadingTest::textIsReadExactly_data()
     QTest::addColumn<QByteArray>("token");
     QTest::addColumn<QString>("text");
     QTest::newRow("empty") << R"("")"_ba << u""_s;
-    QTest::newRow("blanks") << R"("  a ")"_ba << u"  a "_s;
     QTest::newRow("escapes") << R"("\"\\\/\b\f\n\r\t")"_ba << u"\"\\/\b\f\n\r\t"_s;
-    QTest::newRow("bare slash") << R"("a/b")"_ba << u"a/b"_s;
     QTest::newRow("accents") << "\"Ñandú €\""_ba << u"Ñandú €"_s;
     QTest::newRow("escaped accents") << R"("\u00d1and\u00FA")"_ba << u"Ñandú"_s;
     QTest::newRow("beyond the first plane") << "\"📦\""_ba << u"📦"_s;
     QTest::newRow("escaped pair") << R"("\ud83d\uDCE6")"_ba << u"📦"_s;
     QTest::newRow("zero inside") << R"("a\u0000b")"_ba << QString::fromLatin1("a\0b", 3);
-    QTest::newRow("only zero") << R"("\u0000")"_ba << QString(QChar(0));
     QTest::newRow("mark at the start") << "\"\xEF\xBB\xBF\x61\""_ba << u"\uFEFFa"_s;
     QTest::newRow("escaped mark at the start") << R"("\ufeffa")"_ba << u"\uFEFFa"_s;
-    QTest::newRow("only a mark") << "\"\xEF\xBB\xBF\""_ba << u"\uFEFF"_s;
-    QTest::newRow("two marks") << "\"\xEF\xBB\xBF\xEF\xBB\xBF\""_ba << u"\uFEFF\uFEFF"_s;
-    QTest::newRow("mark inside") << "\"a\xEF\xBB\xBF\""_ba << u"a\uFEFF"_s;
-    QTest::newRow("delete") << "\"\x7f\""_ba << u"\u007f"_s;
-    QTest::newRow("not a character") << "\"\xEF\xBF\xBF\""_ba << u"\uFFFF"_s;
     QTest::newRow("last code point") << "\"\xF4\x8F\xBF\xBF\""_ba << QString::fromUcs4(U"\U0010FFFF");
-    QTest::newRow("looks like JSON") << R"("{\"id\":7}")"_ba << u"{\"id\":7}"_s;
-    QTest::newRow("the word null") << R"("null")"_ba << u"null"_s;
 }
 
 void JsonReadingTest::textIsReadExactly()
@@ -311,16 +198,6 @@ void JsonReadingTest::textIsReadExactly()
     QVERIFY2(result, qPrintable(result.error));
     QCOMPARE(result.record->status, text);
     QCOMPARE(result.record->paquetes->first().estado, text);
-}
-
-void JsonReadingTest::textIsNeverANumber()
-{
-    QCOMPARE(Json::read<LoginResponse>(R"({"id":"42"})").record->id, u"42"_s);
-    QCOMPARE(Json::read<LoginResponse>(R"({"id":42})").error, u"id: number, must be text"_s);
-    QCOMPARE(Json::read<CasilleroRequest>(R"({"user_id":"7"})").record->user_id, u"7"_s);
-    QCOMPARE(Json::read<CasilleroRequest>(R"({"user_id":7})").error, u"user_id: number, must be text"_s);
-    QCOMPARE(outcomeOf<PerfilRequest>(documentWith<PerfilRequest>("user_id", "\"7\"")).error,
-             u"user_id: text, must be number"_s);
 }
 
 void JsonReadingTest::wholeNumbersAreExact_data()
@@ -347,7 +224,7 @@ void JsonReadingTest::wholeNumbersAreExact()
 {
     QFETCH(const QByteArray, token);
     QFETCH(const std::optional<qint64>, number);
-    const auto result = Json::read<AutoRequest>(documentWith<AutoRequest>("user_id", token));
+    const auto result = Json::read<AutoRequest>(document<AutoRequest>("user_id", token));
     QCOMPARE(bool(result), number.has_value());
     if (number)
         QCOMPARE(result.record->user_id, *number);
@@ -380,38 +257,10 @@ void JsonReadingTest::doublesTakeEveryNumber()
 {
     QFETCH(const QByteArray, token);
     QFETCH(const double, number);
-    const auto result = Json::read<CotizacionRequest>(documentWith<CotizacionRequest>("peso", token));
+    const auto result = Json::read<CotizacionRequest>(document<CotizacionRequest>("peso", token));
     QVERIFY2(result, qPrintable(result.error));
     QCOMPARE(std::bit_cast<quint64>(result.record->peso), std::bit_cast<quint64>(number));
 }
-
-void JsonReadingTest::errorsNameTheirPlace_data()
-{
-    QTest::addColumn<Reader>("read");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("error");
-    const Reader dashboard = outcomeOf<DashboardResponse>;
-    QByteArray manyRows = "{\"paquetes\":[";
-    for (int i = 0; i < 17; ++i)
-        manyRows += "{},";
-    QTest::newRow("eighteenth row") << dashboard << manyRows + R"({"tracking":7}]})"
-                                    << u"paquetes[17].tracking: number, must be text"_s;
-    QTest::newRow("row that is no object")
-        << dashboard << manyRows + R"("x"]})" << u"paquetes[17]: text, must be object"_s;
-    QTest::newRow("other list") << dashboard << R"({"cotizaciones":[{"estado":[]}]})"_ba
-                                << u"cotizaciones[0].estado: array, must be text"_s;
-    QTest::newRow("first wrong field of several")
-        << dashboard << R"({"cotizaciones":7,"avatar":7,"paquetes":7})"_ba << u"avatar: number, must be text"_s;
-    QTest::newRow("top level array") << dashboard << "[]"_ba << u"array, must be object"_s;
-    QTest::newRow("top level text") << dashboard << R"("a")"_ba << u"text, must be object"_s;
-    QTest::newRow("top level number") << dashboard << "7"_ba << u"number, must be object"_s;
-    QTest::newRow("top level boolean") << dashboard << "true"_ba << u"boolean, must be object"_s;
-    QTest::newRow("top level null") << dashboard << "null"_ba << u"null, must be object"_s;
-    QTest::newRow("required field") << Reader(outcomeOf<LoginRequest>) << R"({"email":"a"})"_ba
-                                    << u"password: missing"_s;
-}
-
-void JsonReadingTest::errorsNameTheirPlace() { wrongTypeFailsTheWholeRead(); }
 
 void JsonReadingTest::textsOfALongReplyStandAlone()
 {
