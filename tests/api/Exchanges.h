@@ -6,7 +6,6 @@
 #include <QByteArrayList>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QThread>
 #include <QTimer>
 
 #include <array>
@@ -18,7 +17,6 @@ namespace Exchanges {
 /// What came of one exchange.
 struct Outcome {
     int completions = 0;
-    bool onMainThread = false;
     HttpReply reply;
 };
 
@@ -29,7 +27,6 @@ inline std::shared_ptr<Outcome> send(const HttpRequest &request, const HttpLimit
         request,
         [outcome](HttpReply reply) {
             ++outcome->completions;
-            outcome->onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
             outcome->reply = std::move(reply);
         },
         limits);

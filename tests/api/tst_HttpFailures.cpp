@@ -1,14 +1,9 @@
 #include "Exchanges.h"
 #include "MarovendaTest.h"
 
-#include <QScopeGuard>
 #include <QTest>
 
 #include <algorithm>
-#include <cerrno>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using Exchanges::completed;
@@ -39,16 +34,11 @@ private Q_SLOTS:
     void init();
     void cleanup() { server.clear(); }
 
-    void scriptedConnectionEndsAsTheScriptSays_data();
-    void scriptedConnectionEndsAsTheScriptSays();
     void brokenConnectionIsNotTriedAgain_data();
     void brokenConnectionIsNotTriedAgain();
-    void connectionThatEndsUnreadIsNotTriedAgain_data();
-    void connectionThatEndsUnreadIsNotTriedAgain();
-    void connectionThatEndsDuringTheUploadIsNotTriedAgain_data();
-    void connectionThatEndsDuringTheUploadIsNotTriedAgain();
+    void connectionThatEndsDuringTheRequestIsNotTriedAgain_data();
+    void connectionThatEndsDuringTheRequestIsNotTriedAgain();
     void replyDuringTheUploadIsTaken();
-    void brokenGetCompletesOnce();
 
 private:
     /// Sends a request and waits for its reply: what was sent before it has then come too.
@@ -82,40 +72,6 @@ void HttpFailuresTest::sendOneMore()
     QCOMPARE(last->reply.body, "last");
 }
 
-void HttpFailuresTest::scriptedConnectionEndsAsTheScriptSays_data()
-{
-    QTest::addColumn<bool>("reset");
-    QTest::newRow("closed") << false;
-    QTest::newRow("reset") << true;
-}
-
-/// Qt tells of both ends in the same way, so this asks the system.
-void HttpFailuresTest::scriptedConnectionEndsAsTheScriptSays()
-{
-    QFETCH(const bool, reset);
-    server.on("/a", [reset](const auto &, const auto &answer) { reset ? answer->reset() : answer->close(); });
-    const int client = ::socket(AF_INET, SOCK_STREAM, 0);
-    QVERIFY(client >= 0);
-    const auto closed = qScopeGuard([client] { ::close(client); });
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(server.port());
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    QCOMPARE(::connect(client, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
-    const QByteArray request = "GET /a HTTP/1.1\r\n\r\n";
-    QCOMPARE(::send(client, request.constData(), static_cast<size_t>(request.size()), 0), request.size());
-    // The end is told once.
-    int end = EAGAIN;
-    const auto ended = [&] {
-        char byte = 0;
-        if (end == EAGAIN)
-            end = ::recv(client, &byte, 1, MSG_DONTWAIT) < 0 ? errno : 0;
-        return end != EAGAIN;
-    };
-    QTRY_VERIFY(ended());
-    QCOMPARE(end, reset ? ECONNRESET : 0);
-}
-
 void HttpFailuresTest::brokenConnectionIsNotTriedAgain_data()
 {
     QTest::addColumn<Script>("script");
@@ -128,22 +84,10 @@ void HttpFailuresTest::brokenConnectionIsNotTriedAgain_data()
     add("closed without an answer", answering({}));
     add("reset without an answer", [](const auto &, const auto &answer) { answer->reset(); });
     add("closed in the status line", answering("HTTP/1.1 2"));
-    add("closed after the status line", answering("HTTP/1.1 200 OK\r\n"));
-    add("closed in the head", answering("HTTP/1.1 200 OK\r\nContent-Le"));
     add("closed after the head", answering(head));
     add("closed in the body", answering(head + R"({"status":"succ)"), R"({"status":"succ)");
-    add("closed one byte before the end", answering(head + QByteArray(99, 'b')), QByteArray(99, 'b'));
     add("closed in a chunk", answering(chunks + "5\r\nhello\r\n7\r\nwo"), "hellowo");
-    add("closed between chunks", answering(chunks + "5\r\nhello\r\n"), "hello");
-    add("closed after a provisional reply", answering("HTTP/1.1 100 Continue\r\n\r\n"));
     add("garbage", answering("\x16\x03\x01 what is this\r\n\r\nnot HTTP\r\n"));
-    add("garbage without a line end", answering("garbage"));
-    add("other protocol", answering("SSH-2.0-OpenSSH\r\n"));
-    add("empty lines", answering("\r\n\r\n\r\n"));
-    add("no such version", answering("HTTP/9.9 200 OK\r\n\r\n"));
-    add("time-out of the server", answering("HTTP/1.1 408 Request Timeout\r\nConnection: close\r\n\r\n"));
-    add("closed though kept alive",
-        answering("HTTP/1.1 200 OK\r\nConnection: keep-alive\r\nContent-Length: 2\r\n\r\n{}"), "{}");
     add("more than announced", answering("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}{}"), "{}");
 }
 
@@ -163,71 +107,45 @@ void HttpFailuresTest::brokenConnectionIsNotTriedAgain()
     }
 }
 
-void HttpFailuresTest::connectionThatEndsUnreadIsNotTriedAgain_data()
+void HttpFailuresTest::connectionThatEndsDuringTheRequestIsNotTriedAgain_data()
 {
     QTest::addColumn<bool>("reset");
-    QTest::addColumn<bool>("afterSomeBytes");
-    QTest::newRow("closed at once") << false << false;
-    QTest::newRow("reset at once") << true << false;
-    QTest::newRow("closed with bytes unread") << false << true;
-    QTest::newRow("reset with bytes unread") << true << true;
-}
-
-void HttpFailuresTest::connectionThatEndsUnreadIsNotTriedAgain()
-{
-    QFETCH(const bool, reset);
-    QFETCH(const bool, afterSomeBytes);
-    for (int time = 1; time <= 10; ++time) {
-        init();
-        server.onConnection([&](QTcpSocket *socket) {
-            const auto end = [this, socket, reset] {
-                raw += socket->peek(1 << 20);
-                reset ? ScriptedServer::reset(socket) : socket->close();
-            };
-            if (afterSomeBytes)
-                connect(socket, &QTcpSocket::readyRead, socket, end);
-            else
-                end();
-            return true;
-        });
-        const auto outcome = send(post(server, password));
-        QVERIFY(completed(outcome));
-        sendOneMore();
-        QCOMPARE(outcome->completions, 1);
-        QVERIFY(outcome->reply.body.isEmpty());
-        QCOMPARE(posts(), afterSomeBytes ? 1 : 0);
+    QTest::addColumn<int>("bodySize");
+    QTest::addColumn<int>("bytesRead");
+    for (const bool reset : {false, true}) {
+        const char *const end = reset ? "reset" : "closed";
+        QTest::addRow("%s before anything has come", end) << reset << 20 << -1;
+        QTest::addRow("%s behind the first bytes", end) << reset << 20 << 0;
+        QTest::addRow("%s in an upload", end) << reset << 20'000'000 << 1'000'000;
     }
 }
 
-void HttpFailuresTest::connectionThatEndsDuringTheUploadIsNotTriedAgain_data()
-{
-    connectionThatEndsUnreadIsNotTriedAgain_data();
-}
-
-void HttpFailuresTest::connectionThatEndsDuringTheUploadIsNotTriedAgain()
+void HttpFailuresTest::connectionThatEndsDuringTheRequestIsNotTriedAgain()
 {
     QFETCH(const bool, reset);
-    QFETCH(const bool, afterSomeBytes);
-    const QByteArray photo(qsizetype(20) * 1024 * 1024, 'p');
-    for (int time = 1; time <= 3; ++time) {
+    QFETCH(const int, bodySize);
+    QFETCH(const int, bytesRead);
+    for (int time = 1; time <= 5; ++time) {
         init();
         qint64 taken = 0;
         server.onConnection([&](QTcpSocket *socket) {
-            connect(socket, &QTcpSocket::readyRead, socket, [&, socket] {
+            const auto read = [&, socket] {
                 const QByteArray bytes = socket->readAll();
                 taken += bytes.size();
                 raw += bytes.first(qMin<qsizetype>(bytes.size(), 100));
-                if (taken > (afterSomeBytes ? 1'000'000 : 0))
+                if (taken > bytesRead)
                     reset ? ScriptedServer::reset(socket) : socket->close();
-            });
+            };
+            connect(socket, &QTcpSocket::readyRead, socket, read);
+            read();
             return true;
         });
-        const auto outcome = send(post(server, photo));
+        const auto outcome = send(post(server, QByteArray(bodySize, 'p')));
         QVERIFY(completed(outcome));
         sendOneMore();
         QCOMPARE(outcome->completions, 1);
         QVERIFY(outcome->reply.body.isEmpty());
-        QCOMPARE(posts(), 1);
+        QVERIFY(posts() <= 1);
     }
 }
 
@@ -246,18 +164,6 @@ void HttpFailuresTest::replyDuringTheUploadIsTaken()
     QCOMPARE(outcome->reply.body, "{\"status\":\"error\"}");
     sendOneMore();
     QCOMPARE(posts(), 1);
-}
-
-void HttpFailuresTest::brokenGetCompletesOnce()
-{
-    for (const QByteArray &answer : {""_ba, "HTTP/1.1 2"_ba, "garbage"_ba}) {
-        server.on("/a", answering(answer));
-        const auto outcome = send(get(server));
-        QVERIFY(completed(outcome));
-        sendOneMore();
-        QCOMPARE(outcome->completions, 1);
-        QVERIFY(outcome->reply.body.isEmpty());
-    }
 }
 
 MAROVENDA_TEST_MAIN(HttpFailuresTest)

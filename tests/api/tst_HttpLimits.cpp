@@ -24,16 +24,13 @@ private Q_SLOTS:
     void replyUpToTheLimitIsTaken_data();
     void replyUpToTheLimitIsTaken();
     void announcedSizeBeyondTheLimitEndsTheExchange();
-    void endlessReplyEndsTheExchange();
     void chunksFasterThanTheyAreReadAreHeldBack();
     void compressedReplyCountsUnpacked_data();
     void compressedReplyCountsUnpacked();
     void largeReplyThatCannotBeUnpackedEndsTheExchange();
     void silenceEndsTheExchange_data();
     void silenceEndsTheExchange();
-    void replyThatLacksItsLastLineEndCompletes();
     void serverThatReadsNothingEndsTheExchange();
-    void slowReplyGoesOn_data();
     void slowReplyGoesOn();
     void slowUploadGoesOn();
 
@@ -91,19 +88,6 @@ void HttpLimitsTest::announcedSizeBeyondTheLimitEndsTheExchange()
         answer->raw("HTTP/1.1 200 OK\r\nContent-Length: 1000000000000\r\n\r\nfirst bytes");
     });
     const auto outcome = send(post(server, "{}"), sized(5000));
-    QVERIFY(completed(outcome));
-    QVERIFY(outcome->reply.body.isEmpty());
-}
-
-void HttpLimitsTest::endlessReplyEndsTheExchange()
-{
-    QTimer more;
-    server.on("/a", [&](const auto &, const auto &answer) {
-        answer->raw("HTTP/1.1 200 OK\r\n\r\n");
-        more.callOnTimeout(this, [answer] { answer->raw(QByteArray(1000, 'b')); });
-        more.start(0);
-    });
-    const auto outcome = send(post(server, "{}"), sized(1'000'000));
     QVERIFY(completed(outcome));
     QVERIFY(outcome->reply.body.isEmpty());
 }
@@ -184,11 +168,8 @@ void HttpLimitsTest::silenceEndsTheExchange_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::newRow("before the reply") << QByteArray();
-    QTest::newRow("in the status line") << "HTTP/1.1 2"_ba;
     QTest::newRow("in the head") << "HTTP/1.1 200 OK\r\nContent-Le"_ba;
-    QTest::newRow("after the head") << "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n"_ba;
     QTest::newRow("in the body") << "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n{\"status\":"_ba;
-    QTest::newRow("in a chunk") << "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhel"_ba;
     QTest::newRow("after a provisional reply") << "HTTP/1.1 100 Continue\r\n\r\n"_ba;
 }
 
@@ -214,19 +195,6 @@ void HttpLimitsTest::silenceEndsTheExchange()
     QCOMPARE(server.requests().size(), 2);
 }
 
-void HttpLimitsTest::replyThatLacksItsLastLineEndCompletes()
-{
-    // The platform may wait for the rest although the connection is closed.
-    server.on("/a", [](const auto &, const auto &answer) {
-        answer->raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhello\r\n0\r\n");
-        answer->close();
-    });
-    const auto outcome = send(post(server, "{}"), silent(300ms));
-    QVERIFY(completed(outcome));
-    QVERIFY(outcome->reply.body == "hello" || outcome->reply.body.isEmpty());
-    QCOMPARE(server.requests().size(), 1);
-}
-
 void HttpLimitsTest::serverThatReadsNothingEndsTheExchange()
 {
     server.onConnection([](QTcpSocket *socket) {
@@ -239,22 +207,14 @@ void HttpLimitsTest::serverThatReadsNothingEndsTheExchange()
     QCOMPARE(server.connections(), 1);
 }
 
-void HttpLimitsTest::slowReplyGoesOn_data()
-{
-    QTest::addColumn<QByteArray>("head");
-    QTest::newRow("announced") << "HTTP/1.1 200 OK\r\nContent-Length: 16\r\n\r\n"_ba;
-    QTest::newRow("to the end") << "HTTP/1.1 200 OK\r\n\r\n"_ba;
-}
-
 void HttpLimitsTest::slowReplyGoesOn()
 {
-    QFETCH(const QByteArray, head);
     const QByteArray body = R"({"status":"slow")";
     QCOMPARE(body.size(), 16);
     QTimer next;
     qsizetype sent = 0;
     server.on("/a", [&](const auto &, const auto &answer) {
-        answer->raw(head);
+        answer->raw("HTTP/1.1 200 OK\r\nContent-Length: 16\r\n\r\n");
         next.callOnTimeout(this, [&, answer] {
             answer->raw(body.mid(sent++, 1));
             if (sent == body.size()) {
