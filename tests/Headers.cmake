@@ -36,6 +36,6 @@ marovenda_share_headers(headers_of_screens
     LIBRARIES marovenda_modules
     HEADERS ${of_all} <QAccessible> <QGuiApplication> <QImage> <QPainter> <QQmlComponent> <QQmlEngine> <QQuickItem>
         <QQuickView> <QQuickWindow>)
-marovenda_use_headers(headers_of_files demo deployments hard/store session)
+marovenda_use_headers(headers_of_files deployments hard/store session)
 marovenda_use_headers(headers_of_values api check hard/decoder hard/tls hard/wire)
 marovenda_use_headers(headers_of_screens app hard/people look pictures screens ui)
