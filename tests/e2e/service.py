@@ -6,6 +6,8 @@ import subprocess
 
 
 class Service:
+    """Use as a context; `base` is the address that it answers at, on a free port where `port` is 0."""
+
     def __init__(self, executable, port, database):
         self.command = [executable, "--port", str(port), "--database", str(database)]
         self.process = None
@@ -15,11 +17,13 @@ class Service:
         line = self.process.stdout.readline()
         if not line.startswith("Listening"):
             raise RuntimeError(f"the demo service did not start: {line!r}")
+        self.base = line.split()[-1]
 
     def stop(self):
         if self.process:
             self.process.terminate()
             self.process.wait()
+            self.process.stdout.close()
             self.process = None
 
     def __enter__(self):
