@@ -1,13 +1,7 @@
 """Makes the certificates of the check of encryption with the openssl command: a folder of NAME.pem, each a key with the
-certificates that a server shows, and root.crt, which the client is to trust.
+certificates that a server shows, and root.crt, which the client is to trust."""
 
-usage: certificates.py FOLDER
-"""
-
-import os
-import pathlib
 import subprocess
-import sys
 
 CONFIGURATION = """
 [ca]
@@ -51,7 +45,7 @@ class Maker:
     def openssl(self, *arguments):
         subprocess.run(["openssl", *map(str, arguments)], check=True, capture_output=True, cwd=self.folder)
 
-    def make(self, name, signer=None, part="server", valid=NOW, names=HERE, digest="sha256"):
+    def make(self, name, signer=None, above=(), part="server", valid=NOW, names=HERE, digest="sha256"):
         """A key and its certificate, signed by another's key or by its own. The name in it is `name`."""
         self.configuration.write_text(CONFIGURATION.format(folder=self.folder, names=names))
         self.openssl("req", "-new", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-config",
@@ -60,40 +54,35 @@ class Maker:
                                                                               f"{signer}.key"]
         self.openssl("ca", "-batch", "-notext", "-config", self.configuration, *by, "-startdate", valid[0], "-enddate",
                      valid[1], "-extensions", part, "-md", digest, "-in", f"{name}.csr", "-out", f"{name}.crt")
-
-    def show(self, name, *above):
-        """What a server with this certificate shows."""
-        parts = [f"{name}.key", *(f"{one}.crt" for one in (name, *above))]
-        (self.folder / f"{name}.pem").write_text("".join((self.folder / one).read_text() for one in parts))
+        shown = [f"{name}.key", *(f"{one}.crt" for one in (name, *above))]
+        (self.folder / f"{name}.pem").write_text("".join((self.folder / one).read_text() for one in shown))
 
 
-def main():
-    maker = Maker(pathlib.Path(sys.argv[1]).resolve())
+# What a client must refuse: how each is made, and what the server shows beside it.
+BAD = {
+    "expired": {"signer": "root", "valid": PAST},
+    "not-yet-valid": {"signer": "root", "valid": FUTURE},
+    "for-another-host": {"signer": "root", "names": "DNS:elsewhere.example,IP:127.0.0.2"},
+    "for-a-host-whose-name-holds-this-one": {
+        "signer": "root", "names": "DNS:localhost.elsewhere.example,DNS:www.localhost"},
+    "for-any-host": {"signer": "root", "names": "DNS:*,DNS:*.localhost"},
+    "for-clients": {"signer": "root", "part": "client"},
+    "signed-with-SHA-1": {"signer": "root", "digest": "sha1"},
+    "self-signed": {},
+    "of-an-untrusted-root": {"signer": "stranger"},
+    "by-way-of-one-that-is-not-shown": {"signer": "middle"},
+    "by-way-of-one-that-has-expired": {"signer": "stale-middle", "above": ["stale-middle"]},
+    "by-way-of-one-that-may-not-sign": {"signer": "good", "above": ["good"]},
+}
+
+
+def make_all(folder):
+    maker = Maker(folder.resolve())
     maker.make("root", part="root")
     maker.make("stranger", part="root")
-    maker.make("middle", "root", "root")
-    maker.make("stale-middle", "root", "root", valid=PAST)
-    for name, options in {
-        "good": {"signer": "root"},
-        "expired": {"signer": "root", "valid": PAST},
-        "not-yet-valid": {"signer": "root", "valid": FUTURE},
-        "wrong-host": {"signer": "root", "names": "DNS:elsewhere.example,IP:127.0.0.2"},
-        "longer-host": {"signer": "root", "names": "DNS:localhost.elsewhere.example,DNS:www.localhost"},
-        "wildcard-host": {"signer": "root", "names": "DNS:*,DNS:*.localhost"},
-        "for-clients": {"signer": "root", "part": "client"},
-        "with-sha1": {"signer": "root", "digest": "sha1"},
-        "self-signed": {},
-        "untrusted-root": {"signer": "stranger"},
-    }.items():
+    maker.make("middle", "root", part="root")
+    maker.make("stale-middle", "root", part="root", valid=PAST)
+    maker.make("good", "root")
+    maker.make("by-middle", "middle", ["middle"])
+    for name, options in BAD.items():
         maker.make(name, **options)
-        maker.show(name)
-    for name, above in (("by-middle", "middle"), ("by-stale-middle", "stale-middle"), ("by-no-authority", "good")):
-        maker.make(name, above)
-        maker.show(name, above)
-    maker.make("lacks-its-middle", "middle")
-    maker.show("lacks-its-middle")
-
-
-if __name__ == "__main__":
-    os.umask(0o077)
-    main()
