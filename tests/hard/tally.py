@@ -21,3 +21,9 @@ class Tally:
         for fault, (tries, failures) in self.rows.items():
             print(f"{fault}\t{tries}\t{failures}")
         sys.exit(0 if self.rows and not any(failures for _, failures in self.rows.values()) else 1)
+
+
+def memory(process, field):
+    """Memory of a process in MiB: what it has in use (VmRSS), or the most that it had (VmHWM)."""
+    with open(f"/proc/{process}/status") as file:
+        return next(int(line.split()[1]) for line in file if line.startswith(field + ":")) / 1024

@@ -1,8 +1,9 @@
 """The demo service under test: the real program on a free port with a database of its own, and bytes sent to it."""
 
+import contextlib
 import json
+import pathlib
 import re
-import resource
 import select
 import socket
 import sqlite3
@@ -10,13 +11,31 @@ import subprocess
 
 PATIENCE = 60
 PAUSE = 0.1
+# A good record for each endpoint that takes one.
+RECORDS = {
+    "api_login.php": {"email": "ana@marovenda.example", "password": "Casillero#1"},
+    "api_recuperar.php": {"email": "ana@marovenda.example"},
+    "api_registro.php": {"nombre": "Eva", "email": "eva@x.example", "password": "E", "direccion": "d", "ciudad": "c"},
+    "api_perfil.php": {"user_id": 2, "nombre": "Bruno", "email": "", "password": "", "avatar_base64": "AAEC"},
+    "api_casillero.php": {"user_id": "2"},
+    "api_cotizar.php": {"user_id": 2, "tipo": "aereo", "origen": "Miami", "destino": "Panamá", "peso": 2.5,
+                        "valor": 40, "descripcion": "Silla"},
+    "api_auto.php": {"user_id": 2, "marca": "Toyota", "modelo": "Corolla", "anio": "2019", "ubicacion": "Miami"},
+}
+
+
+def head(verb, path):
+    return f"{verb} /{path} HTTP/1.1\r\nHost: 127.0.0.1\r\n".encode()
+
+
+def post_bytes(path, body):
+    return head("POST", path) + f"Content-Type: application/json\r\nContent-Length: {len(body)}\r\n\r\n".encode() + body
 
 
 class Reply:
-    """What came until the service closed the connection."""
+    """What came until the service closed the connection; with a failure when nothing came for long."""
 
     def __init__(self, received, failure=None):
-        """With a failure when nobody took the connection or nothing came for long."""
         self.received, self.failure = received, failure
         self.head, _, self.body = received.partition(b"\r\n\r\n")
         match = re.match(rb"HTTP/1\.1 (\d{3}) ", self.head)
@@ -48,69 +67,58 @@ class Reply:
 
 
 class Program:
-    """Use as a context; what it said on stderr is kept in `errors` when it ends."""
+    """Use as a context."""
 
     def __init__(self, executable, folder):
         self.executable, self.folder = executable, folder
-        folder.mkdir()
         self.database = self.folder / "demo.sqlite"
-        self.complaints = self.folder / "stderr"
-        self.process = None
-        self.port = 0
 
-    def launch(self):
-        """Starts without waiting for its line."""
-        with open(self.complaints, "ab") as errors:
+    def __enter__(self):
+        with open(self.folder / "stderr", "ab") as errors:
             self.process = subprocess.Popen([self.executable, "--port", "0", "--database", str(self.database)],
                                             stdout=subprocess.PIPE, stderr=errors, text=True, cwd=self.folder)
-
-    def start(self):
-        self.launch()
         line = self.process.stdout.readline()
         if not line.startswith("Listening"):
             raise RuntimeError(f"the service did not start: {line!r} {self.errors()!r}")
         self.port = int(line.rstrip("/\n").rsplit(":", 1)[1])
+        return self
 
-    def end(self, kill=False):
-        """Returns the exit status; negative for a signal."""
-        if self.process.poll() is None:
-            self.process.kill() if kill else self.process.terminate()
+    def __exit__(self, *_):
+        self.process.kill()
         self.process.stdout.close()
-        return self.process.wait(PATIENCE)
+        self.process.wait(PATIENCE)
 
     def alive(self):
         return self.process.poll() is None
 
     def errors(self):
-        return self.complaints.read_text(errors="replace")
+        return (self.folder / "stderr").read_text(errors="replace")
 
-    def __enter__(self):
-        self.start()
-        return self
+    def listening_places(self):
+        """The addresses at which somebody listens on its port, in hexadecimal, as the kernel tells them."""
+        return [words[1].split(":")[0] for table in ("tcp", "tcp6")
+                for words in map(str.split, pathlib.Path(f"/proc/net/{table}").read_text().splitlines()[1:])
+                if words[3] == "0A" and words[1].endswith(f":{self.port:04X}")]
 
-    def __exit__(self, *_):
-        self.end(kill=True)
+    def connect(self):
+        return socket.create_connection(("127.0.0.1", self.port), PATIENCE)
 
     def exchange(self, data, whole=True):
         """Sends the bytes and takes what comes until the service closes. What may not be a whole request is followed by
         the word that there is no more, though not at once: the service does not answer who seems to have gone."""
         received = b""
         try:
-            connection = socket.create_connection(("127.0.0.1", self.port), PATIENCE)
-        except OSError as failure:
-            return Reply(received, str(failure))
-        with connection:
-            try:
+            with self.connect() as connection:
                 connection.sendall(data)
                 if not whole and not select.select([connection], [], [], PAUSE)[0]:
                     connection.shutdown(socket.SHUT_WR)
                 while more := connection.recv(65536):
                     received += more
-            except TimeoutError as failure:
-                return Reply(received, str(failure))
-            except ConnectionError:
-                pass  # it had said all that it wanted, and reads no more
-            return Reply(received)
+        except TimeoutError as failure:
+            return Reply(received, str(failure))
+        except ConnectionError:
+            pass  # it had said all that it wanted, and reads no more, or has gone
+        return Reply(received)
 
     def post(self, path, record):
         return self.exchange(post_bytes(path, json.dumps(record).encode()))
@@ -118,41 +126,10 @@ class Program:
     def get(self, path):
         return self.exchange(head("GET", path) + b"\r\n")
 
-    def rows(self, query, *values):
+    def rows(self, query):
         """What the database holds, read by another process's means."""
-        database = sqlite3.connect(f"file:{self.database}?mode=ro", uri=True, timeout=PATIENCE)
-        try:
-            return database.execute(query, values).fetchall()
-        finally:
-            database.close()
+        with contextlib.closing(sqlite3.connect(f"file:{self.database}?mode=ro", uri=True, timeout=PATIENCE)) as database:
+            return database.execute(query).fetchall()
 
     def count(self, table):
         return self.rows(f"SELECT count(*) FROM {table}")[0][0]
-
-
-def head(verb, path):
-    return f"{verb} /{path} HTTP/1.1\r\nHost: 127.0.0.1\r\n".encode()
-
-
-def post_bytes(path, body):
-    headers = f"Content-Type: application/json\r\nContent-Length: {len(body)}\r\n\r\n"
-    return head("POST", path) + headers.encode() + body
-
-
-# A good record for each endpoint that takes one.
-RECORDS = {
-    "api_login.php": {"email": "ana@marovenda.example", "password": "Casillero#1"},
-    "api_recuperar.php": {"email": "ana@marovenda.example"},
-    "api_registro.php": {"nombre": "Eva", "email": "eva@x.example", "password": "E", "direccion": "d", "ciudad": "c"},
-    "api_perfil.php": {"user_id": 2, "nombre": "Bruno", "email": "", "password": "", "avatar_base64": "AAEC"},
-    "api_casillero.php": {"user_id": "2"},
-    "api_cotizar.php": {"user_id": 2, "tipo": "aereo", "origen": "Miami", "destino": "Panamá", "peso": 2.5,
-                        "valor": 40, "descripcion": "Silla"},
-    "api_auto.php": {"user_id": 2, "marca": "Toyota", "modelo": "Corolla", "anio": "2019", "ubicacion": "Miami"},
-}
-
-
-def allow_many_files():
-    """So that no try fails for want of a descriptor of ours."""
-    soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
-    resource.setrlimit(resource.RLIMIT_NOFILE, (min(hard, max(soft, 4096)), hard))

@@ -10,6 +10,7 @@ import threading
 
 from faults import ABSENT, EITHER, RECORD, whole
 from server import Server
+from tally import memory
 
 # How much memory an exchange may take, in MiB: with what else the client needs that is less than 200.
 MOST_MEMORY = 150
@@ -138,15 +139,11 @@ class Bench:
         """What the client holds now does not count as memory that it takes."""
         with open(f"/proc/{self.client.pid}/clear_refs", "w") as file:
             file.write("5")
-        self.before = self._memory("VmRSS")
+        self.before = memory(self.client.pid, "VmRSS")
 
     def peak(self):
         """The most memory that the client took since, in MiB."""
-        return self._memory("VmHWM") - self.before
-
-    def _memory(self, field):
-        with open(f"/proc/{self.client.pid}/status") as file:
-            return next(int(line.split()[1]) for line in file if line.startswith(field + ":")) / 1024
+        return memory(self.client.pid, "VmHWM") - self.before
 
 
 class Trial:
@@ -182,7 +179,7 @@ class Trial:
         bench.forget_peak()
         delivery = bench.start(call, text, fault.padding)
         ended = bench.complete(delivery)
-        memory = bench.peak()
+        taken = bench.peak()
         if fault.refused:
             server.listen(True)
         server.door = None
@@ -197,8 +194,8 @@ class Trial:
             return "the next call did not succeed"
         if not bench.complete(waiting) or not forgotten and waiting.json() != held.reply(text):
             return f"the call held got {waiting.json()}"
-        if memory > MOST_MEMORY:
-            return f"{memory:.0f} MiB of memory"
+        if taken > MOST_MEMORY:
+            return f"{taken:.0f} MiB of memory"
         return delivery.wrong() or self._judge(fault, delivery, json.loads(good)) or self._count(fault, call)
 
     @staticmethod
