@@ -58,19 +58,6 @@ class Element:
         text = self.accessible.get_text_iface()
         return text_of(text, 0, text.get_character_count()) if text else ""
 
-    def caret(self):
-        return self.accessible.get_text_iface().get_caret_offset()
-
-    def set_text(self, text):
-        """What a voice control or a braille display's keys do."""
-        self.accessible.get_editable_text_iface().set_text_contents(text)
-
-    def insert_text(self, place, text):
-        self.accessible.get_editable_text_iface().insert_text(place, text, len(text.encode()))
-
-    def delete_text(self, begin, end):
-        self.accessible.get_editable_text_iface().delete_text(begin, end)
-
     def box(self):
         from gi.repository import Atspi
         return self.accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
@@ -269,12 +256,10 @@ class Phone:
 
     def type(self, name, text):
         """Goes to a field and types on the keyboard."""
-        field = self.find(name)
-        field.focus()
-        self.wait_for(lambda: "focused" in self.find(name).states, f"focus in «{name}»")
+        self.focus(name)
         self.keys("ctrl+a")
         if text:
-            subprocess.run(["xdotool", "type", "--delay", "4", text], check=True)
+            self.write(text)
         else:
             self.keys("Delete")
 
@@ -322,6 +307,10 @@ class Phone:
     def focused(self):
         """The names of what has the keyboard focus, the innermost last."""
         return [e.name for e in self.elements() if "focused" in e.states]
+
+    def focus(self, name):
+        self.find(name).focus()
+        self.wait_focus(name)
 
     def wait_focus(self, name):
         try:

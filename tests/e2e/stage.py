@@ -1,12 +1,15 @@
-"""What every story is told with: the customers, the executables, a network of its own."""
+"""What every story is told with: the customers, the executables, a service, a network of its own."""
 
+import contextlib
 import fcntl
 import pathlib
 import sys
 import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+from customer import Customer
 from namespaces import enter_own_network
+from scripted import SCRIPTED_PORT, ScriptedServer, company
 from service import Service, demo_port
 
 ANA = ("ana@marovenda.example", "Casillero#1")
@@ -20,7 +23,7 @@ def story(function):
 
 
 class Stage:
-    """What a story is played with."""
+    """What a story is played with. Each customer stands at the sign-in, and the app must have said nothing in the end."""
 
     def __init__(self, app, scripted_app, service, release_app):
         self.app, self.scripted_app, self.service_program, self.release_app = app, scripted_app, service, release_app
@@ -29,25 +32,27 @@ class Stage:
     def service(self):
         return Service(self.service_program, demo_port(), self.folder / "demo.sqlite")
 
+    @contextlib.contextmanager
+    def alone(self, app=None, kind=Customer, prepare=lambda phone: None, **size):
+        """Without a service; `prepare` is called before the app is opened."""
+        with kind(**size) as phone:
+            prepare(phone)
+            phone.open_at_login(app or self.app)
+            yield phone
+            assert phone.standard_error() == "", phone.standard_error()
 
-def sign_in(phone, customer):
-    phone.type("Correo Electrónico", customer[0])
-    phone.type("Contraseña", customer[1])
-    phone.press("Iniciar Sesión")
+    @contextlib.contextmanager
+    def customer(self, *arguments, **options):
+        """With the demo service."""
+        with self.service(), self.alone(*arguments, **options) as phone:
+            yield phone
 
-
-def open_at_login(phone, app):
-    phone.open(app)
-    phone.find("Iniciar Sesión")
-    phone.wait_gone("Desarrollado por Corvandel")
-
-
-def heard_alert(phone, text):
-    """Whether a screen reader was told: the text is an alert's name, and the alert has begun to show."""
-    named = any(e[0] == "object:property-change:accessible-name" and e[1] == "alert" and e[2] == text
-                for e in phone.events)
-    shown = any(e[0].startswith("object:state-changed:showing") and e[1] == "alert" and e[3] == 1 for e in phone.events)
-    return named and shown
+    @contextlib.contextmanager
+    def scripted(self, script=company, **options):
+        """With a service that answers by a script; yields that too."""
+        with ScriptedServer(SCRIPTED_PORT, script) as server, self.alone(self.scripted_app, **options) as phone:
+            phone.activate()
+            yield phone, server
 
 
 def in_own_network():

@@ -8,38 +8,24 @@ import sqlite3
 import subprocess
 import threading
 
-from phone import Phone
-from scripted import ScriptedServer, reply
-from stage import open_at_login, story
+from customer import EMAIL, NAME, PASSWORD, Customer
+from scripted import company
+from stage import story
 
-EMAIL, PASSWORD, NAME = "Correo Electrónico", "Contraseña", "Nombre Completo"
-WELCOME = reply('{"status":"success","id":"42","nombre":"Ana"}')
-
-
-@contextlib.contextmanager
-def customer(stage, answer):
-    """A customer at the sign-in, whose input method is running; `answer` is what each POST gets."""
-    server = ScriptedServer(18473, lambda request: answer(request) if request.line.startswith("POST")
-                            else reply('{"paquetes":[]}'))
-    with contextlib.closing(server), Phone() as phone:
-        phone.start_composer()
-        open_at_login(phone, stage.scripted_app)
-        phone.activate()
-        yield phone, server
-        assert phone.standard_error() == "", phone.standard_error()
+# Nothing of it is unfinished when it has been typed.
+CUSTOMER = "1@"
 
 
-def go_to(phone, field):
-    phone.find(field).focus()
-    phone.wait_focus(field)
+def welcome(request):
+    return company(request, CUSTOMER)
 
 
 def fill_in(phone, email, password, unfinished=""):
     """What is unfinished is at the end of the address."""
-    go_to(phone, PASSWORD)
+    phone.focus(PASSWORD)
     phone.write(password)
     phone.wait_for(lambda: len(phone.find(PASSWORD).text()) == len(password), "the password")
-    go_to(phone, EMAIL)
+    phone.focus(EMAIL)
     phone.write(email)
     phone.wait_text(EMAIL, email)
     phone.compose(unfinished)
@@ -56,8 +42,7 @@ def sent(server, count):
 
 @story
 def unfinished_address_is_sent(stage):
-    refusal = reply('{"status":"error","message":"Otra vez"}')
-    with customer(stage, lambda _: refusal) as (phone, server):
+    with stage.scripted(prepare=Customer.start_composer) as (phone, server):
         fill_in(phone, "ana@", "#1", "Luc")
         phone.click("Iniciar Sesión")
         phone.wait_for(lambda: len(server.posts()) == 1, "the request")
@@ -76,15 +61,14 @@ def unfinished_address_is_sent(stage):
 
 @story
 def unfinished_name_is_kept(stage):
-    with customer(stage, lambda _: WELCOME) as (phone, _):
-        fill_in(phone, "1@", "#1")
+    with stage.scripted(welcome, prepare=Customer.start_composer) as (phone, _):
+        fill_in(phone, CUSTOMER, "#1")
         phone.click("Iniciar Sesión")
         phone.find("Hola, Ana")
         for way, leave in (("Atras", lambda: phone.click("Atrás")), ("Escape", lambda: phone.keys("Escape")),
                            ("Izquierda", lambda: phone.keys("alt+Left")), ("Borde", phone.swipe_back)):
-            phone.press("Perfil")
-            phone.wait_gone("Bienvenido")
-            go_to(phone, NAME)
+            phone.enter("Perfil")
+            phone.focus(NAME)
             phone.keys("ctrl+a", "Delete")
             phone.wait_text(NAME, "")
             phone.compose(way)
@@ -98,12 +82,12 @@ def unfinished_name_is_kept(stage):
 def unfinished_address_is_stored(stage):
     answered = threading.Event()
 
-    def answer(_):
+    def answer(request):
         answered.wait()
-        return WELCOME
+        return welcome(request)
 
-    with customer(stage, answer) as (phone, server):
-        fill_in(phone, "1@", "#1")
+    with stage.scripted(answer, prepare=Customer.start_composer) as (phone, server):
+        fill_in(phone, CUSTOMER, "#1")
         phone.click("Iniciar Sesión")
         phone.wait_for(server.posts, "the request")
         phone.wait_focus(EMAIL)
@@ -117,14 +101,13 @@ def unfinished_address_is_stored(stage):
 
 @story
 def dead_key_in_the_middle(stage):
-    server = ScriptedServer(18473, lambda request: reply('{"status":"error","message":"Otra vez"}'))
-    with contextlib.closing(server), Phone() as phone:
+    def compose(_):
         subprocess.run(["setxkbmap", "es"], check=True)
         os.environ.update(QT_IM_MODULE="compose", XCOMPOSEFILE="/usr/share/X11/locale/en_US.UTF-8/Compose")
-        open_at_login(phone, stage.scripted_app)
-        phone.activate()
+
+    with stage.scripted(prepare=compose) as (phone, server):
         phone.type(PASSWORD, "b")
-        go_to(phone, EMAIL)
+        phone.focus(EMAIL)
         phone.keys("l", "u", "c", "dead_acute", "i", "a")
         phone.wait_text(EMAIL, "lucía")
         phone.keys("dead_acute")
@@ -137,4 +120,3 @@ def dead_key_in_the_middle(stage):
         # The pending accent, if it still is one, ends with a blank.
         phone.keys("space", "ctrl+a", "a", "n", "a")
         phone.wait_text(EMAIL, "ana")
-        assert phone.standard_error() == "", phone.standard_error()

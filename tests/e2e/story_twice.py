@@ -5,9 +5,8 @@ import re
 import signal
 import subprocess
 
-from manager import ask_to_close, iconify
-from phone import Phone
-from stage import open_at_login, story
+from manager import iconify
+from stage import story
 
 
 def windows():
@@ -36,8 +35,7 @@ def start_again(app, without=(), **environment):
 
 @story
 def started_twice(stage):
-    with Phone() as phone:
-        open_at_login(phone, stage.app)
+    with stage.alone() as phone:
         # Another store has an app of its own, whose window covers the first.
         other = phone._spawn(stage.app, env={**os.environ, "XDG_DATA_HOME": str(phone.home / "other")})
         phone.wait_for(lambda: list(windows())[:1] == [other.pid], "the other store's window")
@@ -55,13 +53,11 @@ def started_twice(stage):
         phone.wait_for(lambda: list(windows()) == [phone.app.pid, other.pid], "the first window, no longer an icon")
         # Nothing of it began anew.
         assert phone.shows("Iniciar Sesión") and not phone.shows("Desarrollado por Corvandel")
-        assert phone.standard_error() == "", phone.standard_error()
 
 
 @story
 def started_beside_one_that_hangs(stage):
-    with Phone() as phone:
-        open_at_login(phone, stage.release_app)
+    with stage.alone(stage.release_app) as phone:
         phone.app.send_signal(signal.SIGSTOP)
         try:
             for without in ((), ("DBUS_SESSION_BUS_ADDRESS",)):
@@ -74,33 +70,6 @@ def started_beside_one_that_hangs(stage):
         assert ended.returncode == 0, ended
         # What one that was killed has left is no obstacle.
         phone.kill()
-        open_at_login(phone, stage.release_app)
+        phone.open_at_login(stage.release_app)
         ended = start_again(stage.release_app)
         assert ended.returncode == 0, ended
-
-
-@story
-def started_in_the_same_moment(stage):
-    with Phone() as phone:
-        several = [phone._spawn(stage.release_app) for _ in range(4)]
-
-        def left():
-            return [app for app in several if app.poll() is None]
-        phone.wait_for(lambda: len(left()) == 1, "the end of all but one")
-        phone.app = left()[0]
-        assert sorted(app.returncode for app in several if app is not phone.app) == [0, 0, 0]
-        phone.find("Iniciar Sesión")
-        assert list(windows()) == [phone.app.pid]
-
-
-@story
-def started_while_it_ends(stage):
-    with Phone() as phone:
-        open_at_login(phone, stage.release_app)
-        for _ in range(3):
-            ending = phone.app
-            ask_to_close(windows()[ending.pid])
-            phone.app = phone._spawn(stage.release_app)
-            phone.find("Iniciar Sesión")
-            assert ending.wait(60) == 0, (ending.returncode, phone.standard_error())
-            phone.wait_gone("Desarrollado por Corvandel")

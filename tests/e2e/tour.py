@@ -9,110 +9,81 @@ import subprocess
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
-from phone import Gone, Phone
+from customer import FORGOT, NUMBER, RECOVERY, REGISTER, SPLASH, Customer
+from phone import Gone
 
 
-class Tour:
-    def __init__(self, phone, directory):
-        self.phone, self.directory, self.count = phone, directory, 0
+class Tour(Customer):
+    def __init__(self, directory):
+        super().__init__()
+        self.directory, self.count = directory, 0
 
     def step(self, name, what, wait=3):
         """Says what has been done and what is on screen now, and takes a picture of it."""
         self.count += 1
-        self.phone.wait_still(limit=wait)
-        self.phone.picture(self.directory / f"{self.count:02}-{name}.png")
-        heard = "; ".join(e.name.replace("\n", ", ") for e in self.phone.elements() if e.name)
+        self.wait_still(limit=wait)
+        self.picture(self.directory / f"{self.count:02}-{name}.png")
+        heard = "; ".join(e.name.replace("\n", ", ") for e in self.elements() if e.name)
         print(f"{self.count:2}. {what}\n    {heard}", flush=True)
 
-    def back(self):
-        """To the dashboard, by the control that the screen has for it."""
-        self.phone.press("Volver al Panel" if self.phone.shows("Volver al Panel") else "Atrás")
-        self.phone.find("Bienvenido")
-
-    def sign_in(self, executable):
-        phone = self.phone
-        phone.open(executable)
-        phone.find("Desarrollado por Corvandel")
+    def arrive(self, executable):
+        self.open(executable)
+        self.find(SPLASH)
         self.step("inicio", "The app starts with its splash.", wait=1.6)
-        phone.find("Iniciar Sesión")
-        phone.wait_gone("Desarrollado por Corvandel")
+        self.find("Iniciar Sesión")
+        self.wait_gone(SPLASH)
         self.step("ingreso", "Nobody is signed in: the sign-in follows.")
-
-        phone.press("¿Olvidaste tu contraseña?")
-        phone.find("Recuperar Contraseña")
+        self.send({}, FORGOT, RECOVERY)
         self.step("recuperar", "The link under the password asks where to send the recovery.")
-        phone.press("Cancelar")
-        phone.wait_gone("Recuperar Contraseña")
-
-        phone.press("¿No tienes cuenta? Regístrate aquí")
-        phone.find("Crear Cuenta")
+        self.press("Cancelar")
+        self.wait_gone(RECOVERY)
+        self.send({}, REGISTER, "Crear Cuenta")
         self.step("registro", "Who is new registers here.")
-        phone.press("Atrás")
-
-        phone.type("Correo Electrónico", "ana@marovenda.example")
-        phone.type("Contraseña", "Casillero#1")
-        self.step("datos", "Ana types her address and password.")
-        phone.press("Iniciar Sesión")
-        phone.find("230 Paquetes")
+        self.send({}, "Atrás", "Iniciar Sesión")
+        self.sign_in(("ana@marovenda.example", "Casillero#1"), "230 Paquetes",
+                     look=lambda: self.step("datos", "Ana types her address and password."))
         self.step("panel", "Her dashboard, with what the service holds for her.")
 
     def quotation(self):
-        phone = self.phone
-        phone.press("Cotizar")
-        phone.press("Marítimo")
-        phone.type("Peso (Lbs)", "12.5")
-        phone.type("Valor Declarado (USD)", "40")
-        phone.type("Descripción del contenido", "Silla de playa")
-        phone.press("Enviar Cotización")
-        phone.find("Enviado con éxito")
+        self.enter("Cotizar")
+        self.press("Marítimo")
+        self.send({"Peso (Lbs)": "12.5", "Valor Declarado (USD)": "40", "Descripción del contenido": "Silla de playa"},
+                  "Enviar Cotización", "Enviado con éxito")
         self.step("cotizar", "She asks for a quotation by sea.")
-        self.back()
-        phone.scroll_to("Ver todas")
-        phone.press("Ver todas")
-        phone.find("Silla de playa, PENDIENTE, Origen: Miami, USA")
+        self.leave()
+        self.scroll_to("Ver todas")
+        self.enter("Ver todas", "Silla de playa, PENDIENTE, Origen: Miami, USA")
         self.step("cotizaciones", "It is the first of her quotations now.")
-        self.back()
-        phone.scroll_to("Cerrar sesión")
+        self.leave()
+        self.scroll_to("Cerrar sesión")
 
     def profile(self):
-        phone = self.phone
-        phone.press("Perfil")
-        phone.find("Guardar Cambios")
+        self.enter("Perfil")
         self.step("perfil", "Her profile.")
-        phone.press("Cambiar foto")
-        phone.find("playa", "push button")
-        self.step("foto", "She changes her photo: the pictures of her device.")
-        phone.press("playa", "push button")
-        phone.wait_gone("Elegir foto")
-        phone.press("Guardar Cambios")
-        phone.find("Perfil actualizado con éxito")
+        self.pick_photo("playa", look=lambda: self.step("foto", "She changes her photo: the pictures of her device."))
+        self.send({}, "Guardar Cambios", "Perfil actualizado con éxito")
         self.step("guardado", "Her profile is saved, with the photo.")
-        self.back()
+        self.leave()
 
     def other_screens(self):
-        phone = self.phone
         for tile, name, inside, what in (
                 ("Casillero", "casillero", "Mi Casillero", "Her mailbox, with the name to address parcels to."),
                 ("Autos", "autos", "Importar Vehículo", "A vehicle can be asked for here."),
                 ("Dev", "dev", "Desarrollo de Software & IT Solutions", "Who made the app."),
                 ("230 Paquetes", "paquetes", "Mis Paquetes", "All of her packages.")):
-            phone.press(tile)
-            phone.find(inside)
-            phone.wait_gone("Bienvenido")
+            self.enter(tile, inside)
             self.step(name, what)
-            self.back()
+            self.leave()
 
     def tracking_and_goodbye(self):
-        phone = self.phone
-        phone.scroll_to("Número de tracking...")
-        phone.type("Número de tracking...", "MRV-100230")
-        phone.press("Buscar")
-        phone.wait_for(phone.opened, "the tracking page")
-        self.step("rastreo", f"She looks a number up; the browser is sent to {phone.opened()[-1]}")
-        phone.scroll_to("Cerrar sesión")
+        self.scroll_to(NUMBER)
+        self.type(NUMBER, "MRV-100230")
+        self.press("Buscar")
+        self.wait_for(self.opened, "the tracking page")
+        self.step("rastreo", f"She looks a number up; the browser is sent to {self.opened()[-1]}")
+        self.scroll_to("Cerrar sesión")
         self.step("foto-panel", "Her photo is on the dashboard.")
-        phone.press("Cerrar sesión")
-        phone.find("Iniciar Sesión")
+        self.send({}, "Cerrar sesión", "Iniciar Sesión")
         self.step("salida", "She signs out.")
 
 
@@ -129,16 +100,15 @@ def main():
     directory.mkdir(parents=True, exist_ok=True)
     for old in directory.glob("*.png"):
         old.unlink()
-    with Phone() as phone:
-        os.environ["HOME"] = str(phone.home)
-        make_pictures(phone.home / "Pictures")
-        tour = Tour(phone, directory)
-        tour.sign_in(executable)
+    with Tour(directory) as tour:
+        os.environ["HOME"] = str(tour.home)
+        make_pictures(tour.home / "Pictures")
+        tour.arrive(executable)
         tour.quotation()
         tour.profile()
         tour.other_screens()
         tour.tracking_and_goodbye()
-        if errors := phone.standard_error():
+        if errors := tour.standard_error():
             print(errors, file=sys.stderr)
         print(f"\n{tour.count} pictures in {directory}")
 
