@@ -43,7 +43,7 @@ class ProgramTest(unittest.TestCase):
 
 
 def lines(report, title):
-    """The lines below a title, without those that say how to fix."""
+    """The lines below a title, without those that say how to fix them."""
     found, inside = [], False
     for line in report.splitlines():
         if not line.startswith(" "):

@@ -2,8 +2,11 @@
 
 import gzip
 import json
-import socket
-import threading
+import pathlib
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "e2e"))
+from scripted import Held, ScriptedServer
 
 LOGIN = {"status": "success", "message": "Bienvenida", "id": "42", "nombre": "Ana Ríos"}
 PAQUETES = [
@@ -33,7 +36,7 @@ def body(value):
 
 
 class Reply:
-    """A reply with a status and headers of its own; `raw` replaces all of it, `end` says how the connection ends."""
+    """A reply with a status and headers of its own; `raw` replaces all of it."""
 
     def __init__(self, value=b"", status="200 OK", headers=(), length=None, type="application/json", raw=None):
         self.raw = raw
@@ -49,74 +52,27 @@ def packed(value):
     return Reply(gzip.compress(body(value)), headers=["Content-Encoding: gzip"])
 
 
-class Server:
-    """Serves until it is left. `replies` maps an endpoint to a value, a Reply, or a function of the request's body
-    that returns one of them; None holds the connection open without an answer."""
+def silent(after=b""):
+    """Holds the connection open behind these bytes."""
+    return Reply(raw=Held(after))
+
+
+class Server(ScriptedServer):
+    """`replies` maps an endpoint to a value, a Reply, or a function of the request's body that returns one of them."""
 
     def __init__(self, replies=None, tls=None):
         self.replies = {**GOOD, **(replies or {})}
-        self.requests = []
-        self.tls = tls
-        self.held = []
-        self.socket = socket.create_server(("127.0.0.1", 0))
-        self.port = self.socket.getsockname()[1]
+        super().__init__(0, self.look_up, tls)
         self.base = f"http{'s' if tls else ''}://{'localhost' if tls else '127.0.0.1'}:{self.port}/"
-        self.thread = threading.Thread(target=self.serve, daemon=True)
 
-    def __enter__(self):
-        self.thread.start()
-        return self
-
-    def __exit__(self, *_):
-        if self.socket.fileno() >= 0:
-            self.socket.shutdown(socket.SHUT_RDWR)
-        self.thread.join()
-        self.socket.close()
-        for each in self.held:
-            each.close()
-
-    def end(self):
-        """Listens no longer; to be called by a reply."""
-        self.socket.close()
-
-    def serve(self):
-        while True:
-            try:
-                connection, _ = self.socket.accept()
-            except OSError:
-                return
-            try:
-                if self.tls:
-                    connection = self.tls.wrap_socket(connection, server_side=True)
-                self.answer(connection)
-            except OSError:
-                connection.close()
-
-    def answer(self, connection):
-        method, path, content = self.read(connection)
-        endpoint = path.removeprefix("/").partition("?")[0]
-        self.requests.append((method, path, content))
-        reply = self.replies[endpoint]
+    def look_up(self, request):
+        reply = self.replies[request.path.removeprefix("/").partition("?")[0]]
         if callable(reply):
-            reply = reply(content)
-        if reply is None:
-            self.held.append(connection)
-            return
-        connection.sendall((reply if isinstance(reply, Reply) else Reply(reply)).raw)
-        connection.close()
+            reply = reply(request.body)
+        return (reply if isinstance(reply, Reply) else Reply(reply)).raw
 
-    @staticmethod
-    def read(connection):
-        data = b""
-        while b"\r\n\r\n" not in data:
-            more = connection.recv(65536)
-            if not more:
-                raise ConnectionError
-            data += more
-        head, _, content = data.partition(b"\r\n\r\n")
-        lines = head.decode().split("\r\n")
-        headers = {name.lower(): value.strip() for name, _, value in (line.partition(":") for line in lines[1:])}
-        while len(content) < int(headers.get("content-length", 0)):
-            content += connection.recv(65536)
-        method, path, _ = lines[0].split(" ")
-        return method, path, content
+    def paths(self):
+        return [request.path for request in self.requests]
+
+    def sent(self):
+        return [(request.method, request.path, request.body) for request in self.requests]

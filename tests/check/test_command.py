@@ -10,12 +10,10 @@ import re
 import select
 import signal
 import subprocess
-import sys
 import tempfile
 import termios
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "e2e"))
 from program import CUSTOMER, PASSWORD, PROGRAM, ProgramTest, environment, faults, lines, run, screens
 from server import CASILLERO, LISTING, LOGIN, Reply, Server, body
 from service import Service
@@ -71,11 +69,11 @@ class WriteTest(ProgramTest):
                    ("POST", "/api_casillero.php", b'{"user_id":"42"}')]
         with Server() as server:
             self.check(server, status=0)
-            self.assertEqual(server.requests, reading)
+            self.assertEqual(server.sent(), reading)
             server.requests.clear()
             self.check(server, "--write", status=0)
-            self.assertEqual(server.requests[:3], reading)
-            sent = [(path, json.loads(content or "{}")) for _, path, content in server.requests[3:]]
+            self.assertEqual(server.sent()[:3], reading)
+            sent = [(path, json.loads(content or "{}")) for _, path, content in server.sent()[3:]]
         self.assertEqual([path for path, _ in sent], [
             "/api_cotizar.php", "/api_auto.php", "/api_perfil.php", "/api_login.php", "/api_paquetes.php?user_id=42",
             "/api_recuperar.php", "/api_registro.php"])
@@ -112,13 +110,13 @@ class WriteTest(ProgramTest):
     def test_second_look_at_the_listing_counts_no_row_twice(self):
         with Server({"api_paquetes.php": {**LISTING, "paquetes": [{"tracking": "A", "peso": 1}]}}) as server:
             report = self.check(server, "--write", status=0)
-            self.assertEqual([path for _, path, _ in server.requests].count("/api_paquetes.php?user_id=42"), 2)
+            self.assertEqual(server.paths().count("/api_paquetes.php?user_id=42"), 2)
         self.assertIn("api_paquetes.php: paquetes[0].peso: ignored by the app", lines(report, "NOTES"))
 
     def test_profile_without_a_name_is_left_alone(self):
         with Server({"api_login.php": {**LOGIN, "nombre": None}}) as server:
             report = self.json(server, "--write", status=0)
-            self.assertNotIn("/api_perfil.php", [path for _, path, _ in server.requests])
+            self.assertNotIn("/api_perfil.php", server.paths())
         self.assertEqual(screens(report)["Mi Perfil"]["state"], "not tried")
 
     def test_what_may_have_been_created_is_said(self):
@@ -166,7 +164,7 @@ class OptionsTest(ProgramTest):
     def test_password_comes_from_file_or_environment(self):
         with tempfile.TemporaryDirectory() as name, Server() as server:
             def sent():
-                return json.loads(server.requests.pop(0)[2])["password"]
+                return json.loads(server.requests.pop(0).body)["password"]
             path = pathlib.Path(name) / "secret"
             for content, password in {b"ni\xc3\xb1o #1\n": "niño #1", b"x": "x", b" a b \r\n": " a b "}.items():
                 path.write_bytes(content)
@@ -248,6 +246,7 @@ class TerminalTest(ProgramTest):
         pid, terminal = pty.fork()
         if pid == 0:
             os.execve(PROGRAM, [PROGRAM, *arguments], environment(MAROVENDA_CHECK_PASSWORD=None, **more))
+        self.addCleanup(os.close, terminal)
         return pid, terminal
 
     def read(self, terminal, until=None):
@@ -261,26 +260,17 @@ class TerminalTest(ProgramTest):
         return text
 
     def test_password_is_asked_for_and_not_shown(self):
-        with Server() as server:
-            pid, terminal = self.start("--base", server.base, CUSTOMER, TERM="xterm")
-            self.assertEqual(self.read(terminal, b": "), f"Password of {CUSTOMER}: ".encode())
-            os.write(terminal, (PASSWORD + "\n").encode())
-            text = self.read(terminal)
-            self.assertEqual(os.waitpid(pid, 0)[1], 0)
-            os.close(terminal)
-            self.assertEqual(json.loads(server.requests[0][2])["password"], PASSWORD)
-        self.assertNotIn(PASSWORD.encode(), text)
-        self.assertIn(b"\x1b[1;32mThe app would work", text)
-
-    def test_colours_can_be_refused(self):
-        for variables in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
-            with Server() as server:
+        for variables, coloured in (({}, True), ({"NO_COLOR": "1"}, False), ({"TERM": "dumb"}, False)):
+            with self.subTest(variables), Server() as server:
                 pid, terminal = self.start("--base", server.base, CUSTOMER, **{"TERM": "xterm", **variables})
-                self.read(terminal, b": ")
-                os.write(terminal, b"x\n")
-                self.assertNotIn(b"\x1b", self.read(terminal))
-                os.waitpid(pid, 0)
-                os.close(terminal)
+                self.assertEqual(self.read(terminal, b": "), f"Password of {CUSTOMER}: ".encode())
+                os.write(terminal, (PASSWORD + "\n").encode())
+                text = self.read(terminal)
+                self.assertEqual(os.waitpid(pid, 0)[1], 0)
+                self.assertEqual(json.loads(server.requests[0].body)["password"], PASSWORD)
+                self.assertNotIn(PASSWORD.encode(), text)
+                self.assertEqual(b"\x1b[1;32mThe app would work" in text, coloured)
+                self.assertEqual(b"\x1b" in text, coloured)
 
     def test_interrupted_prompt_leaves_a_terminal_that_echoes(self):
         master, slave = pty.openpty()
@@ -304,7 +294,6 @@ class TerminalTest(ProgramTest):
         os.write(terminal, b"\x04")
         self.assertIn(b"What was typed holds no password.", self.read(terminal))
         self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1]), 2)
-        os.close(terminal)
 
 
 def take_terminal(slave):

@@ -2,7 +2,6 @@
 
 import json
 import pathlib
-import socket
 import ssl
 import subprocess
 import sys
@@ -13,7 +12,7 @@ import unittest
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from namespaces import apart
 from program import ProgramTest, faults, notes, warnings
-from server import CASILLERO, LISTING, LOGIN, Reply, Server, body, packed
+from server import CASILLERO, LISTING, LOGIN, Reply, Server, body, packed, silent
 
 P, C = "api_paquetes.php", "api_casillero.php"
 HTML = b"<html>502</html>"
@@ -69,7 +68,7 @@ class TransportTest(ProgramTest):
                     for start in expected:
                         self.assertTrue(any(line.startswith(f"{P}: {start}") for line in found), report)
                     # The other screens were tried all the same, and nobody was asked twice.
-                    self.assertEqual([path for method, path, _ in server.requests if method == "POST"],
+                    self.assertEqual([each.path for each in server.posts()],
                                      ["/api_login.php", "/api_casillero.php"])
 
     def test_compression_is_named_with_the_exchange(self):
@@ -81,10 +80,8 @@ class TransportTest(ProgramTest):
                          ("gzip", len(body(LISTING)), 200))
 
     def test_silence_is_named_with_how_long_the_app_waits(self):
-        for reply in (None, Reply(raw=b"HTTP/1.1 200 OK\r\nContent-Le")):
+        for reply in (silent(), silent(b"HTTP/1.1 200 OK\r\nContent-Le")):
             with Server({C: reply}) as server:
-                if reply:
-                    server.replies[C] = hang_after(server, reply.raw)
                 report = self.check(server, "--timeout", "1", status=1)
             self.assertEqual(faults(report), [
                 f"{C}: time: no byte moved for 1 second; the app waits 60 seconds and shows nothing meanwhile"])
@@ -110,7 +107,7 @@ class TransportTest(ProgramTest):
     def test_server_that_dies_later_is_a_fault(self):
         with Server() as server:
             def last(_):
-                server.end()
+                server.close()
                 return LISTING
             server.replies[P] = last
             report = self.check(server, status=1)
@@ -136,19 +133,6 @@ class TransportTest(ProgramTest):
             report = self.json(server, status=0)
         self.assertIn(f"Hola, {clean}", json.dumps(report, ensure_ascii=False).replace("\\\\", "\\"))
         self.assertIn(f"paquetes[].{clean}", [each["place"] for each in report["findings"]])
-
-
-def hang_after(server, raw):
-    """Sends some bytes and keeps the connection."""
-    original = server.answer
-
-    def answer(connection):
-        request = connection.recv(65536, socket.MSG_PEEK)
-        if C.encode() not in request:
-            return original(connection)
-        server.held.append(connection)
-        connection.sendall(raw)
-    server.answer = answer
 
 
 class TlsTest(ProgramTest):
@@ -216,10 +200,7 @@ class TlsTest(ProgramTest):
 
     def test_server_without_tls_is_a_fault(self):
         with Server() as server:
-            def refuse(connection):
-                connection.sendall(b"HTTP/1.1 400 Bad Request\r\n\r\n")
-                connection.close()
-            server.answer = refuse
+            server.answer = lambda connection: connection.sendall(b"HTTP/1.1 400 Bad Request\r\n\r\n")
             report = self.check(server.base.replace("http", "https"), status=1)
         self.assertRegex(faults(report)[0], "^TLS: .*(wrong version number|packet length too long|record layer)")
 
