@@ -9,12 +9,9 @@
 
 namespace {
 
-void sayOnStandardError(const QString &line)
-{
-    std::fprintf(stderr, "marovenda: session: %s\n", qUtf8Printable(line));
-}
+void printError(const QString &line) { std::fprintf(stderr, "marovenda: session: %s\n", qUtf8Printable(line)); }
 
-/// QString::fromUtf8 would drop a byte-order mark at the start, which here is part of the value.
+/// Keeps a byte-order mark at the start, which QString::fromUtf8 would drop.
 QString textOf(const QByteArray &utf8)
 {
     return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
@@ -24,10 +21,10 @@ QString textOf(const QByteArray &utf8)
 
 Session::Session(QString directory, QObject *parent) : QObject(parent), m_directory(std::move(directory))
 {
-    // Not with the write: both of a large photo together would be felt.
-    m_tidying.setSingleShot(true);
-    m_tidying.setInterval(std::chrono::seconds(1));
-    connect(&m_tidying, &QTimer::timeout, this, [this] { store().shortenLog(); });
+    // Shorten the log some time after the write: with a large photo, the customer would notice both at once.
+    m_logTimer.setSingleShot(true);
+    m_logTimer.setInterval(std::chrono::seconds(1));
+    connect(&m_logTimer, &QTimer::timeout, this, [this] { store().shortenLog(); });
 }
 
 Session &Session::instance()
@@ -41,7 +38,7 @@ QString Session::usersDirectory() { return QStandardPaths::writableLocation(QSta
 SessionStore &Session::store()
 {
     if (!m_store) {
-        m_store.emplace(m_directory, sayOnStandardError);
+        m_store.emplace(m_directory, printError);
         load();
     }
     return *m_store;
@@ -51,7 +48,7 @@ void Session::write(const QList<std::pair<SessionStore::Key, QByteArray>> &value
 {
     store().write(values);
     if (m_store->isLogLong())
-        m_tidying.start();
+        m_logTimer.start();
 }
 
 void Session::load()
@@ -59,7 +56,7 @@ void Session::load()
     const QByteArray id = m_store->read(SessionStore::Key::UserId).value_or(QByteArray());
     const QByteArray nombre = m_store->read(SessionStore::Key::UserNombre).value_or(QByteArray());
     const QByteArray email = m_store->read(SessionStore::Key::UserEmail).value_or(QByteArray());
-    // A value found damaged takes the whole store with it, also what was read before it.
+    // If a value was damaged, the store was replaced, and the values read before are void too.
     if (m_store->wasReplaced())
         return;
     m_userId = id.toLongLong();
@@ -67,7 +64,7 @@ void Session::load()
     m_userEmail = textOf(email);
 }
 
-void Session::forget()
+void Session::clearAll()
 {
     m_userAvatarData = QByteArray();
     m_userNombre.clear();
@@ -79,7 +76,7 @@ void Session::forget()
     emit userIdChanged();
 }
 
-// The store is written even when the value stays the same: the last write may have failed.
+// The setters write to the store even if the value is unchanged: the last write may have failed.
 
 qint64 Session::userId()
 {
@@ -141,7 +138,7 @@ QByteArray Session::userAvatarData()
     if (!m_userAvatarData) {
         m_userAvatarData = store().read(SessionStore::Key::UserAvatar).value_or(QByteArray());
         if (store().wasReplaced())
-            forget();
+            clearAll();
     }
     return *m_userAvatarData;
 }

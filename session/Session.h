@@ -9,20 +9,21 @@
 
 #include <optional>
 
-/// The four values that stay on the device. Every write is in the store when the setter returns, and every binding to
-/// a value follows it. Belongs to the main thread.
+/// The four values that the app stores on the device. Setters write the value to the store before they return. Use it
+/// on the main thread only.
 ///
-/// Without a usable store the values live as long as the process; one line on stderr says so.
+/// If the store cannot be used, the session prints one line on stderr and keeps the values in memory only.
 class Session final : public QObject {
     Q_OBJECT
 public:
-    /// A session on the store in `directory`.
+    /// Creates a session that uses the store in `directory`.
     explicit Session(QString directory, QObject *parent = nullptr);
 
-    /// The one session of the process, in the user's data directory; made at first use, never destroyed.
+    /// Returns the session of the process, which uses the store in the user's data directory. It is created at the
+    /// first call and never destroyed.
     static Session &instance();
 
-    /// Where its store is. Depends on the application's name.
+    /// Returns the directory of that store. It depends on the application's name.
     static QString usersDirectory();
 
     /// 0 means that nobody is signed in; every other number is a customer.
@@ -36,12 +37,12 @@ public:
     QString userEmail();
     void setUserEmail(const QString &value);
 
-    /// Signs a customer in, with the name and the e-mail that go with the number: in the store are all three or none.
-    /// All have their new values when the first change is told; they are told in this order.
+    /// Signs a customer in. Writes the three values in one transaction and sets all of them before it emits the
+    /// change signals, in the order of the parameters.
     void setCustomer(qint64 userId, const QString &nombre, const QString &email);
 
-    /// The photo's bytes as they were picked. They are read and checked at the first call; when that finds the store
-    /// damaged, nobody is signed in from then on.
+    /// Returns the encoded bytes of the photo. The first call reads and checks them; if it finds the store damaged,
+    /// it signs the customer out.
     QByteArray userAvatarData();
     void setUserAvatarData(const QByteArray &value);
 
@@ -52,15 +53,15 @@ Q_SIGNALS:
     void userAvatarDataChanged();
 
 private:
-    /// Opens it at the first use: nothing of it is needed for the window's first frame.
+    /// Opens the store at the first call, since the window's first frame does not need it.
     SessionStore &store();
     void write(const QList<std::pair<SessionStore::Key, QByteArray>> &values);
     void load();
-    void forget();
+    void clearAll();
 
     const QString m_directory;
     std::optional<SessionStore> m_store;
-    QTimer m_tidying;
+    QTimer m_logTimer;
     qint64 m_userId = 0;
     QString m_userNombre;
     QString m_userEmail;

@@ -2,8 +2,8 @@
 
 #include "Session.h"
 
-/// A field of a view model that is one of the session's values: it reads and writes the session under the value's own
-/// name, from C++ alone.
+/// Declares functions of a view model that read and write a value of the session, under the value's own name. Layouts
+/// cannot use them.
 #define SESSION_VALUE(Type, name, setter)                                                                            \
 public:                                                                                                              \
     static Type name() { return Session::instance().name(); }                                                        \
@@ -11,13 +11,13 @@ public:                                                                         
                                                                                                                      \
 private:
 
-/// The same as a property that layouts can bind: it notifies whenever anyone changes the value. The class names
-/// itself with `using Self = …`.
+/// Also declares a read-only property that layouts can bind; its change signal is emitted whenever the session's
+/// value changes. The class must declare `using Self = …`.
 #define SESSION_STATE(Type, name, setter)                                                                            \
     Q_PROPERTY(Type name READ name NOTIFY name##Changed)                                                             \
     SESSION_NOTIFYING_VALUE(Type, name, setter)
 
-/// The same for a field that the layout writes too.
+/// The same with a property that layouts can also write.
 #define SESSION_FIELD(Type, name, setter)                                                                            \
     Q_PROPERTY(Type name READ name WRITE setter NOTIFY name##Changed)                                                \
     SESSION_NOTIFYING_VALUE(Type, name, setter)

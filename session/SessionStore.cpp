@@ -15,14 +15,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// In pages. SQLite itself shortens the log at the first of these, within the write that reaches it.
-constexpr int longLog = 1000;
-constexpr int longestLog = 10'000;
+/// The log should be shortened at the first length, and is shortened during a write at the second one.
+constexpr int longLogPages = 1000;
+constexpr int maxLogPages = 10'000;
 
-/// SQLite finds damage in its own structures but not in the bytes of a value; this check does, and it covers the key,
-/// so that one value cannot pass for another, and whether there is a value at all. XXH3, 64 bits: against accidents,
-/// not against a forger.
-qint64 checkOf(SessionStore::Key key, const std::optional<QByteArray> &value)
+/// SQLite detects damage in its own structures, but not in the bytes of a value. The checksum covers the value, its
+/// key, so that values cannot be swapped, and whether there is a value at all. XXH3 detects accidents, not forgery.
+qint64 checksumOf(SessionStore::Key key, const std::optional<QByteArray> &value)
 {
     const auto bytes = value.value_or(QByteArray());
     const auto seed = static_cast<XXH64_hash_t>(key) + 1 + (value ? 0 : SessionStore::keys.size());
@@ -33,7 +32,8 @@ int rowOf(SessionStore::Key key) { return static_cast<int>(key) + 1; }
 
 } // namespace
 
-constexpr std::array<SessionStore::Step, SessionStore::layoutVersion> SessionStore::steps{&SessionStore::makeTable};
+constexpr std::array<SessionStore::MigrationStep, SessionStore::layoutVersion> SessionStore::migrationSteps{
+    &SessionStore::makeTable};
 
 void SessionStore::Closer::operator()(sqlite3 *database) const { sqlite3_close(database); }
 void SessionStore::Closer::operator()(sqlite3_stmt *statement) const { sqlite3_finalize(statement); }
@@ -63,14 +63,14 @@ SessionStore::~SessionStore() = default;
 
 void SessionStore::open()
 {
-    m_obstacle = StoreFile::makeFolder(m_directory);
-    if (!m_obstacle.isEmpty())
-        return settle(Health::Unusable);
-    const StoreFile::Turn turn(m_directory);
-    settle(confirmed(tryToOpen()));
+    m_problem = StoreFile::makeFolder(m_directory);
+    if (!m_problem.isEmpty())
+        return handle(Health::Unusable);
+    const StoreFile::Lock lock(m_directory);
+    handle(confirmDamage(tryToOpen()));
 }
 
-void SessionStore::follow()
+void SessionStore::reopenIfMoved()
 {
     int moved = 0;
     if (sqlite3_file_control(m_database.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved) {
@@ -79,28 +79,28 @@ void SessionStore::follow()
     }
 }
 
-void SessionStore::settle(Health health)
+void SessionStore::handle(Health health)
 {
     if (health == Health::Damaged) {
-        complain(m_obstacle);
+        reportOnce(m_problem);
         health = replace();
     }
     if (health != Health::Good) {
-        complain(m_obstacle);
+        reportOnce(m_problem);
         m_database.reset();
     }
 }
 
-SessionStore::Health SessionStore::confirmed(Health health)
+SessionStore::Health SessionStore::confirmDamage(Health health)
 {
-    // A call that the disk refuses can look like damage, also within SQLite, and another process may have replaced
-    // the file just now: damage is what can be read from end to end and is found twice.
+    // A failing disk can look like damage, and another process may just have replaced the file. A file counts as
+    // damaged only if all of it can be read and the damage is found twice.
     if (health != Health::Damaged)
         return health;
     m_database.reset();
     if (StoreFile::canBeRead(m_path))
         return tryToOpen();
-    m_obstacle = u"%1 cannot be read"_s.arg(m_path);
+    m_problem = u"%1 cannot be read"_s.arg(m_path);
     return Health::Unusable;
 }
 
@@ -110,17 +110,17 @@ SessionStore::Health SessionStore::replace()
     m_replaced = true;
     if (StoreFile::moveAside(m_path))
         return tryToOpen();
-    m_obstacle = u"%1 cannot be moved aside"_s.arg(m_path);
+    m_problem = u"%1 cannot be moved aside"_s.arg(m_path);
     return Health::Unusable;
 }
 
 SessionStore::Health SessionStore::tryToOpen()
 {
-    m_obstacle = StoreFile::makeFile(m_path);
-    if (!m_obstacle.isEmpty())
+    m_problem = StoreFile::makeFile(m_path);
+    if (!m_problem.isEmpty())
         return Health::Unusable;
-    if (StoreFile::isStump(m_path)) {
-        m_obstacle = u"%1 is damaged"_s.arg(m_path);
+    if (StoreFile::hasLostContent(m_path)) {
+        m_problem = u"%1 is damaged"_s.arg(m_path);
         return Health::Damaged;
     }
 
@@ -132,18 +132,18 @@ SessionStore::Health SessionStore::tryToOpen()
         sqlite3_open_v2(QFile::encodeName(m_path).constData(), &database, SQLITE_OPEN_READWRITE, nullptr);
     m_database.reset(database);
     if (code != SQLITE_OK) {
-        m_obstacle = u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
+        m_problem = u"%1 cannot be opened: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
         return healthOf(code);
     }
     sqlite3_extended_result_codes(database, 1);
     sqlite3_busy_timeout(database, 5000);
-    m_logLength = 0;
+    m_logPages = 0;
     sqlite3_wal_hook(
         database,
         [](void *store, sqlite3 *, const char *, int pages) {
             auto *const self = static_cast<SessionStore *>(store);
-            self->m_logLength = pages;
-            if (pages >= longestLog)
+            self->m_logPages = pages;
+            if (pages >= maxLogPages)
                 self->shortenLog();
             return SQLITE_OK;
         },
@@ -159,16 +159,17 @@ SessionStore::Health SessionStore::checkVersion()
     const auto layout = StoreFile::layoutOf(m_path);
     if (!layout || layout->version <= layoutVersion)
         return Health::Good;
-    // What lies beside the file belongs to it, and may be another process's that is just working on it.
-    if (!layout->alone || isWhole())
-        return leaveToLaterVersion();
-    m_obstacle = u"%1 is damaged"_s.arg(m_path);
+    // With a log or a journal the file cannot be checked on its own, and another process may be writing it.
+    if (!layout->alone || isIntact())
+        return refuseLaterVersion();
+    m_problem = u"%1 is damaged"_s.arg(m_path);
     return Health::Damaged;
 }
 
-bool SessionStore::isWhole() const
+bool SessionStore::isIntact() const
 {
-    // Neither locked nor changed, nor anything made beside it (https://www.sqlite.org/uri.html#uriimmutable).
+    // In immutable mode SQLite neither locks nor changes the file, and creates no files beside it
+    // (https://www.sqlite.org/uri.html#uriimmutable).
     QUrl address = QUrl::fromLocalFile(m_path);
     address.setQuery(u"immutable=1"_s);
     sqlite3 *opened = nullptr;
@@ -180,10 +181,10 @@ bool SessionStore::isWhole() const
 
 SessionStore::Health SessionStore::prepareTables()
 {
-    // What SQLite promises for these two (https://www.sqlite.org/pragma.html#pragma_synchronous): a commit that has
-    // returned survives a loss of power, since the log is synchronised before it returns, and a later one is there
-    // wholly or not at all. It holds on disks that keep what they report as synchronised, and that leave bytes alone
-    // beside those being written.
+    // With these two settings (https://www.sqlite.org/pragma.html#pragma_synchronous) a commit synchronises the log
+    // before it returns, so that it survives a power failure. An interrupted commit is stored completely or not at
+    // all. This requires a disk that keeps the data that it reports as synchronised, and does not damage neighbouring
+    // data while writing.
     int code = run("PRAGMA journal_mode = WAL");
     if (code == SQLITE_OK)
         code = run("PRAGMA synchronous = FULL");
@@ -195,7 +196,7 @@ SessionStore::Health SessionStore::prepareTables()
         code = run("BEGIN IMMEDIATE");
     const int found = code == SQLITE_OK ? version(code) : 0;
     if (code == SQLITE_OK && found > layoutVersion)
-        return leaveToLaterVersion();
+        return refuseLaterVersion();
     if (code == SQLITE_OK && found < 0)
         code = SQLITE_CORRUPT;
     if (code == SQLITE_OK && found < layoutVersion)
@@ -203,17 +204,17 @@ SessionStore::Health SessionStore::prepareTables()
     if (code == SQLITE_OK)
         code = run("COMMIT");
     if (code != SQLITE_OK) {
-        // The message for this one failure would quote from the file.
-        m_obstacle = u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
+        // sqlite3_errmsg could quote from the file.
+        m_problem = u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
         return healthOf(code);
     }
     return Health::Good;
 }
 
-SessionStore::Health SessionStore::leaveToLaterVersion()
+SessionStore::Health SessionStore::refuseLaterVersion()
 {
-    m_obstacle = u"%1 was written by a later version of the app and is left as it is"_s.arg(m_path);
-    // Closing would move what the log holds into the file.
+    m_problem = u"%1 was written by a later version of the app and is left as it is"_s.arg(m_path);
+    // Closing the database would move the contents of the log into the file.
     if (m_database)
         sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     return Health::Unusable;
@@ -233,8 +234,8 @@ int SessionStore::version(int &code) const
 int SessionStore::migrate(int version) const
 {
     int code = SQLITE_OK;
-    for (auto at = static_cast<std::size_t>(version); code == SQLITE_OK && at < steps.size(); ++at)
-        code = (this->*steps[at])();
+    for (auto at = static_cast<std::size_t>(version); code == SQLITE_OK && at < migrationSteps.size(); ++at)
+        code = (this->*migrationSteps[at])();
     if (code == SQLITE_OK)
         code = run("PRAGMA user_version = " + QByteArray::number(layoutVersion));
     if (version == 0)
@@ -253,7 +254,7 @@ int SessionStore::makeTable() const
             break;
         sqlite3_bind_int(insert.get(), 1, rowOf(key));
         sqlite3_bind_text(insert.get(), 2, name(key), -1, SQLITE_STATIC);
-        sqlite3_bind_int64(insert.get(), 3, checkOf(key, std::nullopt));
+        sqlite3_bind_int64(insert.get(), 3, checksumOf(key, std::nullopt));
         code = sqlite3_step(insert.get()) == SQLITE_DONE ? SQLITE_OK : sqlite3_errcode(m_database.get());
     }
     return code;
@@ -261,7 +262,7 @@ int SessionStore::makeTable() const
 
 SessionStore::Health SessionStore::checkStructure()
 {
-    // Damage that only a write would meet: pages that hang together wrongly, or a header that forbids writing.
+    // Detects damage that only a write would find: wrong links between pages, or a header that forbids writing.
     int code = quickCheck(m_database.get());
     if (code == SQLITE_OK && sqlite3_db_readonly(m_database.get(), "main") == 1 && QFileInfo(m_path).isWritable())
         code = SQLITE_CORRUPT;
@@ -269,15 +270,15 @@ SessionStore::Health SessionStore::checkStructure()
         code = checkRows();
     if (code == SQLITE_OK)
         return Health::Good;
-    m_obstacle = healthOf(code) == Health::Damaged
-                     ? u"%1 is damaged"_s.arg(m_path)
-                     : u"%1 cannot be read: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
+    m_problem = healthOf(code) == Health::Damaged
+                    ? u"%1 is damaged"_s.arg(m_path)
+                    : u"%1 cannot be read: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
     return healthOf(code);
 }
 
 int SessionStore::checkRows() const
 {
-    // The values themselves are checked when they are read, so that a large photo does not hold up the start.
+    // The values are checked when they are read, so that a large photo does not delay the start.
     int code = SQLITE_OK;
     const Statement statement = prepare("SELECT row, key FROM session ORDER BY row", code);
     if (statement) {
@@ -301,8 +302,8 @@ int SessionStore::checkRows() const
 
 SessionStore::Health SessionStore::healthOf(int code) const
 {
-    // Later SQLite reads a long value from the file itself and says so where the file ends too early; it has said
-    // that a page is damaged before.
+    // Newer versions of SQLite return this code if the file ends within a long value; older ones return
+    // SQLITE_CORRUPT.
     if (code == SQLITE_IOERR_SHORT_READ)
         return Health::Damaged;
     switch (code & 0xFF) {
@@ -313,7 +314,7 @@ SessionStore::Health SessionStore::healthOf(int code) const
     case SQLITE_FORMAT:
     case SQLITE_ERROR:
     case SQLITE_MISMATCH:
-    case SQLITE_TOOBIG: // what a row claims to be; nothing that large was ever written
+    case SQLITE_TOOBIG: // a damaged length: the app never writes values of this size
         return Health::Damaged;
     default:
         return Health::Unusable;
@@ -349,25 +350,25 @@ int SessionStore::run(const QByteArray &sql) const
 std::optional<QByteArray> SessionStore::read(Key key)
 {
     if (m_database)
-        follow();
+        reopenIfMoved();
     if (!m_database)
         return std::nullopt;
     std::optional<QByteArray> value;
-    Health health = find(key, value);
+    Health health = readRow(key, value);
     if (health == Health::Damaged) {
-        const StoreFile::Turn turn(m_directory);
-        health = confirmed(health);
+        const StoreFile::Lock lock(m_directory);
+        health = confirmDamage(health);
         if (health == Health::Good)
-            health = find(key, value);
-        settle(health);
+            health = readRow(key, value);
+        handle(health);
     }
     if (health == Health::Good)
         return value;
-    complain(m_obstacle);
+    reportOnce(m_problem);
     return std::nullopt;
 }
 
-SessionStore::Health SessionStore::find(Key key, std::optional<QByteArray> &value)
+SessionStore::Health SessionStore::readRow(Key key, std::optional<QByteArray> &value)
 {
     int code = SQLITE_OK;
     const Statement statement = prepare("SELECT value, checksum FROM session WHERE row = ?", code);
@@ -384,27 +385,27 @@ SessionStore::Health SessionStore::find(Key key, std::optional<QByteArray> &valu
             found.emplace(bytes, sqlite3_column_bytes(statement.get(), 0));
         }
         if (sqlite3_column_type(statement.get(), 1) == SQLITE_INTEGER &&
-            sqlite3_column_int64(statement.get(), 1) == checkOf(key, found)) {
+            sqlite3_column_int64(statement.get(), 1) == checksumOf(key, found)) {
             value = found;
             return Health::Good;
         }
         code = SQLITE_CORRUPT;
     }
-    m_obstacle = u"%1 in %2 cannot be read: %3"_s.arg(QLatin1String(name(key)), m_path,
-                                                      QString::fromUtf8(sqlite3_errstr(code)));
+    m_problem = u"%1 in %2 cannot be read: %3"_s.arg(QLatin1String(name(key)), m_path,
+                                                     QString::fromUtf8(sqlite3_errstr(code)));
     return healthOf(code);
 }
 
 bool SessionStore::write(const QList<std::pair<Key, QByteArray>> &values)
 {
     if (m_database)
-        follow();
+        reopenIfMoved();
     if (!m_database)
         return false;
     int code = run("BEGIN IMMEDIATE");
-    // A later version, started beside this one, may have changed the layout meanwhile.
+    // A later version of the app may have changed the layout since the file was opened.
     if (code == SQLITE_OK && version(code) > layoutVersion) {
-        settle(leaveToLaterVersion());
+        handle(refuseLaterVersion());
         return false;
     }
     for (const auto &[key, value] : values) {
@@ -414,17 +415,17 @@ bool SessionStore::write(const QList<std::pair<Key, QByteArray>> &values)
     if (code == SQLITE_OK)
         code = run("COMMIT");
     if (code == SQLITE_OK) {
-        m_complained = false;
+        m_reported = false;
         return true;
     }
-    // Some failures have rolled it back by themselves.
+    // Some errors roll the transaction back automatically.
     if (!sqlite3_get_autocommit(m_database.get()))
         run("ROLLBACK");
     QStringList names;
     for (const auto &[key, value] : values)
         names += QLatin1String(name(key));
-    complain(u"%1 in %2 cannot be written: %3"_s.arg(names.join(u", "_s), m_path,
-                                                     QString::fromUtf8(sqlite3_errstr(code))));
+    reportOnce(u"%1 in %2 cannot be written: %3"_s.arg(names.join(u", "_s), m_path,
+                                                       QString::fromUtf8(sqlite3_errstr(code))));
     return false;
 }
 
@@ -434,10 +435,10 @@ int SessionStore::update(Key key, const QByteArray &value) const
     const Statement statement = prepare("UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
     if (!statement)
         return code;
-    // A null pointer would be bound as NULL, which stands for "never written".
+    // A null pointer would be bound as NULL, which means "never written".
     const char *bytes = value.isNull() ? "" : value.constData();
     sqlite3_bind_blob64(statement.get(), 1, bytes, static_cast<sqlite3_uint64>(value.size()), SQLITE_STATIC);
-    sqlite3_bind_int64(statement.get(), 2, checkOf(key, value));
+    sqlite3_bind_int64(statement.get(), 2, checksumOf(key, value));
     sqlite3_bind_int(statement.get(), 3, rowOf(key));
     code = sqlite3_step(statement.get());
     if (code != SQLITE_DONE)
@@ -445,21 +446,21 @@ int SessionStore::update(Key key, const QByteArray &value) const
     return sqlite3_changes(m_database.get()) == 1 ? SQLITE_OK : SQLITE_CORRUPT;
 }
 
-bool SessionStore::isLogLong() const { return m_logLength >= longLog; }
+bool SessionStore::isLogLong() const { return m_logPages >= longLogPages; }
 
 void SessionStore::shortenLog()
 {
-    // What cannot be moved now stays in the log, where it is as safe.
-    m_logLength = 0;
+    // Pages that cannot be moved now stay in the log.
+    m_logPages = 0;
     if (m_database)
         sqlite3_wal_checkpoint_v2(m_database.get(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
 }
 
 bool SessionStore::wasReplaced() { return std::exchange(m_replaced, false); }
 
-void SessionStore::complain(const QString &what)
+void SessionStore::reportOnce(const QString &what)
 {
-    if (std::exchange(m_complained, true))
+    if (std::exchange(m_reported, true))
         return;
     m_report(what);
 }

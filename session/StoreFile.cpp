@@ -20,7 +20,7 @@ namespace {
 constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 constexpr auto ownerOnlyDirectory = ownerOnly | QFileDevice::ExeOwner;
 
-int openedFolder(const QString &path)
+int openFolder(const QString &path)
 {
     return ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
@@ -40,14 +40,14 @@ bool isReadableOrMissing(const QString &path)
     return size == 0 && file.error() == QFile::NoError;
 }
 
-constexpr qsizetype versionAt = 60;
+constexpr qsizetype versionOffset = 60;
 
 quint32 number(QByteArrayView bytes, qsizetype at) { return qFromBigEndian<quint32>(bytes.data() + at); }
 
 bool isPageSize(quint32 size) { return size >= 512 && size <= 65536 && (size & (size - 1)) == 0; }
 
-/// The sums that a log keeps over its header and frames, each over all that came before.
-struct LogSums {
+/// The running checksum of a log's header and frames.
+struct LogChecksum {
     bool bigEndian;
     quint32 first = 0;
     quint32 second = 0;
@@ -62,13 +62,13 @@ struct LogSums {
             second += word(at + 4) + first;
         }
     }
-    bool are(QByteArrayView bytes, qsizetype at) const
+    bool matches(QByteArrayView bytes, qsizetype at) const
     {
         return number(bytes, at) == first && number(bytes, at + 4) == second;
     }
 };
 
-/// The version that the last transaction in a log left, if one of them wrote it.
+/// Returns the user_version after the last transaction in the log, if the log contains it.
 std::optional<int> versionInLog(const QString &path)
 {
     constexpr qsizetype headSize = 32;
@@ -79,30 +79,30 @@ std::optional<int> versionInLog(const QString &path)
     const QByteArray head = log.read(headSize);
     if (head.size() != headSize || (number(head, 0) & ~1U) != 0x377F0682 || !isPageSize(number(head, 8)))
         return std::nullopt;
-    LogSums sums{(number(head, 0) & 1) != 0};
-    sums.add(QByteArrayView(head).first(24));
-    if (!sums.are(head, 24))
+    LogChecksum checksum{(number(head, 0) & 1) != 0};
+    checksum.add(QByteArrayView(head).first(24));
+    if (!checksum.matches(head, 24))
         return std::nullopt;
     const QByteArrayView salts = QByteArrayView(head).sliced(16, 8);
     std::optional<int> written;
     std::optional<int> committed;
-    // It ends with the first frame that is not of this log or not whole.
+    // The log ends at the first frame that is incomplete or belongs to an earlier log.
     QByteArray frame(frameHeadSize + number(head, 8), Qt::Uninitialized);
     while (log.read(frame.data(), frame.size()) == frame.size()) {
         const QByteArrayView view(frame);
-        sums.add(view.first(8));
-        sums.add(view.sliced(frameHeadSize));
-        if (view.sliced(8, 8) != salts || !sums.are(view, 16))
+        checksum.add(view.first(8));
+        checksum.add(view.sliced(frameHeadSize));
+        if (view.sliced(8, 8) != salts || !checksum.matches(view, 16))
             break;
         if (number(view, 0) == 1)
-            written = static_cast<int>(number(view, frameHeadSize + versionAt));
+            written = static_cast<int>(number(view, frameHeadSize + versionOffset));
         if (number(view, 4) != 0 && written)
             committed = written;
     }
     return committed;
 }
 
-/// Of a file that SQLite would take for a database.
+/// Returns the user_version in the file's header, or nothing if SQLite would not accept the file.
 std::optional<int> versionInHeader(const QString &path)
 {
     QFile file(path);
@@ -113,14 +113,14 @@ std::optional<int> versionInHeader(const QString &path)
     const auto size = qFromBigEndian<quint16>(head.constData() + 16);
     if (!isPageSize(size == 1 ? 65536 : size))
         return std::nullopt;
-    return static_cast<int>(number(head, versionAt));
+    return static_cast<int>(number(head, versionOffset));
 }
 
 } // namespace
 
 std::optional<StoreFile::Layout> StoreFile::layoutOf(const QString &path)
 {
-    // The log first: what it held may be moved into the file in between.
+    // Read the log first: another process may move its contents into the file meanwhile.
     const std::optional<int> inLog = versionInLog(path + "-wal"_L1);
     const std::optional<int> version = inLog ? inLog : versionInHeader(path);
     if (!version)
@@ -131,7 +131,7 @@ std::optional<StoreFile::Layout> StoreFile::layoutOf(const QString &path)
 QString StoreFile::makeFolder(const QString &directory)
 {
     const QDir parent(QFileInfo(directory).path());
-    // Another process may make it in the same moment.
+    // Another process may create it at the same time.
     const auto isThere = [&] { return QFileInfo::exists(directory); };
     if (!isThere() && (!parent.mkpath(u"."_s) || !parent.mkdir(directory, ownerOnlyDirectory)) && !isThere())
         return u"the directory %1 cannot be created"_s.arg(directory);
@@ -141,7 +141,8 @@ QString StoreFile::makeFolder(const QString &directory)
 
 QString StoreFile::makeFile(const QString &path)
 {
-    // SQLite would create the file with the process's umask; its companions take over the file's permissions.
+    // SQLite would create the file with the process's umask. It gives its other files the same permissions as this
+    // one.
     if (!QFileInfo::exists(path)) {
         QFile file(path);
         if (!file.open(QFile::WriteOnly | QFile::NewOnly, ownerOnly) && !QFileInfo::exists(path))
@@ -151,7 +152,7 @@ QString StoreFile::makeFile(const QString &path)
     return {};
 }
 
-StoreFile::Turn::Turn(const QString &directory) : m_folder(openedFolder(directory))
+StoreFile::Lock::Lock(const QString &directory) : m_folder(openFolder(directory))
 {
     for (QDeadlineTimer wait(5000); m_folder >= 0 && ::flock(m_folder, LOCK_EX | LOCK_NB) != 0;) {
         if (errno != EWOULDBLOCK || wait.hasExpired())
@@ -160,16 +161,16 @@ StoreFile::Turn::Turn(const QString &directory) : m_folder(openedFolder(director
     }
 }
 
-StoreFile::Turn::~Turn()
+StoreFile::Lock::~Lock()
 {
     if (m_folder >= 0)
         ::close(m_folder);
 }
 
-bool StoreFile::isStump(const QString &path)
+bool StoreFile::hasLostContent(const QString &path)
 {
-    // SQLite counts a single byte as none, and deletes a log that it finds beside an empty file. The log is looked at
-    // first, since another process that is just making the store makes the log last.
+    // SQLite treats a single byte as an empty file, and deletes a log beside an empty file. Check the log first,
+    // since another process that is creating the store creates the log last.
     const QFileInfo log(path + "-wal"_L1);
     const bool hasLog = log.isFile() && log.size() > 0;
     const qint64 size = QFileInfo(path).size();
@@ -185,7 +186,7 @@ void StoreFile::synchroniseFoldersOf(const QString &directory)
 {
     QDir folder(directory);
     do {
-        const int open = openedFolder(folder.path());
+        const int open = openFolder(folder.path());
         if (open >= 0) {
             ::fsync(open);
             ::close(open);
@@ -196,11 +197,10 @@ void StoreFile::synchroniseFoldersOf(const QString &directory)
 
 bool StoreFile::moveAside(const QString &path)
 {
-    // The number that is free for the file and its companions.
     const auto aside = [&](int number, QLatin1StringView companion) {
         return u"%1.damaged-%2%3"_s.arg(path).arg(number).arg(companion);
     };
-    // The file goes first: without its log, it could pass for whole with values of long ago.
+    // Rename the file first: without its log, it could look intact and contain outdated values.
     static constexpr std::array companions{""_L1, "-wal"_L1, "-shm"_L1, "-journal"_L1};
     int number = 1;
     while (QFileInfo::exists(aside(number, ""_L1)))

@@ -4,52 +4,52 @@
 
 #include <optional>
 
-/// What the store does with its file by itself, outside SQLite. None of it may happen while this process has the file
-/// open in SQLite: closing a file lets go of all locks that the process has on it.
+/// Operations on the store's file without SQLite. Do not call them while this process has the file open in SQLite:
+/// closing any descriptor of a file releases all locks that the process holds on it.
 namespace StoreFile {
 
-/// Makes the folder for the user alone where it is missing, and closes it to others where it is open. Returns what is
-/// in the way, or an empty text; so does makeFile, which makes an empty file.
+/// Creates the folder if it is missing, and makes it accessible to the user only. Returns an error message, or an
+/// empty string on success.
 QString makeFolder(const QString &directory);
+/// The same for a file, which is created empty.
 QString makeFile(const QString &path);
 
-/// As long as it lives, other processes wait before they make, open or replace the store in `directory`: SQLite's own
-/// locks go with the file, and so do not hold where the file itself is replaced. Waits for five seconds at most, and
-/// goes on without where the folder cannot be locked.
-class Turn {
+/// Locks `directory`, so that other processes wait before they create, open or replace the store in it. SQLite's own
+/// locks belong to the file and do not help when the file is replaced. Waits at most five seconds, and goes on
+/// without the lock if it cannot be had.
+class Lock {
 public:
-    explicit Turn(const QString &directory);
-    ~Turn();
-    Turn(const Turn &) = delete;
-    Turn &operator=(const Turn &) = delete;
+    explicit Lock(const QString &directory);
+    ~Lock();
+    Lock(const Lock &) = delete;
+    Lock &operator=(const Lock &) = delete;
 
 private:
     int m_folder;
 };
 
-/// True for a file that has lost its content, which SQLite would silently take for a new one.
-bool isStump(const QString &path);
+/// Returns whether the file has lost its content. SQLite would silently treat it as a new file.
+bool hasLostContent(const QString &path);
 
-/// What the file says of its own layout.
 struct Layout {
-    /// The database's user_version, from its log where that holds a later one.
+    /// The database's user_version, from the log if that contains a later one.
     int version = 0;
-    /// Whether there is neither a log nor a journal beside it.
+    /// Whether there is neither a log nor a journal beside the file.
     bool alone = true;
 };
 
-/// Reads it without SQLite, which cannot look at a database with a log and change nothing beside it. Nothing for what
-/// is no SQLite database (https://www.sqlite.org/fileformat.html).
+/// Reads the layout without SQLite, which cannot open a database that has a log without changing files beside it.
+/// Returns nothing if the file is not a SQLite database (https://www.sqlite.org/fileformat.html).
 std::optional<Layout> layoutOf(const QString &path);
 
-/// Whether every byte of the file and its log can be had, so that what is wrong with them is not the disk's failing.
+/// Returns whether every byte of the file and its log can be read. If so, an error in them is not a disk failure.
 bool canBeRead(const QString &path);
 
-/// Puts the names of a new store's folders on disk. SQLite does that for the files in the store's own folder; like
-/// SQLite, this goes on where a folder cannot be synchronised.
+/// Synchronises the folders of a new store, so that their names are on disk. SQLite does the same for the files in
+/// the store's folder. Like SQLite, ignores folders that cannot be synchronised.
 void synchroniseFoldersOf(const QString &directory);
 
-/// Renames the file and its companions to PATH.damaged-N. False when one of them is still in its place.
+/// Renames the file, its log and its journal to PATH.damaged-N. Returns false if one of them could not be renamed.
 bool moveAside(const QString &path);
 
 } // namespace StoreFile
