@@ -11,9 +11,9 @@
 namespace {
 
 constexpr qsizetype largeReply = qsizetype(1024) * 1024;
-constexpr std::chrono::milliseconds largeReplyRest{500};
+constexpr std::chrono::milliseconds returnDelay{500};
 
-/// Decoding and completion are a job of their own on the main thread's queue, posted in the order of finishing.
+/// Posts the handler to the main thread's queue, so that replies are decoded in the order in which they finished.
 void send(const HttpRequest &request, std::function<void(QByteArray)> handler)
 {
     sendHttp(request, [handler = std::move(handler)](HttpReply reply) {
@@ -21,9 +21,9 @@ void send(const HttpRequest &request, std::function<void(QByteArray)> handler)
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [handler, body = std::move(reply.body)]() mutable { handler(std::move(body)); }, Qt::QueuedConnection);
-        // Once the reply, and what its screen has replaced by it, are gone.
+        // By then the reply, and the data that its screen has replaced, are freed.
         if (size > largeReply)
-            QTimer::singleShot(largeReplyRest, QCoreApplication::instance(), returnFreedMemory);
+            QTimer::singleShot(returnDelay, QCoreApplication::instance(), returnFreedMemory);
     });
 }
 

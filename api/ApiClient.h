@@ -6,31 +6,31 @@
 #include <functional>
 #include <optional>
 
-/// The gateway to the company's service: one call of a screen becomes one HTTPS exchange. It keeps no cookie, token
-/// or cache, retries nothing, logs nothing, and belongs to the main thread.
+/// The client of the company's service: each call sends one HTTPS request. It keeps no cookies, tokens or cache, does
+/// not retry, and logs nothing. Use it on the main thread only.
 ///
-/// A completion is called once, on the main thread, never inside the call, in the order in which the exchanges ended,
-/// also when the screen that asked has gone: what it captures must live that long (see ViewModel::hold). It gets
-/// the reply record whatever the HTTP status, or nothing: no connection, a reply without bytes or too large, 60
-/// seconds of silence, or bytes that do not read as the record. It is never called when the address is not a valid
-/// URL.
+/// A completion is called once, on the main thread, after the call has returned, and in the order in which the
+/// requests finish. It may outlive the screen that made the call, so what it captures must live that long (see
+/// ViewModel::hold). It receives the reply record, whatever the HTTP status. It receives nothing if there is no
+/// connection, if the reply is empty or too large, if no byte moves for 60 seconds, or if the reply cannot be read as
+/// the record. It is never called if the address is not a valid URL.
 class ApiClient final {
 public:
     ApiClient(const ApiClient &) = delete;
     ApiClient &operator=(const ApiClient &) = delete;
 
-    /// The one client of the process, made at first use and never destroyed.
+    /// Returns the client of the process. It is created at the first call and never destroyed.
     static ApiClient &instance();
 
-    /// POSTs `body` to the endpoint file (see Endpoints.h), as JSON, and reads the answer as `Reply`. The body is
-    /// written before this returns; a record that cannot be written is sent as a POST without a body.
+    /// POSTs `body` as JSON to one of the Endpoints, and reads the reply as a `Reply`. A record that cannot be
+    /// written as JSON is sent as an empty body.
     template <Record Reply, Record Body>
     void post(const QString &endpoint, const Body &body, std::function<void(std::optional<Reply>)> completion) const
     {
         postBytes(endpoint, Json::write(body).value_or(QByteArray()), decoding<Reply>(std::move(completion)));
     }
 
-    /// GETs the listing of a customer; any number is asked for as it is.
+    /// GETs the packages and quotations of a customer.
     void fetchDashboard(qint64 userId, std::function<void(std::optional<DashboardResponse>)> completion) const;
 
 private:

@@ -2,7 +2,8 @@
 
 #include <QLatin1StringView>
 
-/// The service's endpoint files, below its base address. All take a POST of the record named, but for the listing.
+/// The service's endpoints, relative to its base address. Each comment names the records of the request and the
+/// reply. Requests are POSTs, except that of the listing.
 namespace Endpoints {
 
 /// LoginRequest; LoginResponse.
@@ -19,7 +20,7 @@ inline constexpr QLatin1StringView casillero{"api_casillero.php"};
 inline constexpr QLatin1StringView cotizar{"api_cotizar.php"};
 /// AutoRequest; StandardResponse.
 inline constexpr QLatin1StringView importarAuto{"api_auto.php"};
-/// A GET with the customer's number in `user_id`; DashboardResponse.
+/// The listing: a GET with the customer's number in `user_id`; DashboardResponse.
 inline constexpr QLatin1StringView paquetes{"api_paquetes.php"};
 
 } // namespace Endpoints

@@ -9,7 +9,7 @@
 void returnFreedMemory()
 {
 #if defined(__GLIBC__)
-    // glibc keeps what each of the networking threads has freed in an arena of its own
+    // glibc keeps freed memory in one arena for each networking thread
     // (https://man7.org/linux/man-pages/man3/malloc_trim.3.html).
     malloc_trim(0);
 #endif

@@ -1,5 +1,5 @@
 #pragma once
 
-/// Gives memory that was freed back to the system, where the platform's allocator keeps it otherwise. To be called
-/// after something large has gone; it takes some milliseconds then.
+/// Returns freed memory to the system if the platform's allocator would keep it. Call it after freeing something
+/// large; it takes some milliseconds.
 void returnFreedMemory();

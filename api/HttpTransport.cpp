@@ -11,8 +11,8 @@
 
 namespace {
 
-/// A body that can be read once. The platform sends a request again by itself when a connection dies, after it has
-/// taken the body back to its start; a device that cannot go back is what keeps a POST from being sent twice.
+/// A body that can be read only once. When a connection is lost, Qt rewinds the body and sends the request again;
+/// since this device cannot be rewound, a POST is never sent twice.
 class OneShotBody final : public QIODevice {
 public:
     OneShotBody(QByteArray bytes, QObject *parent) : QIODevice(parent), m_bytes(std::move(bytes))
@@ -43,152 +43,153 @@ private:
     qint64 m_read = 0;
 };
 
-/// Where managers go whose exchange was given up. Their networking thread may still be reading what a server floods
-/// it with, and the platform waits for it, for five seconds, when a manager goes.
-QThread &departure()
+/// Deletes the managers of abandoned exchanges. A manager's destructor waits up to five seconds for its networking
+/// thread, which may still be reading from a server that floods it with data.
+QThread &abandonedManagers()
 {
     static auto *const thread = [] {
         auto *made = new QThread;
-        made->setObjectName(QStringLiteral("departure"));
+        made->setObjectName(QStringLiteral("abandonedManagers"));
         made->start();
         qAddPostRoutine([] {
-            departure().quit();
-            departure().wait();
+            abandonedManagers().quit();
+            abandonedManagers().wait();
         });
         return made;
     }();
     return *thread;
 }
 
-/// One exchange with a manager of its own: exchanges that share one also share its connections and their faults.
+/// One request and its reply. Each exchange has its own manager, because exchanges that share one also share its
+/// connections and their faults.
 class Exchange final : public QObject {
 public:
     Exchange(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits,
              const HttpObserver &observer)
-        : QObject(QCoreApplication::instance()), m_finished(std::move(finished)), m_limits(limits)
+        : QObject(QCoreApplication::instance()), m_handler(std::move(finished)), m_limits(limits)
     {
         m_manager->setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
         m_reply = send(request);
-        // The platform hears of it only once the exchange has begun, which is a turn of the event loop later;
-        // unheard, a server that sends chunks faster than they are read fills the memory.
+        // Qt ignores the read buffer's size until the request has started, which takes one turn of the event loop.
+        // Without a limit, a server that sends faster than we read fills the memory.
         QMetaObject::invokeMethod(
-            m_reply, [this] { m_reply->setReadBufferSize(readBuffer); }, Qt::QueuedConnection);
+            m_reply, [this] { m_reply->setReadBufferSize(readBufferSize); }, Qt::QueuedConnection);
         if (observer)
             observer(*m_reply);
 
-        m_silence.setSingleShot(true);
-        // The platform's other timers may be early.
-        m_silence.setTimerType(Qt::PreciseTimer);
-        m_silence.callOnTimeout(this, [this] { giveUp(HttpReply::End::Silent); });
-        m_silence.start(m_limits.silence);
+        m_silenceTimer.setSingleShot(true);
+        // Timers of the other types may fire early.
+        m_silenceTimer.setTimerType(Qt::PreciseTimer);
+        m_silenceTimer.callOnTimeout(this, [this] { abandon(HttpReply::End::Silent); });
+        m_silenceTimer.start(m_limits.silence);
 
-        const auto moved = [this] { m_silence.start(); };
-        connect(m_reply, &QNetworkReply::uploadProgress, this, moved);
-        connect(m_reply, &QNetworkReply::downloadProgress, this, moved);
-        connect(m_reply, &QNetworkReply::metaDataChanged, this, moved);
-        connect(m_reply, &QNetworkReply::encrypted, this, moved);
-        connect(m_reply, &QNetworkReply::readyRead, this, [this] { take(); });
+        const auto restartTimer = [this] { m_silenceTimer.start(); };
+        connect(m_reply, &QNetworkReply::uploadProgress, this, restartTimer);
+        connect(m_reply, &QNetworkReply::downloadProgress, this, restartTimer);
+        connect(m_reply, &QNetworkReply::metaDataChanged, this, restartTimer);
+        connect(m_reply, &QNetworkReply::encrypted, this, restartTimer);
+        connect(m_reply, &QNetworkReply::readyRead, this, [this] { readAvailable(); });
         connect(m_reply, &QNetworkReply::finished, this, [this] { finish(); });
         connect(m_reply, &QNetworkReply::errorOccurred, this, [this](QNetworkReply::NetworkError error) {
             if (error == QNetworkReply::UnknownContentError)
-                stopUnpacking();
+                endAfterDecompressionError();
         });
     }
 
     ~Exchange() override
     {
-        // At the end of the app there is no thread left to go to.
+        // When the application ends, the thread has already ended.
         if (m_end == HttpReply::End::Platform || QCoreApplication::closingDown())
             return;
         delete m_reply;
         m_manager->setParent(nullptr);
-        m_manager->moveToThread(&departure());
+        m_manager->moveToThread(&abandonedManagers());
         m_manager->deleteLater();
     }
 
 private:
-    /// Room behind the body for readers that look a little beyond the end.
-    static constexpr qint64 roomBehind = 64;
-    static constexpr qint64 piece = qint64(16) * 1024;
-    static constexpr qint64 readBuffer = qint64(256) * 1024;
+    /// Spare capacity after the body, for the JSON parser, which reads a little beyond the end.
+    static constexpr qint64 padding = 64;
+    static constexpr qint64 chunkSize = qint64(16) * 1024;
+    static constexpr qint64 readBufferSize = qint64(256) * 1024;
 
     QNetworkReply *send(const HttpRequest &request)
     {
-        QNetworkRequest platform(request.url);
-        platform.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-        platform.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-        platform.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-        platform.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-        platform.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-        platform.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
-        // The limit on the body's size below holds for what is decompressed; the platform's own threshold, a ratio,
-        // would refuse honest replies with many like rows.
-        platform.setDecompressedSafetyCheckThreshold(m_limits.bodySize);
+        QNetworkRequest qtRequest(request.url);
+        qtRequest.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+        qtRequest.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+        qtRequest.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+        qtRequest.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+        qtRequest.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+        qtRequest.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+        // readAvailable() limits the decompressed size. Qt's own check limits the compression ratio, and would refuse
+        // valid replies with many similar rows.
+        qtRequest.setDecompressedSafetyCheckThreshold(m_limits.bodySize);
         if (request.method == HttpRequest::Method::Get)
-            return m_manager->get(platform);
-        platform.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
-        platform.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
-        return m_manager->post(platform, new OneShotBody(request.body, this));
+            return m_manager->get(qtRequest);
+        qtRequest.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
+        qtRequest.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+        return m_manager->post(qtRequest, new OneShotBody(request.body, this));
     }
 
-    void take()
+    void readAvailable()
     {
-        m_silence.start();
-        if (m_dropped)
+        m_silenceTimer.start();
+        if (m_ignoresData)
             return;
-        const qint64 announced = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
-        if (announced > m_limits.bodySize)
-            return giveUp(HttpReply::End::TooLarge);
-        makeRoom(announced);
-        // Piece by piece: all at once, little that is packed may be very much.
+        const qint64 contentLength = m_reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        if (contentLength > m_limits.bodySize)
+            return abandon(HttpReply::End::TooLarge);
+        reserve(contentLength);
+        // Read in small chunks, since a little compressed data may expand enormously.
         for (qint64 count = 1; count > 0;) {
             const qsizetype size = m_body.size();
-            makeRoom(size + piece);
-            m_body.resize(size + piece);
-            count = m_reply->read(m_body.data() + size, piece);
+            reserve(size + chunkSize);
+            m_body.resize(size + chunkSize);
+            count = m_reply->read(m_body.data() + size, chunkSize);
             m_body.resize(size + std::max<qint64>(count, 0));
             if (m_body.size() > m_limits.bodySize)
-                return giveUp(HttpReply::End::TooLarge);
+                return abandon(HttpReply::End::TooLarge);
         }
     }
 
-    /// A body that grows by appending is copied now and then, and in memory twice while it is.
-    void makeRoom(qint64 size)
+    /// Reserves ahead: while the body is reallocated, it is in memory twice.
+    void reserve(qint64 size)
     {
-        if (size + roomBehind > m_body.capacity())
-            m_body.reserve(std::max(size, std::min(m_limits.bodySize + piece, 2 * m_body.size())) + roomBehind);
+        if (size + padding > m_body.capacity())
+            m_body.reserve(std::max(size, std::min(m_limits.bodySize + chunkSize, 2 * m_body.size())) + padding);
     }
 
-    /// Ends the exchange as one without a reply.
-    void giveUp(HttpReply::End end)
+    /// Ends the exchange without a body.
+    void abandon(HttpReply::End end)
     {
-        m_dropped = true;
+        m_ignoresData = true;
         m_end = end;
         m_body = {};
-        conclude();
+        endNow();
     }
 
-    /// Behind bytes that it cannot unpack the platform hands out packed ones, or waits for ever.
-    void stopUnpacking()
+    /// After a decompression error, Qt either returns compressed bytes or waits forever.
+    void endAfterDecompressionError()
     {
-        m_dropped = true;
+        m_ignoresData = true;
         QMetaObject::invokeMethod(
-            this, [this] { conclude(); }, Qt::QueuedConnection);
+            this, [this] { endNow(); }, Qt::QueuedConnection);
     }
 
-    /// Ends the exchange with what has come. The platform complains when one that has failed is aborted.
-    void conclude()
+    /// Ends the exchange with the bytes received so far. Qt prints a warning if a reply that has failed is aborted.
+    void endNow()
     {
-        if (!m_finishing)
+        if (!m_finished)
             m_reply->error() == QNetworkReply::NoError ? m_reply->abort() : finish();
     }
 
     void finish()
     {
-        if (std::exchange(m_finishing, true))
+        if (std::exchange(m_finished, true))
             return;
-        take();
-        m_silence.stop();
+        readAvailable();
+        m_silenceTimer.stop();
         m_reply->disconnect(this);
         HttpReply reply;
         reply.body = std::move(m_body);
@@ -197,17 +198,17 @@ private:
         reply.error = m_reply->error();
         reply.end = m_end;
         deleteLater();
-        m_finished(std::move(reply));
+        m_handler(std::move(reply));
     }
 
-    std::function<void(HttpReply)> m_finished;
+    std::function<void(HttpReply)> m_handler;
     HttpLimits m_limits;
     QNetworkAccessManager *const m_manager = new QNetworkAccessManager(this);
-    QTimer m_silence;
+    QTimer m_silenceTimer;
     QNetworkReply *m_reply = nullptr;
     QByteArray m_body;
-    bool m_dropped = false;
-    bool m_finishing = false;
+    bool m_ignoresData = false;
+    bool m_finished = false;
     HttpReply::End m_end = HttpReply::End::Platform;
 };
 

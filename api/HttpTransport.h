@@ -14,21 +14,20 @@ struct HttpRequest {
 
     Method method = Method::Get;
     QUrl url;
-    /// Sent with a POST as it stands; may be empty.
+    /// The body of a POST; may be empty.
     QByteArray body = {};
     /// The Content-Type of a POST.
     QByteArray contentType = {};
 };
 
-/// How an exchange ended. `ApiClient` looks at the body only; the rest is for tools.
+/// The result of an exchange. ApiClient uses the body only; the rest is for tools.
 struct HttpReply {
-    /// Who ended it: the platform, or this transport by one of its limits, and then without a body.
+    /// What ended the exchange: Qt, or one of the limits. In the latter case the body is empty.
     enum class End { Platform, TooLarge, Silent };
 
-    /// The received bytes, also when the connection broke after them. Empty when none came, when more than the limit
-    /// came, and when the exchange fell silent.
+    /// The bytes received, even if the connection was lost after them. Empty if a limit ended the exchange.
     QByteArray body = {};
-    /// 0 when no reply arrived.
+    /// 0 if no reply arrived.
     int status = 0;
     QList<QNetworkReply::RawHeaderPair> headers = {};
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
@@ -36,19 +35,19 @@ struct HttpReply {
 };
 
 struct HttpLimits {
-    /// Bytes of a reply's body, after decompression, that are still taken.
+    /// The maximum size of a reply's body after decompression.
     qint64 bodySize = qint64(64) * 1024 * 1024;
-    /// An exchange ends when no byte has moved in either direction for this long.
+    /// The exchange ends if no byte moves in either direction for this long.
     std::chrono::milliseconds silence = std::chrono::seconds(60);
 };
 
-/// Gets the platform's reply before anything has moved, to connect to its signals: what a tool wants to know of the
-/// connection and its certificate. It changes nothing.
+/// Receives the QNetworkReply before the exchange starts. Tools connect to its signals to learn about the connection
+/// and its certificate.
 using HttpObserver = std::function<void(const QNetworkReply &)>;
 
-/// Sends one HTTP/1.1 request and calls `finished` once, later, on the calling thread, which must be the
-/// application's main thread; the end of the application before that drops it. A POST reaches the server at most
-/// once whatever the connection does; a GET may be repeated by the platform. Redirects are not followed, cookies
-/// neither kept nor sent, certificates that the platform refuses are refused.
+/// Sends an HTTP/1.1 request and later calls `finished` once, unless the application ends first. Call it on the main
+/// thread; `finished` is called there too. A POST reaches the server at most once; Qt may repeat a GET when a
+/// connection is lost. Redirects are not followed, cookies are neither stored nor sent, and certificates that Qt does
+/// not accept are refused.
 void sendHttp(const HttpRequest &request, std::function<void(HttpReply)> finished, const HttpLimits &limits = {},
               const HttpObserver &observer = {});

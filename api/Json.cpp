@@ -37,7 +37,7 @@ const char *typeName(simdjson::dom::element_type type)
     return "value";
 }
 
-/// The decoder drops a mark at the start of a text by itself; here it is part of the value.
+/// Keeps a byte-order mark at the start, which QString::fromUtf8 would drop.
 QString textFromUtf8(std::string_view utf8)
 {
     const QByteArrayView bytes(utf8.data(), static_cast<qsizetype>(utf8.size()));
@@ -46,7 +46,7 @@ QString textFromUtf8(std::string_view utf8)
     return QString::fromUtf8(bytes);
 }
 
-/// How a character must be escaped inside a string, or an empty view for one that stands for itself.
+/// Returns the short escape sequence of a character, or an empty view if it has none.
 constexpr std::string_view escape(char16_t unit)
 {
     switch (unit) {
@@ -73,7 +73,7 @@ constexpr std::string_view escape(char16_t unit)
 
 char *append(char *to, std::string_view text) { return std::copy(text.begin(), text.end(), to); }
 
-/// Writes one code point of `text` that starts at `index` (moved past it) as UTF-8.
+/// Writes the code point at `index` as UTF-8, and leaves `index` at its last unit.
 char *appendCodePoint(char *to, QStringView text, qsizetype &index)
 {
     char32_t point = text[index].unicode();
@@ -96,7 +96,7 @@ char *appendCodePoint(char *to, QStringView text, qsizetype &index)
     return to;
 }
 
-/// Widens a text of ASCII characters alone; false where there are others.
+/// Converts ASCII to UTF-16; returns false if the text contains other characters.
 bool widen(std::string_view ascii, char16_t *to)
 {
     constexpr std::size_t step = 8;
@@ -122,19 +122,19 @@ bool widen(std::string_view ascii, char16_t *to)
 QString Texts::make(std::string_view utf8)
 {
     const auto most = static_cast<qsizetype>(utf8.size()) + 1;
-    if (utf8.empty() || utf8.size() > longest || ++m_count <= few)
+    if (utf8.empty() || utf8.size() > longestShared || ++m_count <= unsharedCount)
         return textFromUtf8(utf8);
     if (m_block.isNull() || m_used + most > blockSize) {
         m_block = QString(blockSize, Qt::Uninitialized);
         m_used = 0;
     }
-    // A string is a place in a counted block. Those of one block count it together; who changes one while there are
-    // others gets a block of its own.
+    // A QString refers to a part of a reference-counted block. A string that is changed while others share its block
+    // is copied first.
     QString::DataPointer &block = m_block.data_ptr();
     char16_t *const start = block.data() + m_used;
     auto size = static_cast<int>(utf8.size());
     if (!widen(utf8, start)) {
-        // The parser has found it valid.
+        // Cannot fail: the parser has validated the text.
         auto error = U_ZERO_ERROR;
         u_strFromUTF8(start, size, &size, utf8.data(), size, &error);
     }
@@ -186,9 +186,9 @@ bool parsePadded(QByteArrayView bytes, bool padded, Reading &reading, simdjson::
 {
     if (bytes.startsWith(byteOrderMark))
         bytes = bytes.sliced(byteOrderMark.size());
-    // A second mark is not JSON, whatever a later parser makes of it.
+    // A second byte-order mark is not JSON, even if a later version of the parser accepts it.
     auto error = bytes.startsWith(byteOrderMark) ? simdjson::TAPE_ERROR : simdjson::SUCCESS;
-    // The parser copies from a null pointer when it is given one, also nothing.
+    // The parser must not be given a null pointer, not even with a length of 0.
     if (!error && bytes.isEmpty())
         error = simdjson::EMPTY;
     if (!error)
@@ -205,7 +205,7 @@ bool parse(QByteArrayView bytes, Reading &reading, simdjson::dom::parser &parser
 
 bool parse(QByteArray &&bytes, Reading &reading, simdjson::dom::parser &parser, Element &root)
 {
-    // The parser reads a little beyond the end; without room for that it would make a copy.
+    // The parser reads a little beyond the end, and copies the document if there is no spare capacity.
     const QByteArray mine = [&] {
         QByteArray moved = std::move(bytes);
         moved.reserve(moved.size() + readBeyond);
@@ -243,21 +243,21 @@ bool readValue(Element from, double &to, Reading &reading)
 
 namespace {
 
-/// UTF-16 units that are looked at together, which the compiler does a few at a time.
-constexpr qsizetype together = 16;
+/// The number of UTF-16 units in a batch, which the compiler vectorises.
+constexpr qsizetype batch = 16;
 
-/// Whether these many units stand for themselves.
+/// Returns whether a batch of units needs no escaping.
 bool arePlain(const char16_t *units)
 {
     bool plain = true;
-    for (qsizetype i = 0; i < together; ++i) {
+    for (qsizetype i = 0; i < batch; ++i) {
         const char16_t unit = units[i];
         plain &= unit >= 0x20 && unit < 0x80 && unit != u'"' && unit != u'\\' && unit != u'/';
     }
     return plain;
 }
 
-/// Writes the unit at `index`, or the two of a pair; `index` stands at the last of them then.
+/// Writes the character at `index`, and leaves `index` at its last unit.
 char *appendUnit(char *out, QStringView text, qsizetype &index)
 {
     const char16_t unit = text[index].unicode();
@@ -280,8 +280,8 @@ char *appendUnit(char *out, QStringView text, qsizetype &index)
 
 bool writeValue(QByteArray &to, const QString &value)
 {
-    // A UTF-16 unit takes at most six bytes ("\u001f"). Room is made in slices, so that a long text that is nearly
-    // all ASCII, such as a photo in base64, does not claim six times its size.
+    // A UTF-16 unit takes at most six bytes ("\u001f"). The text is written in slices, so that a long text that is
+    // mostly ASCII, such as a photo in base64, does not need six times its size.
     constexpr qsizetype slice = 16384;
     constexpr qsizetype most = 6;
     const QStringView text(value);
@@ -295,13 +295,13 @@ bool writeValue(QByteArray &to, const QString &value)
         char *out = to.data() + old;
         while (index < end) {
             const char16_t *const units = text.utf16() + index;
-            if (end - index >= together && arePlain(units)) {
-                for (qsizetype i = 0; i < together; ++i)
+            if (end - index >= batch && arePlain(units)) {
+                for (qsizetype i = 0; i < batch; ++i)
                     out[i] = static_cast<char>(units[i]);
-                out += together;
-                index += together;
+                out += batch;
+                index += batch;
             } else {
-                for (const qsizetype stop = std::min(end, index + together); index < stop; ++index)
+                for (const qsizetype stop = std::min(end, index + batch); index < stop; ++index)
                     out = appendUnit(out, text, index);
             }
         }
@@ -321,15 +321,15 @@ bool writeValue(QByteArray &to, double value)
 {
     if (!std::isfinite(value))
         return false;
-    // A parser that takes digits alone for a whole number of 64 bits would lose the sign here, and refuse the
-    // largest below.
+    // Many parsers read digits alone as a 64-bit integer. "-0" would lose its sign, and large numbers would be
+    // refused, so write a fraction or an exponent.
     if (value == 0 && std::signbit(value)) {
         to += "-0.0";
         return true;
     }
     constexpr double wholeNumberLimit = 0x1p63;
     const bool large = std::abs(value) >= wholeNumberLimit;
-    // The shortest text that reads back as the same double, whatever the process locale.
+    // to_chars writes the shortest text that reads back as the same double, and ignores the locale.
     std::array<char, 32> digits;
     char *const begin = digits.data();
     const auto [end, error] = large

@@ -14,9 +14,9 @@
 #include <optional>
 #include <string_view>
 
-// Records to and from JSON (RFC 8259), by their field lists. Nothing is lenient: a value of the wrong type fails
-// the whole read. Keys that a record does not list are ignored; of a key that stands twice the last counts;
-// a missing key and null both leave an optional field absent.
+// Converts records to and from JSON (RFC 8259), using their field lists. Reading is strict: if a value has the wrong
+// type, reading fails. Unknown keys are ignored, and the last of duplicate keys counts. An optional field stays empty
+// if its key is missing or its value is null.
 
 /// A struct whose fields are listed with BOOST_DESCRIBE_STRUCT.
 template <class T>
@@ -24,7 +24,7 @@ concept Record = boost::describe::has_describe_members<T>::value;
 
 namespace Json {
 
-/// How many bytes of room behind a document spare the reader a copy of it.
+/// With this many bytes of spare capacity after a document, `read` need not copy it.
 inline constexpr qsizetype readBeyond = simdjson::SIMDJSON_PADDING;
 template <class R>
 using Fields = boost::describe::describe_members<R, boost::describe::mod_public>;
@@ -33,12 +33,12 @@ template <class R>
 inline constexpr std::size_t fieldCount = boost::mp11::mp_size<Fields<R>>::value;
 } // namespace Json
 
-/// The JSON keys of a record in the order of its fields, and the way back from a key to its field.
+/// The JSON keys of a record, in the order of its fields.
 template <Record R>
 struct CodingKeys {
     static constexpr std::size_t count = Json::fieldCount<R>;
 
-    /// The key texts (ASCII), by field.
+    /// The keys, which are ASCII.
     static constexpr std::array<std::string_view, count> names = [] {
         std::array<std::string_view, count> all;
         std::size_t index = 0;
@@ -46,7 +46,7 @@ struct CodingKeys {
         return all;
     }();
 
-    /// The field of a key, 0 … count - 1; nothing for a text that is no key. Letter case counts.
+    /// Returns the index of the field with this key, or nothing if there is none. Keys are case-sensitive.
     static constexpr std::optional<std::size_t> find(std::string_view key) noexcept
     {
         for (std::size_t index = 0; index < count; ++index) {
@@ -59,8 +59,7 @@ struct CodingKeys {
 
 namespace Json {
 
-/// What reading gave: the record, or the reason and its place, as in
-/// "paquetes[17].tracking: number, must be text".
+/// The record, or the place and the reason of an error, for example "paquetes[17].tracking: number, must be text".
 template <class R>
 struct ReadResult {
     std::optional<R> record;
@@ -73,34 +72,34 @@ namespace detail {
 
 using Element = simdjson::dom::element;
 
-/// Makes the texts of a document. Those of a long one share blocks of memory, which go with the last of their texts:
-/// to allocate each by itself takes longer than to read it.
+/// Creates the strings of a document. In long documents strings share blocks of memory, because separate allocations
+/// take longer than reading the document. A block is freed with the last of its strings.
 class Texts {
 public:
     Texts() = default;
-    // Two that go on in one block would write over each other's texts.
+    // Two copies would write to the same block.
     Q_DISABLE_COPY_MOVE(Texts)
 
     QString make(std::string_view utf8);
 
 private:
-    /// Of a short document each text has its own; nothing of it is kept beyond what is used.
-    static constexpr int few = 32;
-    /// UTF-16 units in a block.
+    /// The first strings are allocated separately, so that short documents need no block.
+    static constexpr int unsharedCount = 32;
+    /// In UTF-16 units.
     static constexpr qsizetype blockSize = 32768;
-    static constexpr std::size_t longest = blockSize / 16;
+    static constexpr std::size_t longestShared = blockSize / 16;
 
     int m_count = 0;
     QString m_block;
     qsizetype m_used = 0;
 };
 
-/// What goes along with a read: the texts met so far, and where it failed, collected from the inside out.
+/// The state of a read: the string allocator, and the place of an error, which is collected from the inside out.
 class Reading {
 public:
     Texts texts;
 
-    /// Always false, so that a reader can return it.
+    /// The first four always return false, so that a reader can return their result.
     bool wrongType(Element found, const char *wanted);
     bool missing();
     bool outOfRange();
@@ -145,7 +144,7 @@ bool readValue(Element from, QList<T> &to, Reading &reading)
     simdjson::dom::array rows;
     if (from.get(rows) != simdjson::SUCCESS)
         return reading.wrongType(from, "array");
-    // The parser counts up to 0xFFFFFF elements; beyond that the list grows as it goes.
+    // The parser counts no more than 0xFFFFFF elements; a longer list grows while it is read.
     to.reserve(static_cast<qsizetype>(rows.size()));
     std::size_t index = 0;
     for (const Element row : rows) {
@@ -183,11 +182,11 @@ bool readValue(Element from, R &to, Reading &reading)
     return good;
 }
 
-/// Finds the root of a fully validated document, which lives in `parser`; false with a reason when the bytes are
-/// not JSON.
+/// Parses and validates a document, and stores its root, which lives in `parser`. Returns false and sets the reason
+/// if the bytes are not JSON.
 bool parse(QByteArrayView bytes, Reading &reading, simdjson::dom::parser &parser, Element &root);
 
-/// The same, letting go of the bytes once they are parsed: what `root` needs of them is in `parser`.
+/// The same, but frees the bytes after parsing; `parser` holds copies of what `root` needs.
 bool parse(QByteArray &&bytes, Reading &reading, simdjson::dom::parser &parser, Element &root);
 
 bool writeValue(QByteArray &to, const QString &value);
@@ -198,7 +197,7 @@ bool writeValue(QByteArray &to, const QList<T> &rows);
 template <Record R>
 bool writeValue(QByteArray &to, const R &record);
 
-/// Opens the key of the next member; `first` says whether it is the object's first.
+/// Writes the key of an object's next member; `first` tells whether it is the first member.
 void writeKey(QByteArray &to, std::string_view key, bool first);
 
 template <class T>
@@ -259,33 +258,31 @@ ReadResult<R> readRecord(Bytes bytes)
 
 } // namespace detail
 
-// For tools that look at every value of a reply, where reading ends with the first wrong one: the same judgement,
-// value by value.
+// For tools that check every value of a reply by the same rules. `read` stops at the first error.
 using detail::Element;
 using detail::parse;
 using detail::readField;
 using detail::Reading;
 using detail::readValue;
 
-/// Reads `bytes` (UTF-8, at most one leading byte-order mark) as a record, which holds copies. Fails on anything that
-/// is not JSON, has a value deeper than 1,024 levels (the top is the first), a number beyond a double or a whole
-/// number beyond 64 bits, on a top level that is not an object, and on any listed key with the wrong type; then there
-/// is no record at all.
+/// Reads a record from UTF-8 bytes, which may start with a byte-order mark. The record holds copies. Fails if the
+/// bytes are not JSON or not an object, if values are nested deeper than 1,024 levels (the top level counts), if a
+/// number exceeds a double, if a whole number does not fit 64 bits, or if a listed key has a value of the wrong type.
 template <Record R>
 ReadResult<R> read(QByteArrayView bytes)
 {
     return detail::readRecord<R>(bytes);
 }
 
-/// The same, freeing the bytes before the record is made, so that a large reply is not in memory twice.
+/// The same, but frees the bytes before it creates the record, so that a large reply is not in memory twice.
 template <Record R>
 ReadResult<R> readAndFree(QByteArray bytes)
 {
     return detail::readRecord<R>(std::move(bytes));
 }
 
-/// Writes a record as compact JSON in UTF-8, "/" as "\/", every required field and no absent one. Nothing when
-/// the record holds a double that is not finite. A lone surrogate, which UTF-8 cannot hold, is written as U+FFFD.
+/// Writes a record as compact JSON in UTF-8, with "/" as "\/" and without absent fields. Returns nothing if the
+/// record contains a double that is not finite. Lone surrogates, which UTF-8 cannot represent, are written as U+FFFD.
 template <Record R>
 std::optional<QByteArray> write(const R &record)
 {

@@ -2,6 +2,6 @@
 
 #include "Records.h"
 
-/// What makes a package row that row: its tracking number, so that two with the same number, or without one, are
-/// alike.
+/// Returns the identity of a package row: its tracking number. Rows with the same number, or without one, are the
+/// same.
 inline const std::optional<QString> &identityOf(const DashboardResponse::Paquete &row) { return row.tracking; }

@@ -7,7 +7,7 @@ qint64 parseUserId(const std::optional<QString> &id)
     const QByteArray text = id ? id->toUtf8() : QByteArray();
     const char *from = text.constData();
     const char *const end = from + text.size();
-    // A minus belongs to the number; a plus does not, and must not be followed by another sign.
+    // from_chars accepts a minus but no plus.
     if (text.startsWith('+') && !text.startsWith("+-"))
         ++from;
     qint64 number = 0;

@@ -4,6 +4,6 @@
 
 #include <optional>
 
-/// The customer's number from the text that the service gives: an optional sign and ASCII digits, within 64 bits.
-/// Anything else, blanks included, is 0, which means nobody.
+/// Parses the customer's number in a reply: an optional sign and ASCII digits, within 64 bits. Returns 0, which means
+/// nobody, for any other text, including text with blanks.
 qint64 parseUserId(const std::optional<QString> &id);

@@ -7,9 +7,8 @@
 
 #include <optional>
 
-// The thirteen records of the service. A record is its field list and nothing else: the name of a field is its
-// JSON key, and Json.h reads and writes a record by this list. Requests have required fields, replies optional
-// ones. Rows stand in the order in which the service sends them.
+// The thirteen records of the service. Json.h reads and writes a record by its described fields: the name of a field
+// is its JSON key. The fields of requests are required, those of replies optional. Rows keep the service's order.
 
 struct LoginRequest {
     QString email;
@@ -17,7 +16,7 @@ struct LoginRequest {
 };
 BOOST_DESCRIBE_STRUCT(LoginRequest, (), (email, password))
 
-/// The reply to signing in and to registering.
+/// The reply to a sign-in and to a registration.
 struct LoginResponse {
     std::optional<QString> status;
     std::optional<QString> message;
@@ -52,7 +51,7 @@ struct PerfilRequest {
     QString nombre;
     QString email;
     QString password;
-    /// The picked photo's bytes in base64, or empty.
+    /// The photo's bytes in base64, or empty.
     QString avatar_base64;
 };
 BOOST_DESCRIBE_STRUCT(PerfilRequest, (), (user_id, nombre, email, password, avatar_base64))
@@ -61,7 +60,7 @@ struct AutoRequest {
     qint64 user_id = 0;
     QString marca;
     QString modelo;
-    /// The year travels as text.
+    /// The year, as text.
     QString anio;
     QString ubicacion;
 };
@@ -73,16 +72,16 @@ struct CotizacionRequest {
     QString tipo;
     QString origen;
     QString destino;
-    /// Pounds.
+    /// In pounds.
     double peso = 0;
-    /// US dollars.
+    /// In US dollars.
     double valor = 0;
     QString descripcion;
 };
 BOOST_DESCRIBE_STRUCT(CotizacionRequest, (), (user_id, tipo, origen, destino, peso, valor, descripcion))
 
 struct CasilleroRequest {
-    /// Text here and a number everywhere else: the protocol is like that.
+    /// The service expects text here, and a number everywhere else.
     QString user_id;
 };
 BOOST_DESCRIBE_STRUCT(CasilleroRequest, (), (user_id))
@@ -99,7 +98,7 @@ struct DashboardResponse {
         std::optional<QString> tracking;
         std::optional<QString> descripcion;
         std::optional<QString> estado;
-        /// The service's own text; never read as a date.
+        /// The service's own text; never parsed as a date.
         std::optional<QString> fecha_recibido;
     };
     struct Cotizacion {

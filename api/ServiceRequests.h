@@ -6,14 +6,14 @@
 
 #include <optional>
 
-/// The requests that the service understands, below a base address that ends in "/". Nothing when base address and
-/// endpoint do not form an absolute http or https address with a host.
+/// Builds the requests to the service. The base address must end in "/". The functions return nothing if the base
+/// address and the endpoint do not form an absolute http or https URL with a host.
 namespace ServiceRequests {
 
-/// A POST of a written record to one of the Endpoints; the body may be empty.
+/// A POST of a JSON record to one of the Endpoints; the body may be empty.
 std::optional<HttpRequest> post(const QString &baseUrl, const QString &endpoint, const QByteArray &body);
 
-/// The GET of a customer's listing; any number is asked for as it is.
+/// A GET of a customer's packages and quotations.
 std::optional<HttpRequest> listing(const QString &baseUrl, qint64 userId);
 
 } // namespace ServiceRequests
