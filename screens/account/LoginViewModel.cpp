@@ -42,7 +42,7 @@ void LoginViewModel::enviarRecuperacion()
     const RecuperarRequest request{.email = recuperarEmail};
     ApiClient::instance().post<StandardResponse>(
         Endpoints::recuperar, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
-            // Whether the address is known is nobody's business, and a failure looks the same.
+            // A failure looks like a success, so that nobody learns which addresses have an account.
             const auto done = u"Solicitud procesada"_s;
             msg = reply ? reply->message.value_or(done) : done;
         });

@@ -6,14 +6,14 @@
 
 #include <QtQmlIntegration>
 
-/// Signing in, and asking for a new password.
+/// Signs a customer in, and requests a new password.
 class LoginViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = LoginViewModel;
     STATE(QString, email, {})
     STATE(QString, pass, {})
-    /// The outcome of the last action; empty until there is one.
+    /// The result of the last action; empty before the first one.
     STATE(QString, msg, {})
     STATE(bool, showRecuperarDialog, false)
     STATE(QString, recuperarEmail, {})
@@ -24,9 +24,9 @@ class LoginViewModel : public ViewModel {
 public:
     QString supportEmail() const;
 
-    /// Signs in with what was typed. A success writes the session, and the root then leaves this screen.
+    /// Signs in with `email` and `pass`. On success, writes the session; MarovendaApp then shows the dashboard.
     Q_INVOKABLE void iniciarSesion();
     Q_INVOKABLE void abrirRecuperacion();
-    /// Asks for a link to change the password, unless the address is empty.
+    /// Requests a link for changing the password, unless `recuperarEmail` is empty.
     Q_INVOKABLE void enviarRecuperacion();
 };

@@ -14,7 +14,7 @@ struct Closer {
 
 bool isAllowedPassword(const QString &password)
 {
-    // ICU's own classes decide what a word character is; Qt's expressions are of another kind and decide otherwise.
+    // ICU and QRegularExpression differ in what \W matches; the rule follows ICU.
     static constexpr char16_t rule[] = u"(?=.*[A-Z])(?=.*[\\W_])";
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<URegularExpression, Closer> expression(uregex_open(rule, -1, 0, nullptr, &status));

@@ -2,6 +2,6 @@
 
 #include <QString>
 
-/// Whether a password may be chosen: it has a capital A to Z and a special character, which is anything but a letter,
-/// digit, combining mark or connector as Unicode has them, or an underscore.
+/// Returns whether the password contains a capital letter from A to Z and a special character. An underscore is a
+/// special character; other letters, digits, combining marks and connectors, as Unicode defines them, are not.
 bool isAllowedPassword(const QString &password);

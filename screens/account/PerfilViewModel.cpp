@@ -18,7 +18,7 @@ void PerfilViewModel::elegirFoto(const QUrl &item)
         return;
     selectedItem = item;
     loadPhoto(item, this, [this, alive = hold(), pick = ++m_picks](const LoadedPhoto &photo) {
-        // An earlier pick from a slow drive, which comes after a later one, does not replace it.
+        // A slow drive may deliver an earlier pick after a later one.
         if (pick < m_loadedPick)
             return;
         m_loadedPick = pick;

@@ -10,17 +10,17 @@
 
 namespace {
 
-/// A pick does not wait for the one before it, whose file may lie on a network drive that is gone.
+/// Starts every read at once, since an earlier file may be on a network drive that is gone.
 Background &loads()
 {
     static auto *const made = new Background(8, std::chrono::milliseconds(0));
     return *made;
 }
 
-/// In steps, since the text itself takes 171 MiB for the largest file.
+/// Encodes in steps: the text alone takes 171 MiB for the largest file.
 QString base64Of(const QByteArray &bytes)
 {
-    // A multiple of 3, so that no step ends with padding but the last.
+    // A multiple of 3, so that only the last step ends with padding.
     constexpr qsizetype step = qsizetype(3) * 65536;
     QString text;
     text.reserve((bytes.size() + 2) / 3 * 4);

@@ -7,17 +7,15 @@
 
 #include <functional>
 
-/// The bytes of a picked photo, as they are in its file, and their base64 text (RFC 4648, padded, without line
-/// breaks).
+/// The bytes of a photo's file, and their base64 text (RFC 4648, padded, without line breaks).
 struct LoadedPhoto {
     QByteArray bytes;
     QString base64;
 };
 
-/// Reads and encodes a photo off the main thread and hands it to `loaded` on the main thread, while `context` lives.
-/// For what is no file, cannot be read, is empty or has more than 64 MiB nothing is handed over. Whatever becomes of
-/// the photo, `loaded` is destroyed on the main thread, when the application ends at the latest.
+/// Reads and encodes a photo on another thread, and calls `loaded` on the main thread if `context` still exists. Does
+/// not call `loaded` if the URL is not that of a regular file, or if the file cannot be read, is empty or is larger
+/// than 64 MiB. `loaded` is always destroyed on the main thread, at the latest when the application ends.
 ///
-/// A photo waits for no other: one that was asked for earlier may come later, or never. Eight are read at once, at
-/// most.
+/// Up to eight photos load at the same time. They may finish in any order, or never.
 void loadPhoto(const QUrl &item, QObject *context, std::function<void(LoadedPhoto)> loaded);

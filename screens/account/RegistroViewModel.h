@@ -6,7 +6,7 @@
 
 #include <QtQmlIntegration>
 
-/// Creating an account.
+/// Creates an account.
 class RegistroViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
@@ -16,7 +16,7 @@ class RegistroViewModel : public ViewModel {
     STATE(QString, direccion, {})
     STATE(QString, ciudad, {})
     STATE(QString, pass, {})
-    /// The outcome of the last action; empty until there is one.
+    /// The result of the last action; empty before the first one.
     STATE(QString, msg, {})
     SESSION_VALUE(qint64, userId, setUserId)
     SESSION_VALUE(QString, userNombre, setUserNombre)
@@ -24,7 +24,7 @@ class RegistroViewModel : public ViewModel {
 public:
     using ViewModel::ViewModel;
 
-    /// Sends what was typed, without blanks around it, once nothing is missing and the password is allowed. A success
-    /// writes the session, and the root then leaves this screen.
+    /// Sends the trimmed fields if none is empty and the password is allowed. On success, writes the session;
+    /// MarovendaApp then shows the dashboard.
     Q_INVOKABLE void registrar();
 };

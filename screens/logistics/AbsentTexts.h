@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QtQmlIntegration>
 
-/// The texts of Absent, for the layouts.
+/// The texts in Absent.h, for use in QML.
 class AbsentTexts : public QObject {
     Q_OBJECT
     QML_NAMED_ELEMENT(Absent)

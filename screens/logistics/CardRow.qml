@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// A row of the dashboard on a card of its own: a picture, two lines, and a badge at the right.
+// A row of the dashboard, on its own card: an emoji, two lines of text, and a badge at the right.
 Item {
     id: row
 
@@ -10,7 +10,7 @@ Item {
     required property string detail
     required property string badge
     required property color badgeColor
-    // The row is heard as one element.
+    // The accessible name: screen readers read the row as one element.
     readonly property string spoken: headline + ", " + detail + ", " + badge
     property bool partOfControl: false
     readonly property real padding: 12

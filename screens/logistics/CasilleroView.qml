@@ -55,10 +55,10 @@ AppScreen {
                             width: parent.width
                             text: viewModel.direccion
                             color: Theme.grey
-                            lineHeight: textStyle.line + between
-                            // Between the lines, and so not below the last one.
-                            readonly property real between: 8
-                            height: implicitHeight - between
+                            lineHeight: textStyle.line + lineSpacing
+                            readonly property real lineSpacing: 8
+                            // Without the spacing below the last line.
+                            height: implicitHeight - lineSpacing
                             horizontalAlignment: Text.AlignHCenter
                         }
                     }

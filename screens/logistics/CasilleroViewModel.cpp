@@ -23,7 +23,7 @@ void CasilleroViewModel::cargarCasillero()
     const CasilleroRequest request{.user_id = QString::number(userId())};
     ApiClient::instance().post<CasilleroResponse>(
         Endpoints::casillero, request, [this, alive = hold()](const std::optional<CasilleroResponse> &reply) {
-            // A name counts whatever the status says.
+            // The reply's status does not matter.
             info = reply ? reply->nombreCompleto.value_or(u"Error"_s) : u"Error"_s;
         });
 }

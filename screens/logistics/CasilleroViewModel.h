@@ -6,21 +6,21 @@
 
 #include <QtQmlIntegration>
 
-/// The customer's mailbox: the name to address parcels to, and the warehouse's address.
+/// Shows the customer's mailbox: the name to put on parcels, and the warehouse's address.
 class CasilleroViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = CasilleroViewModel;
     SESSION_VALUE(qint64, userId, setUserId)
-    /// The customer's full name once it is known.
+    /// The customer's full name; a placeholder until it is fetched.
     STATE(QString, info, QStringLiteral("Cargando..."))
     Q_PROPERTY(QString direccion READ direccion CONSTANT)
 public:
     using ViewModel::ViewModel;
 
-    /// Five lines, each a label and a value.
+    /// Returns five lines, each with a label and a value.
     QString direccion() const;
 
-    /// Fetches the name; to be called each time the screen is shown.
+    /// Fetches the name. Call it whenever the screen appears.
     Q_INVOKABLE void cargarCasillero();
 };

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Texts are equal when they look the same, however their accents are encoded.
+/// Compares canonically: an accented letter may be one code point or two.
 bool isSameText(const QString &one, const QString &other)
 {
     return one.normalized(QString::NormalizationForm_C) == other.normalized(QString::NormalizationForm_C);
@@ -32,7 +32,7 @@ void CotizarViewModel::enviarCotizacion()
     ApiClient::instance().post<StandardResponse>(
         Endpoints::cotizar, request, [this, alive = hold()](const std::optional<StandardResponse> &reply) {
             const bool success = reply && reply->status == u"success"_s;
-            // One turn of the main loop later, as on the dashboard.
+            // Show the result one turn of the event loop later, as the dashboard does.
             const auto show = [this, alive, success] {
                 if (!success) {
                     msg = u"Error al cotizar"_s;

@@ -6,19 +6,19 @@
 
 #include <QtQmlIntegration>
 
-/// Asking for a freight quotation.
+/// Requests a freight quotation.
 class CotizarViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
     using Self = CotizarViewModel;
     SESSION_VALUE(qint64, userId, setUserId)
-    /// The chosen option's label.
+    /// The chosen one of `tipos`.
     STATE(QString, tipo, QStringLiteral("Aéreo"))
     STATE(QString, origen, QStringLiteral("Miami, USA"))
     STATE(QString, destino, QStringLiteral("Panamá"))
-    /// Pounds, as typed.
+    /// In pounds, as typed.
     STATE(QString, peso, {})
-    /// US dollars, as typed.
+    /// In US dollars, as typed.
     STATE(QString, valor, {})
     STATE(QString, descripcion, {})
     STATE(QString, msg, {})
@@ -26,9 +26,8 @@ class CotizarViewModel : public ViewModel {
 public:
     using ViewModel::ViewModel;
 
-    /// The labels that can be chosen, in their order.
     QStringList tipos() const;
 
-    /// Sends the form as it stands, unreadable numbers as 0. A success empties what was typed.
+    /// Sends the form, with 0 for numbers that cannot be parsed. On success, clears the fields.
     Q_INVOKABLE void enviarCotizacion();
 };

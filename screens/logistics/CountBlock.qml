@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// A count over its caption, as a link to the whole list.
+// A count above its caption, which links to the list.
 Pressable {
     id: block
 
@@ -9,7 +9,7 @@ Pressable {
     required property string caption
 
     text: block.count + " " + block.caption
-    // On the blue card.
+    // The block is on a blue card.
     focusColor: Theme.white
 
     contentItem: Column {

@@ -1,8 +1,8 @@
 import QtQuick
 import Marovenda.Ui
 
-// A tile that opens one of the services. A button has an `icon` of its own that cannot be replaced, so the tile is an item
-// around one.
+// A tile that opens one of the services. It contains a button instead of being one, because AbstractButton has a final
+// property `icon`.
 Item {
     id: tile
 
@@ -12,7 +12,7 @@ Item {
 
     signal clicked()
 
-    // Wider than designed only where the text is so large that a word of the caption would break.
+    // At least 64, and wide enough for the longest word of the caption at large text sizes.
     implicitWidth: {
         const words = tile.text.split(" ").map(word => metrics.advanceWidth(word))
         return words.reduce((widest, each) => Math.max(widest, Math.ceil(each)), 64)

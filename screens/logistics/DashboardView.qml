@@ -99,7 +99,7 @@ AppScreen {
                     }
                     Item {
                         width: parent.width - 2 * Theme.padding
-                        // Below each other where they would run into one another.
+                        // Whether the blocks do not fit side by side.
                         readonly property bool stacked: paquetes.width + Theme.spacing + cotizaciones.width > width
                         height: 8 + (stacked ? cotizaciones.y + cotizaciones.height - 8
                                              : Math.max(paquetes.height, cotizaciones.height))

@@ -12,7 +12,7 @@ namespace {
 
 constexpr qsizetype recentRows = 3;
 
-/// The first rows of a list that may be absent, as a list of their own.
+/// Copies the first rows, or none if the list is absent.
 template <class R>
 QList<R> firstOf(const std::optional<QList<R>> &rows)
 {
@@ -36,7 +36,7 @@ void DashboardViewModel::cargarDatos()
 {
     ApiClient::instance().fetchDashboard(
         userId(), [this, alive = hold()](const std::optional<DashboardResponse> &reply) {
-            // One turn of the main loop later: this screen has always shown its data then.
+            // Show the data one turn of the event loop later, as the app has always done.
             QMetaObject::invokeMethod(
                 this, [this, alive, reply] { setData(reply); }, Qt::QueuedConnection);
         });

@@ -8,7 +8,8 @@
 
 #include <QtQmlIntegration>
 
-/// The home of a signed-in customer: counts, the first rows of each list, tracking, signing out.
+/// The dashboard of a signed-in customer: shows the number and the first rows of packages and quotations, tracks
+/// packages, and signs out.
 class DashboardViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
@@ -24,16 +25,16 @@ class DashboardViewModel : public ViewModel {
 public:
     explicit DashboardViewModel(QObject *parent = nullptr);
 
-    /// How many rows the last reply held; 0 before the first one and after a failed one.
+    /// The number of rows in the last reply; 0 before the first reply and after a failure.
     int paqueteCount() const { return m_paqueteCount; }
     int cotizacionCount() const { return m_cotizacionCount; }
-    /// At most three rows each, in the order received.
+    /// The first three rows at most, in the service's order.
     QAbstractItemModel *paquetesRecientes() { return &m_paquetes; }
     QAbstractItemModel *cotizacionesRecientes() { return &m_cotizaciones; }
 
-    /// Fetches the listing; to be called each time the screen comes on screen.
+    /// Fetches packages and quotations. Call it whenever the screen appears.
     Q_INVOKABLE void cargarDatos();
-    /// Opens the tracking page of a number; nothing for an absent, empty or "N/A" one.
+    /// Opens the tracking page of a tracking number, unless it is undefined, empty or "N/A".
     Q_INVOKABLE void abrirTracking(const QVariant &codigo);
     Q_INVOKABLE void cerrarSesion();
 
@@ -41,7 +42,7 @@ Q_SIGNALS:
     void dataChanged();
 
 private:
-    /// Keeps of a reply what is shown: a customer may have many rows, and this screen lives as long as the session.
+    /// Keeps only the data shown: a customer may have many rows, and the dashboard exists as long as the session.
     void setData(const std::optional<DashboardResponse> &data);
 
     int m_paqueteCount = 0;

@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// The title of a form, above its fields.
+// The title of a form.
 AppText {
     textStyle: Theme.title2
     bold: true

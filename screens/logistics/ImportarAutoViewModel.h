@@ -6,7 +6,7 @@
 
 #include <QtQmlIntegration>
 
-/// Asking for a vehicle to be imported.
+/// Requests the import of a vehicle.
 class ImportarAutoViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
@@ -14,13 +14,13 @@ class ImportarAutoViewModel : public ViewModel {
     SESSION_VALUE(qint64, userId, setUserId)
     STATE(QString, marca, {})
     STATE(QString, modelo, {})
-    /// Kept and sent as text.
+    /// The year, sent as text.
     STATE(QString, anio, {})
     STATE(QString, ubicacion, {})
     STATE(QString, msg, {})
 public:
     using ViewModel::ViewModel;
 
-    /// Sends the form exactly as it was typed, and leaves it as it is.
+    /// Sends the form as typed, and keeps the fields.
     Q_INVOKABLE void enviarSolicitud();
 };

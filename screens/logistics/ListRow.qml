@@ -1,7 +1,8 @@
 import QtQuick
 import Marovenda.Ui
 
-// A row of a list screen: a text with a badge at its right, and a second text below. It is heard as one element.
+// A row of a list screen: a text with a badge at its right, and a second text below. Screen readers read it as one
+// element.
 GroupedRow {
     id: row
 

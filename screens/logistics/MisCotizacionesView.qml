@@ -30,7 +30,7 @@ AppScreen {
             spoken: headline + ", " + badge + ", " + detail
         }
 
-        // The one entry of a list without rows.
+        // Shown if the list has no rows.
         ContinuousRectangle {
             objectName: "empty"
             parent: rows.contentItem

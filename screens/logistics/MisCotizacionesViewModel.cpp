@@ -15,7 +15,7 @@ void MisCotizacionesViewModel::cargarCotizaciones()
                 m_cotizaciones.setRows(reply && reply->cotizaciones ? *reply->cotizaciones
                                                                     : QList<DashboardResponse::Cotizacion>());
             };
-            // One turn of the main loop later, as on the dashboard.
+            // Show the rows one turn of the event loop later, as the dashboard does.
             QMetaObject::invokeMethod(this, show, Qt::QueuedConnection);
         });
 }

@@ -7,7 +7,7 @@
 
 #include <QtQmlIntegration>
 
-/// All quotations of the customer.
+/// Lists all quotations of the customer.
 class MisCotizacionesViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
@@ -16,10 +16,10 @@ class MisCotizacionesViewModel : public ViewModel {
 public:
     explicit MisCotizacionesViewModel(QObject *parent = nullptr);
 
-    /// In the order received; a row's identity is its position.
+    /// In the service's order. A row's identity is its position.
     QAbstractItemModel *cotizaciones() { return &m_cotizaciones; }
 
-    /// Fetches the listing; to be called each time the screen comes on screen.
+    /// Fetches the quotations. Call it whenever the screen appears.
     Q_INVOKABLE void cargarCotizaciones();
 
 private:

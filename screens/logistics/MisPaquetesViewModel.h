@@ -7,7 +7,7 @@
 
 #include <QtQmlIntegration>
 
-/// All packages of the customer.
+/// Lists all packages of the customer.
 class MisPaquetesViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
@@ -16,10 +16,10 @@ class MisPaquetesViewModel : public ViewModel {
 public:
     explicit MisPaquetesViewModel(QObject *parent = nullptr);
 
-    /// In the order received; a row's identity is its tracking number.
+    /// In the service's order. A row's identity is its tracking number.
     QAbstractItemModel *paquetes() { return &m_paquetes; }
 
-    /// Fetches the listing; to be called each time the screen comes on screen.
+    /// Fetches the packages. Call it whenever the screen appears.
     Q_INVOKABLE void cargarPaquetes();
 
 private:

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-// The conversion with a locale of its own has a name of its own on each platform, and is older than C++'s headers.
+// strtod with a locale has a different name and header on each platform.
 #if defined(_WIN32)
 #include <locale.h>
 #elif defined(__APPLE__)

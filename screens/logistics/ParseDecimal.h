@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The number that a typed text is, as C reads one whatever the customer's locale: decimal point, optional sign and
-/// exponent, hexadecimal, "inf" and "nan" too. 0 for a text that starts with white space, has anything left over, or
-/// is no number.
+/// Parses a number as strtod does in the "C" locale: with a decimal point, an optional sign and exponent,
+/// hexadecimal, "inf" and "nan". Returns 0 if the text is not a number, starts with white space, or has anything
+/// after the number.
 double parseDecimal(const QString &text);

@@ -7,15 +7,15 @@
 
 #include <utility>
 
-/// Records as the rows of a list. Its roles are the record's fields, under their own names, and "identity", which
-/// says what makes a row that row; rows of one identity are all shown. An absent field is undefined.
+/// A list model of records. Its roles are the record's fields, under their own names, and "identity". Absent fields
+/// are undefined. Several rows may have the same identity.
 template <Record R>
 class RecordListModel final : public QAbstractListModel {
 public:
-    /// The field that is a row's identity.
+    /// Returns the field that identifies a row.
     using Identity = const std::optional<QString> &(*)(const R &row);
 
-    /// A row's identity is its position.
+    /// Identifies rows by their position.
     static constexpr Identity byPosition = nullptr;
 
     explicit RecordListModel(Identity identity, QObject *parent = nullptr)
@@ -23,42 +23,43 @@ public:
     {
     }
 
-    /// Changes what is different. A row whose identity comes again stays that row, whatever else of it has changed;
-    /// of rows with one identity the first stays the first. Where none stays, those that stay have changed places, or
-    /// rows come and go in very many places, the model is reset. Takes time in proportion to the rows before and
-    /// after.
+    /// Replaces the rows, and signals only the differences: rows are matched by identity, and rows with the same
+    /// identity in their order. Resets the model if no row matches, if matching rows have changed their order, or if
+    /// rows are inserted and removed in very many places. Takes linear time.
     void setRows(const QList<R> &rows)
     {
-        const QList<Place> partners = partnersOf(rows);
-        if (partners.isEmpty()) {
+        const QList<OptionalRow> matches = matchRows(rows);
+        if (matches.isEmpty()) {
             reset(rows);
             return;
         }
-        m_coming = &rows;
-        Changed changed;
+        m_newRows = &rows;
+        ChangedRows changed;
         for (qsizetype row = 0; row < rows.size(); ++row) {
-            if (const Place &partner = partners[row]) {
-                exchangeUpTo(*partner, row);
-                note(changed, static_cast<int>(row), differentRoles(m_rows.at(m_gone++), rows[m_come++]));
+            if (const OptionalRow &match = matches[row]) {
+                replaceUpTo(*match, row);
+                collectChange(changed, static_cast<int>(row),
+                              differentRoles(m_rows.at(m_oldStart++), rows[m_newCount++]));
             }
         }
-        tell(changed);
-        exchangeUpTo(m_rows.size(), rows.size());
+        emitChanged(changed);
+        replaceUpTo(m_rows.size(), rows.size());
         m_rows = rows;
-        m_coming = nullptr;
-        m_come = m_gone = 0;
+        m_newRows = nullptr;
+        m_newCount = m_oldStart = 0;
     }
 
     int rowCount(const QModelIndex &parent = {}) const override
     {
-        return parent.isValid() ? 0 : static_cast<int>(m_come + m_rows.size() - m_gone);
+        return parent.isValid() ? 0 : static_cast<int>(m_newCount + m_rows.size() - m_oldStart);
     }
 
     QVariant data(const QModelIndex &index, int role) const override
     {
         if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
             return {};
-        const R &row = index.row() < m_come ? (*m_coming)[index.row()] : m_rows[index.row() - m_come + m_gone];
+        const R &row =
+            index.row() < m_newCount ? (*m_newRows)[index.row()] : m_rows[index.row() - m_newCount + m_oldStart];
         if (role == identityRole)
             return m_identity ? variant(m_identity(row)) : index.row();
         QVariant value;
@@ -82,21 +83,20 @@ public:
 private:
     static constexpr int identityRole = Qt::UserRole + static_cast<int>(CodingKeys<R>::count);
 
-    /// A view's work on each signal grows with those before it: a thousand take it a hundredth of a second, 50,000
-    /// some seconds.
-    static constexpr int mostGaps = 1000;
-    static constexpr int mostChanges = 1000;
+    /// The limits on the number of signals, because a view takes longer for each further one: a hundredth of a second
+    /// for 1,000 signals, but some seconds for 50,000.
+    static constexpr int maxGaps = 1000;
+    static constexpr int maxChanges = 1000;
 
-    /// Where a row stands, if anywhere.
-    using Place = std::optional<qsizetype>;
-    /// An identity that can be looked up: whether it is there, and what it is.
+    using OptionalRow = std::optional<qsizetype>;
+    /// An identity as a hash key: whether it is present, and its text.
     using Key = std::pair<bool, QString>;
-    /// Rows next to each other of which the same roles have changed, and how many such were told before.
-    struct Changed {
+    /// A run of rows with changes in the same roles, and the number of runs signalled before it.
+    struct ChangedRows {
         int first = 0;
         int last = -1;
         QList<int> roles;
-        int told = 0;
+        int emitted = 0;
     };
 
     template <class T>
@@ -111,41 +111,41 @@ private:
         return {identity.has_value(), identity.value_or(QString())};
     }
 
-    /// For each of the coming rows the present one that it is, if any; nothing at all where a reset is due.
-    QList<Place> partnersOf(const QList<R> &rows) const
+    /// Returns the matching old row for each new row, or an empty list if a reset is necessary.
+    QList<OptionalRow> matchRows(const QList<R> &rows) const
     {
-        QList<Place> partners;
-        partners.reserve(rows.size());
-        // Mostly the same rows come again: none has to be looked for then.
-        const qsizetype both = std::min(m_rows.size(), rows.size());
-        for (qsizetype i = 0; i < both && (!m_identity || m_identity(m_rows[i]) == m_identity(rows[i])); ++i)
-            partners.append(i);
-        const qsizetype alike = partners.size();
-        qsizetype last = alike - 1;
+        QList<OptionalRow> matches;
+        matches.reserve(rows.size());
+        // Usually the rows are the same as before, so try without a search first.
+        const qsizetype common = std::min(m_rows.size(), rows.size());
+        for (qsizetype i = 0; i < common && (!m_identity || m_identity(m_rows[i]) == m_identity(rows[i])); ++i)
+            matches.append(i);
+        const qsizetype prefix = matches.size();
+        qsizetype last = prefix - 1;
         int gaps = 0;
-        if (alike < both) {
-            // Of each identity the first row without a partner, and behind each row the next of its identity.
-            QHash<Key, Place> firsts;
-            QList<Place> nexts(m_rows.size());
-            for (qsizetype i = m_rows.size() - 1; i >= alike; --i)
-                nexts[i] = std::exchange(firsts[keyOf(m_rows[i])], i);
-            for (qsizetype i = alike; i < rows.size(); ++i) {
-                const auto first = firsts.find(keyOf(rows[i]));
-                const Place partner = first == firsts.end() ? Place() : *first;
-                partners.append(partner);
-                if (!partner)
+        if (prefix < common) {
+            // For each identity its first unmatched row, and for each row the next one with the same identity.
+            QHash<Key, OptionalRow> firstUnmatched;
+            QList<OptionalRow> nextOfSame(m_rows.size());
+            for (qsizetype i = m_rows.size() - 1; i >= prefix; --i)
+                nextOfSame[i] = std::exchange(firstUnmatched[keyOf(m_rows[i])], i);
+            for (qsizetype i = prefix; i < rows.size(); ++i) {
+                const auto first = firstUnmatched.find(keyOf(rows[i]));
+                const OptionalRow match = first == firstUnmatched.end() ? OptionalRow() : *first;
+                matches.append(match);
+                if (!match)
                     continue;
-                if (*partner < last)
+                if (*match < last)
                     return {};
-                // Rows went from between it and the one before it, or came there.
-                if (*partner != last + 1 || (i > 0 && !partners[i - 1]))
+                // Rows before this one were removed or inserted.
+                if (*match != last + 1 || (i > 0 && !matches[i - 1]))
                     ++gaps;
-                last = *partner;
-                *first = nexts[last];
+                last = *match;
+                *first = nextOfSame[last];
             }
         }
-        partners.resize(rows.size());
-        return last < 0 || gaps > mostGaps ? QList<Place>() : partners;
+        matches.resize(rows.size());
+        return last < 0 || gaps > maxGaps ? QList<OptionalRow>() : matches;
     }
 
     void reset(const QList<R> &rows)
@@ -157,18 +157,18 @@ private:
         endResetModel();
     }
 
-    /// Removes the present rows before `present` and inserts the coming ones before `coming`.
-    void exchangeUpTo(qsizetype present, qsizetype coming)
+    /// Removes the old rows before `oldRow` and inserts the new rows before `newRow`.
+    void replaceUpTo(qsizetype oldRow, qsizetype newRow)
     {
-        const int at = static_cast<int>(m_come);
-        if (present > m_gone) {
-            beginRemoveRows({}, at, static_cast<int>(m_come + present - m_gone) - 1);
-            m_gone = present;
+        const int at = static_cast<int>(m_newCount);
+        if (oldRow > m_oldStart) {
+            beginRemoveRows({}, at, static_cast<int>(m_newCount + oldRow - m_oldStart) - 1);
+            m_oldStart = oldRow;
             endRemoveRows();
         }
-        if (coming > m_come) {
-            beginInsertRows({}, at, static_cast<int>(coming) - 1);
-            m_come = coming;
+        if (newRow > m_newCount) {
+            beginInsertRows({}, at, static_cast<int>(newRow) - 1);
+            m_newCount = newRow;
             endInsertRows();
         }
     }
@@ -185,14 +185,14 @@ private:
         return roles;
     }
 
-    /// Adds a row to those that have changed, after telling of these if it cannot be told together with them. After
-    /// very many the rest are told as one.
-    void note(Changed &changed, int row, const QList<int> &roles)
+    /// Adds a changed row to the current run, or signals the run and starts a new one. After `maxChanges` signals,
+    /// adds all further rows to one run.
+    void collectChange(ChangedRows &changed, int row, const QList<int> &roles)
     {
         if (row != changed.last + 1 || roles != changed.roles) {
-            if (changed.told < mostChanges) {
-                tell(changed);
-                changed = {row, row, roles, changed.told + (changed.roles.isEmpty() ? 0 : 1)};
+            if (changed.emitted < maxChanges) {
+                emitChanged(changed);
+                changed = {row, row, roles, changed.emitted + (changed.roles.isEmpty() ? 0 : 1)};
             } else {
                 for (const int role : roles) {
                     if (!changed.roles.contains(role))
@@ -203,7 +203,7 @@ private:
         changed.last = row;
     }
 
-    void tell(const Changed &changed)
+    void emitChanged(const ChangedRows &changed)
     {
         if (!changed.roles.isEmpty())
             emit dataChanged(index(changed.first), index(changed.last), changed.roles);
@@ -211,9 +211,9 @@ private:
 
     Identity m_identity;
     QList<R> m_rows;
-    /// While rows are exchanged one run after the other: the first `m_come` rows are of `m_coming` already, those
-    /// after them are of `m_rows` from `m_gone` on. So no run has to be moved for another.
-    const QList<R> *m_coming = nullptr;
-    qsizetype m_come = 0;
-    qsizetype m_gone = 0;
+    /// While setRows runs, the model consists of the first `m_newCount` rows of `m_newRows`, followed by the rows of
+    /// `m_rows` from `m_oldStart` on. So inserting and removing moves no rows.
+    const QList<R> *m_newRows = nullptr;
+    qsizetype m_newCount = 0;
+    qsizetype m_oldStart = 0;
 };

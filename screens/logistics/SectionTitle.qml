@@ -1,7 +1,7 @@
 import QtQuick
 import Marovenda.Ui
 
-// The title of a section with the link to all of it, below the title where they do not fit side by side.
+// The title of a section and the link to the whole list, side by side if they fit, otherwise one below the other.
 Item {
     id: section
 

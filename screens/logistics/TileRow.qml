@@ -1,16 +1,16 @@
 import QtQuick
 import Marovenda.Logistics
 
-// A row of tiles that scrolls sideways where it is wider than the screen. A tile that gets the focus is brought into view.
+// A row of tiles that scrolls horizontally if it is wider than the screen. It scrolls to the tile that gets the focus.
 Item {
     id: tileRow
 
     default property alias tiles: row.data
     readonly property Item focused: Window.activeFocusItem
-    // Room for a focus ring: above and below always, at the two ends as long as a tile has one, so that the first and the
-    // last tile stand at the edges otherwise.
-    readonly property real ringRoom: 5
-    property real endRoom: 0
+    // Space for the focus ring. Above and below the tiles it is permanent; at the ends it exists only while a tile shows
+    // its ring, so that otherwise the first and the last tile are at the edges.
+    readonly property real ringMargin: 5
+    property real endMargin: 0
 
     implicitHeight: row.height
 
@@ -18,29 +18,29 @@ Item {
         let tile = focused
         while (tile && tile.parent !== row)
             tile = tile.parent
-        endRoom = (tile as DashboardBtn)?.ringShown === true ? ringRoom : 0
-        const most = Math.max(-endRoom, row.width + endRoom - width)
+        endMargin = (tile as DashboardBtn)?.ringShown === true ? ringMargin : 0
+        const maximumX = Math.max(-endMargin, row.width + endMargin - width)
         if (tile)
-            area.contentX = Math.max(tile.x + tile.width + endRoom - width, Math.min(area.contentX, tile.x - endRoom))
-        area.contentX = Math.max(-endRoom, Math.min(most, area.contentX))
+            area.contentX = Math.max(tile.x + tile.width + endMargin - width, Math.min(area.contentX, tile.x - endMargin))
+        area.contentX = Math.max(-endMargin, Math.min(maximumX, area.contentX))
     }
 
     Flickable {
         id: area
         objectName: "tileScroll"
-        y: -tileRow.ringRoom
+        y: -tileRow.ringMargin
         width: tileRow.width
-        height: tileRow.height + 2 * tileRow.ringRoom
+        height: tileRow.height + 2 * tileRow.ringMargin
         contentWidth: row.width
-        leftMargin: tileRow.endRoom
-        rightMargin: tileRow.endRoom
+        leftMargin: tileRow.endMargin
+        rightMargin: tileRow.endMargin
         flickableDirection: Flickable.HorizontalFlick
         interactive: contentWidth > width
         clip: true
 
         Row {
             id: row
-            y: tileRow.ringRoom
+            y: tileRow.ringMargin
             spacing: 16
         }
     }
