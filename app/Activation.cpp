@@ -4,17 +4,17 @@
 
 namespace {
 
-// On Wayland only a token brings a window to the front (https://wayland.app/protocols/xdg-activation-v1). Launchers
-// put it into the first of these, older ones into the second, where on X11 the startup notification's number stands.
+// On Wayland a window needs a token to come to the front (https://wayland.app/protocols/xdg-activation-v1). Launchers
+// set the first variable; older launchers set the second one, which holds the startup notification ID on X11.
 constexpr auto activationToken = "XDG_ACTIVATION_TOKEN";
-constexpr auto startupNumber = "DESKTOP_STARTUP_ID";
+constexpr auto startupId = "DESKTOP_STARTUP_ID";
 
 } // namespace
 
 QByteArray Activation::token()
 {
     const QByteArray token = qgetenv(activationToken);
-    return token.isEmpty() ? qgetenv(startupNumber) : token;
+    return token.isEmpty() ? qgetenv(startupId) : token;
 }
 
 bool Activation::bringToFront(QWindow &window, const QByteArray &token)
@@ -24,7 +24,8 @@ bool Activation::bringToFront(QWindow &window, const QByteArray &token)
     if (window.windowStates() & Qt::WindowMinimized)
         window.setWindowStates(window.windowStates() & ~Qt::WindowMinimized);
     window.raise();
-    // Where Qt's Wayland plugin takes it from; no program that this one starts is to find it there.
+    // Qt's Wayland plugin reads the token from the environment. Unset it afterwards: child processes must not inherit
+    // it.
     if (!token.isEmpty())
         qputenv(activationToken, token);
     window.requestActivate();

@@ -4,15 +4,15 @@
 
 class QWindow;
 
-/// How a start of the app that finds it open brings the open window to the front.
+/// Brings the app's window to the front when the app is started again.
 namespace Activation {
 
-/// What the launcher has given this process, to show that its window may come to the front; empty where it gave
-/// nothing. To be called before the application is made, which takes it out of the environment.
+/// Returns the launcher's token, which permits this process to bring a window to the front; empty if there is none.
+/// Call it before creating the application, which removes the token from the environment.
 QByteArray token();
 
-/// Brings a window to the front, from its minimised state too, with the token that a later start was given. False for
-/// one that is closed.
+/// Brings a window to the front, even if it is minimised, using the token of the later start. Returns false if the
+/// window is closed.
 bool bringToFront(QWindow &window, const QByteArray &token);
 
 } // namespace Activation

@@ -4,7 +4,7 @@ import Marovenda.App
 import Marovenda.Logistics
 import Marovenda.Ui
 
-// What the window shows after the splash. A file of its own, so that the splash need not wait for all screens to load.
+// The screens that follow the splash. They have their own file, so that the splash shows before all screens are loaded.
 QtObject {
     readonly property Component login: Component {
         NavigationContainer {

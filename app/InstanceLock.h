@@ -4,15 +4,16 @@
 
 #include <utility>
 
-/// A lock that one process at a time has, for as long as it lives: the system lets go of it when the process ends,
-/// however it does. QLockFile is not that: it waits for the disk (its file is synchronised), and judges an owner by
-/// its number, which says nothing to a process that counts them anew in a container of its own.
+/// A lock that one process at a time can hold. The system releases it when the process ends, even if it crashes.
+/// Replaces QLockFile, which waits for the disk, and identifies the owner by its process ID: in a container, process
+/// IDs are different.
 class InstanceLock {
 public:
-    /// Impossible: the file cannot be made or opened, or its file system knows no locks.
+    /// Impossible: the file cannot be created or opened, or its file system does not support locks.
     enum class Outcome { Taken, AnotherHasIt, Impossible };
 
-    /// The file is made at the first `take`, for the user alone, and stays: another process may be about to lock it.
+    /// `take` creates the file, which only the user can access. It is never deleted, since another process may be
+    /// about to lock it.
     explicit InstanceLock(QString path) : m_path(std::move(path)) {}
     ~InstanceLock() { release(); }
     InstanceLock(const InstanceLock &) = delete;

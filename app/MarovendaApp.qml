@@ -6,7 +6,7 @@ Window {
     id: window
 
     property bool appeared: false
-    // However slow the device is, the splash is not followed by nothing.
+    // On a slow device the splash stays until the screens are loaded.
     readonly property bool splash: viewModel.showSplash || !screens.found
 
     width: 390
@@ -17,7 +17,7 @@ Window {
     title: "Marovenda"
     color: Theme.screenBackground
 
-    // The splash's time runs from the moment it can be seen.
+    // The splash's time starts when the splash is visible.
     onFrameSwapped: {
         if (appeared)
             return
@@ -27,13 +27,13 @@ Window {
 
     MarovendaAppViewModel { id: viewModel }
 
-    // A new screen, with empty fields, at each switch between nobody and somebody.
+    // Signing in or out creates a new screen with empty fields.
     Loader {
         id: first
         anchors.fill: parent
         active: !window.splash
         focus: true
-        // Nothing asks for the session before: to open it may take longer than a frame.
+        // Do not use the session during the splash: opening it may take longer than a frame.
         sourceComponent: {
             if (window.splash)
                 return null
@@ -56,13 +56,13 @@ Window {
         }
     }
 
-    // Loaded while the splash is on show.
+    // Loads the screens while the splash is shown.
     Loader {
         id: screens
         readonly property Component file: window.appeared
             ? Qt.createComponent("FirstScreens.qml", Component.Asynchronous, window) : null
         readonly property bool failed: file !== null && file.status === Component.Error
-        // Not by its type, which would have to be loaded first.
+        // `var`, since naming the type would load the screens too early.
         readonly property var found: item
         active: file !== null && file.status === Component.Ready
         asynchronous: true

@@ -16,8 +16,8 @@ void MarovendaAppViewModel::iniciarSplash()
 {
     logoOpacity = 1.0;
     logoScale = 1.0;
-    // The photo is read and checked while the splash stands still; a damaged store is known before the root is
-    // chosen.
+    // Read and check the photo once the logo's animation has ended, so that a damaged store is detected before the
+    // first screen is chosen.
     QTimer::singleShot(1200ms, this, [] { Session::instance().userAvatarData(); });
     QTimer::singleShot(2500ms, Qt::PreciseTimer, this, [this] { showSplash = false; });
 }

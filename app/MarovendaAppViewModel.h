@@ -6,7 +6,7 @@
 
 #include <QtQmlIntegration>
 
-/// What the root shows: the splash at first, then the sign-in or the dashboard, by whether somebody is signed in.
+/// Decides what the window shows: first the splash, then the sign-in or, if a customer is signed in, the dashboard.
 class MarovendaAppViewModel : public ViewModel {
     Q_OBJECT
     QML_ELEMENT
@@ -15,17 +15,16 @@ class MarovendaAppViewModel : public ViewModel {
     STATE(bool, showSplash, true)
     STATE(double, logoOpacity, 0.0)
     STATE(double, logoScale, 0.8)
-    /// False for the customer number 0 only.
+    /// False if the customer number is 0.
     Q_PROPERTY(bool someoneSignedIn READ someoneSignedIn NOTIFY someoneSignedInChanged)
 public:
     explicit MarovendaAppViewModel(QObject *parent = nullptr);
 
     bool someoneSignedIn() const { return Session::instance().someoneSignedIn(); }
 
-    /// To be called once, when the splash has appeared: the logo comes in, and 2.5 seconds later the splash goes.
+    /// Shows the logo, and ends the splash after 2.5 seconds. Call it once, when the splash has appeared.
     Q_INVOKABLE void iniciarSplash();
-    /// Says on stderr, in one line, that the screens after the splash cannot be loaded, with the first of the
-    /// reasons.
+    /// Prints one line on stderr: the screens after the splash cannot be loaded, and the first of the reasons.
     Q_INVOKABLE static void faltanPantallas(const QString &reasons);
 
 Q_SIGNALS:

@@ -18,38 +18,39 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr QByteArrayView answer = "raised\n";
-/// What a socket's address may be long on every system, in bytes (macOS has the least, 104 with the end).
+/// The maximum length of a socket's address, in bytes. macOS has the lowest limit: 104, including the terminating
+/// zero.
 constexpr qsizetype longestAddress = 100;
-constexpr auto visitorsTime = 2s;
+constexpr auto clientTimeout = 2s;
 
 } // namespace
 
-OnlyInstance::OnlyInstance(QString folder, std::chrono::milliseconds patience)
-    : m_folder(std::move(folder)), m_patience(patience), m_lock(m_folder + "/instance.lock"_L1)
+OnlyInstance::OnlyInstance(QString folder, std::chrono::milliseconds timeout)
+    : m_folder(std::move(folder)), m_timeout(timeout), m_lock(m_folder + "/instance.lock"_L1)
 {
-    connect(&m_server, &QLocalServer::newConnection, this, &OnlyInstance::receive);
+    connect(&m_server, &QLocalServer::newConnection, this, &OnlyInstance::acceptClients);
 }
 
 OnlyInstance::~OnlyInstance()
 {
-    while (!m_visitors.isEmpty())
-        sendAway(m_visitors.first());
-    // The socket goes before the lock: who has the lock next makes one of the same name.
+    while (!m_clients.isEmpty())
+        disconnectClient(m_clients.first());
+    // Close the socket before the lock is released: the next owner of the lock creates a socket with the same name.
     m_server.close();
 }
 
 OnlyInstance::Start OnlyInstance::start(const QByteArray &token)
 {
-    // The store says what is in its way, once it is opened.
+    // The store reports the error when it is opened.
     if (!StoreFile::makeFolder(m_folder).isEmpty())
         return Start::First;
-    for (const QDeadlineTimer deadline(m_patience); !deadline.hasExpired(); QThread::msleep(10)) {
+    for (const QDeadlineTimer deadline(m_timeout); !deadline.hasExpired(); QThread::msleep(10)) {
         const auto outcome = m_lock.take();
         if (outcome == InstanceLock::Outcome::Taken && !listen())
-            m_lock.release(); // nobody is to wait for what cannot answer
+            m_lock.release(); // other processes must not wait for one that cannot answer
         if (outcome != InstanceLock::Outcome::AnotherHasIt)
             return Start::First;
-        if (ask(token, deadline))
+        if (requestRaise(token, deadline))
             return Start::AnotherWasRaised;
     }
     return Start::Unanswered;
@@ -69,7 +70,7 @@ QString OnlyInstance::address() const
 bool OnlyInstance::listen()
 {
     const QString address = this->address();
-    // What one that was killed has left.
+    // A process that was killed leaves its socket behind.
     QLocalServer::removeServer(address);
     if (!m_server.listen(address))
         return false;
@@ -77,10 +78,10 @@ bool OnlyInstance::listen()
     return true;
 }
 
-bool OnlyInstance::ask(const QByteArray &token, const QDeadlineTimer &deadline) const
+bool OnlyInstance::requestRaise(const QByteArray &token, const QDeadlineTimer &deadline) const
 {
     const auto left = [&] { return static_cast<int>(deadline.remainingTime()); };
-    // An overlong token is no launcher's.
+    // Launchers' tokens are shorter.
     const QByteArray encoded = token.toPercentEncoding();
     const QByteArray request = "raise 1 " + (encoded.size() < longestRequest / 2 ? encoded : QByteArray()) + '\n';
     QLocalSocket socket;
@@ -94,42 +95,42 @@ bool OnlyInstance::ask(const QByteArray &token, const QDeadlineTimer &deadline) 
     return socket.readAll() == answer;
 }
 
-void OnlyInstance::receive()
+void OnlyInstance::acceptClients()
 {
-    while (QLocalSocket *const visitor = m_server.nextPendingConnection()) {
-        visitor->setReadBufferSize(longestRequest);
-        m_visitors.append(visitor);
-        if (m_visitors.size() > mostVisitors)
-            sendAway(m_visitors.first());
-        connect(visitor, &QLocalSocket::readyRead, this, [this, visitor] { hear(visitor); });
-        connect(visitor, &QLocalSocket::disconnected, this, [this, visitor] { sendAway(visitor); });
-        QTimer::singleShot(visitorsTime, visitor, [this, visitor] { sendAway(visitor); });
+    while (QLocalSocket *const client = m_server.nextPendingConnection()) {
+        client->setReadBufferSize(longestRequest);
+        m_clients.append(client);
+        if (m_clients.size() > mostVisitors)
+            disconnectClient(m_clients.first());
+        connect(client, &QLocalSocket::readyRead, this, [this, client] { readRequest(client); });
+        connect(client, &QLocalSocket::disconnected, this, [this, client] { disconnectClient(client); });
+        QTimer::singleShot(clientTimeout, client, [this, client] { disconnectClient(client); });
     }
 }
 
-void OnlyInstance::hear(QLocalSocket *visitor)
+void OnlyInstance::readRequest(QLocalSocket *client)
 {
-    if (!visitor->canReadLine()) {
-        if (visitor->bytesAvailable() >= longestRequest)
-            sendAway(visitor);
+    if (!client->canReadLine()) {
+        if (client->bytesAvailable() >= longestRequest)
+            disconnectClient(client);
         return;
     }
-    const QList<QByteArray> fields = visitor->readLine().trimmed().split(' ');
+    const QList<QByteArray> fields = client->readLine().trimmed().split(' ');
     const bool understood = fields.size() >= 2 && fields[0] == "raise" && fields[1] == "1";
-    // The variable of the environment that it becomes ends at a zero.
+    // The token becomes an environment variable, which cannot contain a zero byte.
     const QByteArray token = QByteArray::fromPercentEncoding(fields.value(2));
     if (understood && m_raise && m_raise(token.contains('\0') ? QByteArray() : token)) {
-        visitor->write(answer.data(), answer.size());
-        visitor->flush();
+        client->write(answer.data(), answer.size());
+        client->flush();
     }
-    sendAway(visitor);
+    disconnectClient(client);
 }
 
-void OnlyInstance::sendAway(QLocalSocket *visitor)
+void OnlyInstance::disconnectClient(QLocalSocket *client)
 {
-    if (!m_visitors.removeOne(visitor))
+    if (!m_clients.removeOne(client))
         return;
-    visitor->disconnect(this);
-    visitor->abort();
-    visitor->deleteLater();
+    client->disconnect(this);
+    client->abort();
+    client->deleteLater();
 }

@@ -11,54 +11,52 @@
 
 class QLocalSocket;
 
-/// Sees to it that one app at a time is open on a store: a later start has the open one raise its window. Who has the
-/// lock in the store's folder is the open one, and listens at a socket there, which only the user can reach.
+/// Makes sure that only one process uses a store: a later start asks the first process to raise its window. The first
+/// process holds the lock in the store's folder, and listens on a socket that only the user can access.
 class OnlyInstance final : public QObject {
     Q_OBJECT
 public:
-    /// Unanswered: another one has the lock and did not answer in time.
+    /// Unanswered: another process holds the lock and did not answer in time.
     enum class Start { First, AnotherWasRaised, Unanswered };
-    /// Brings the window to the front with a launcher's token (see Activation), which may be empty or any bytes;
-    /// false when there is none to bring.
+    /// Brings the window to the front with a launcher's token (see Activation), which may be empty or contain any
+    /// bytes. Returns false if there is no window.
     using Raise = std::function<bool(const QByteArray &token)>;
 
-    /// How long a later start waits for an answer. What is left of the two seconds after which a customer thinks that
-    /// nothing happens is for the start of its process.
+    /// How long a later start waits for an answer. Together with the start of its process, the customer should wait
+    /// no longer than two seconds.
     static constexpr std::chrono::milliseconds usualPatience{1500};
 
-    /// For the store in `folder`.
-    explicit OnlyInstance(QString folder, std::chrono::milliseconds patience = usualPatience);
+    explicit OnlyInstance(QString folder, std::chrono::milliseconds timeout = usualPatience);
     ~OnlyInstance() override;
 
-    /// To be called once. First also where the folder cannot be made, or cannot hold a lock or a socket: several are
-    /// open then. One that is just ending is waited for.
+    /// Call it once. Waits for a process that is just ending. Also returns First if the folder cannot be created or
+    /// does not support locks or sockets; several processes may run in that case.
     Start start(const QByteArray &token);
 
-    /// What is done when a later start asks; those that came before this are answered from here on. It is called from
-    /// the event loop.
+    /// Sets the function that later starts call through the event loop. Earlier requests are answered from now on.
     void setRaise(Raise raise) { m_raise = std::move(raise); }
 
-    /// Where the open one listens.
+    /// Returns the address of the socket.
     QString address() const;
 
-    /// A request is one line: "raise 1 TOKEN", the token in percent-encoding. It is answered with "raised", or with
-    /// the end of the connection. Another version of the app may be the one that is open, so both sides stay as they
-    /// are; fields that follow are ignored.
+    /// A request is one line: "raise 1 TOKEN", with the token percent-encoded. The answer is "raised", or the end of
+    /// the connection. Never change either of them, since the other process may be another version of the app.
+    /// Further fields are ignored.
     static constexpr qsizetype longestRequest = 4096;
-    /// Visitors that have not asked yet; of more, the one that waits longest is sent away.
+    /// The maximum number of connections without a request; beyond it, the oldest one is closed.
     static constexpr qsizetype mostVisitors = 8;
 
 private:
     bool listen();
-    bool ask(const QByteArray &token, const QDeadlineTimer &deadline) const;
-    void receive();
-    void hear(QLocalSocket *visitor);
-    void sendAway(QLocalSocket *visitor);
+    bool requestRaise(const QByteArray &token, const QDeadlineTimer &deadline) const;
+    void acceptClients();
+    void readRequest(QLocalSocket *client);
+    void disconnectClient(QLocalSocket *client);
 
     const QString m_folder;
-    const std::chrono::milliseconds m_patience;
+    const std::chrono::milliseconds m_timeout;
     InstanceLock m_lock;
     QLocalServer m_server;
-    QList<QLocalSocket *> m_visitors;
+    QList<QLocalSocket *> m_clients;
     Raise m_raise;
 };

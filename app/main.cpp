@@ -49,7 +49,7 @@ int main(int argc, char *argv[])
     case OnlyInstance::Start::AnotherWasRaised:
         return 0;
     case OnlyInstance::Start::Unanswered:
-        std::fputs("marovenda: the app is open already, but does not answer\n", stderr);
+        std::fputs("marovenda: the app is already running, but does not answer\n", stderr);
         return 3;
     }
 
@@ -63,13 +63,13 @@ int main(int argc, char *argv[])
             return window && Activation::bringToFront(*window, token);
         });
         engine.load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
-        // Painting it takes milliseconds, for which the window's first frame does not wait.
+        // Painting the icon takes milliseconds, so do it after the window's first frame.
         QTimer::singleShot(
             0, [] { QGuiApplication::setWindowIcon(QPixmap::fromImage(Artwork::picture(u"icon"_s, 1))); });
         if (!engine.rootObjects().isEmpty())
             code = QGuiApplication::exec();
     }
-    // View models whose page went with the engine.
+    // Delete the view models whose pages were destroyed with the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return code;
 }
