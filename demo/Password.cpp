@@ -35,10 +35,10 @@ QByteArray hashPassword(const QString &password)
 bool isPassword(const QString &password, const QByteArray &hash)
 {
     prepareLibrary();
-    static const QByteArray nobodys = hashPassword(QString());
+    static const QByteArray dummyHash = hashPassword(QString());
     const QByteArray text = password.toUtf8();
     Hash kept = {};
-    const QByteArray &against = hash.isEmpty() ? nobodys : hash;
+    const QByteArray &against = hash.isEmpty() ? dummyHash : hash;
     std::copy_n(against.constData(), std::min<std::size_t>(against.size(), kept.size() - 1), kept.begin());
     const bool fits =
         crypto_pwhash_str_verify(kept.data(), text.constData(), static_cast<unsigned long long>(text.size())) == 0;

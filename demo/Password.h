@@ -3,12 +3,12 @@
 #include <QByteArray>
 #include <QString>
 
-// Passwords are kept as argon2id hashes, each with its own salt and limits inside. Both functions take some tens of
-// milliseconds and 19 MiB of memory on purpose; call them outside of locks.
+// Passwords are stored as argon2id hashes; each hash contains its salt and limits. Both functions intentionally take
+// some tens of milliseconds and 19 MiB of memory. Do not call them while holding a lock.
 
-/// The hash to keep of a password. Throws std::bad_alloc when there is not enough memory.
+/// Returns the hash of a password. Throws std::bad_alloc if there is not enough memory.
 QByteArray hashPassword(const QString &password);
 
-/// Whether `password` is the one that `hash` was made of. An empty hash fits none, and takes as long as any other to
-/// say so, so that nobody learns from the time which e-mails are registered.
+/// Returns whether `hash` is the hash of `password`. An empty hash matches no password, but takes the same time, so
+/// that the time does not reveal which e-mail addresses are registered.
 bool isPassword(const QString &password, const QByteArray &hash);

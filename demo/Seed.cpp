@@ -37,14 +37,14 @@ const QString longDescription =
 
 QString tracking(int number) { return u"MRV-%1"_s.arg(number); }
 
-/// The day on which the package with this number arrived, four a day up to the end of 2025.
+/// Returns the day on which the package arrived. Four packages a day arrive until the end of 2025.
 QString day(int number)
 {
     const int before = (230 - number) / 4;
     return u"2025-%1-%2"_s.arg(12 - before / 28, 2, 10, QChar(u'0')).arg(28 - before % 28, 2, 10, QChar(u'0'));
 }
 
-/// Package `number` (1 is the oldest) of the customer with many. Some lack a field, as real data does.
+/// Returns a package of the customer with many; number 1 is the oldest. Some lack a field, as in real data.
 Paquete packageOfMany(int number)
 {
     Paquete package{tracking(100000 + number), contents[number % contents.size()], std::nullopt, day(number)};
@@ -59,7 +59,7 @@ Paquete packageOfMany(int number)
         package.fecha_recibido.reset();
     if (number == 215)
         package.descripcion = longDescription;
-    // Two boxes of one shipment.
+    // Two boxes of the same shipment.
     if (number == 140)
         package.tracking = tracking(100141);
     return package;

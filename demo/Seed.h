@@ -5,17 +5,17 @@
 #include <QList>
 #include <QString>
 
-/// A customer of a fresh database. The passwords are public: they are there to try the app with.
+/// A customer of a new database. The passwords are public.
 struct DemoCustomer {
     QString nombre;
     QString email;
     QString password;
     QString direccion;
     QString ciudad;
-    /// Both newest first.
+    /// Newest first, as are the quotations.
     QList<DashboardResponse::Paquete> paquetes;
     QList<DashboardResponse::Cotizacion> cotizaciones;
 };
 
-/// One customer with many packages, one with few, one with none; the same at each call.
+/// Returns three customers: one with many packages, one with a few, and one without any. Every call returns the same.
 QList<DemoCustomer> demoCustomers();

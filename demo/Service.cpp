@@ -29,7 +29,7 @@ constexpr std::size_t largestBody = std::size_t(32) * 1024 * 1024;
 constexpr qsizetype longestText = 10'000;
 constexpr std::size_t threads = 8;
 
-/// A request that is not what the protocol says: the HTTP status and what is wrong.
+/// A request that violates the protocol: the HTTP status, and a message that says how.
 struct Refused {
     int status;
     QString message;
@@ -54,15 +54,15 @@ StandardResponse unknownCustomer() { return failed(u"No encontramos a ese client
 
 std::string pathOf(QLatin1StringView endpoint) { return "/" + std::string(endpoint.data(), endpoint.size()); }
 
-bool equalLetters(std::string_view one, std::string_view other)
+bool equalIgnoringCase(std::string_view one, std::string_view other)
 {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(),
                       [](unsigned char a, unsigned char b) { return std::tolower(a) == std::tolower(b); });
 }
 
-/// Whether a Host header names this machine, with or without a port. A page from elsewhere whose name was made to
-/// lead here sends its own name.
-bool namesThisMachine(std::string_view host)
+/// Returns whether a Host header names this machine, with or without a port. A web page whose host name resolves to
+/// 127.0.0.1 (DNS rebinding) sends its own name.
+bool isLoopbackHost(std::string_view host)
 {
     const std::size_t end = host.starts_with('[') ? host.find(']') : host.find(':');
     std::string_view port;
@@ -76,10 +76,10 @@ bool namesThisMachine(std::string_view host)
     const bool goodPort = port.empty() || (port.starts_with(':') && port.size() > 1 && port.size() <= 6 &&
                                            std::all_of(port.begin() + 1, port.end(),
                                                        [](unsigned char digit) { return std::isdigit(digit); }));
-    return goodPort && (host == "127.0.0.1" || equalLetters(host, "localhost") || host == "[::1]");
+    return goodPort && (host == "127.0.0.1" || equalIgnoringCase(host, "localhost") || host == "[::1]");
 }
 
-/// Every text of a record but the photo is bounded.
+/// Limits the length of every text except the photo.
 template <Record R>
 void checkLengths(const R &record)
 {
@@ -109,12 +109,12 @@ std::string readBody(const httplib::Request &request, const httplib::Response &r
                      const httplib::ContentReader &content)
 {
     constexpr int tooLarge = 413;
-    if (!equalLetters(request.get_header_value("Content-Type"), jsonType))
+    if (!equalIgnoringCase(request.get_header_value("Content-Type"), jsonType))
         throw Refused{400, u"Solicitud no válida: Content-Type must be application/json"_s};
-    // The library would wait for the end of the connection.
+    // Without a length, the library would wait until the connection is closed.
     if (!request.has_header("Content-Length") && !request.has_header("Transfer-Encoding"))
         throw Refused{411, u"Solicitud no válida: Content-Length missing"_s};
-    // Nobody sends one, and a small body can unpack to any size.
+    // The app never compresses a body, and a small compressed body can expand to any size.
     if (request.has_header("Content-Encoding"))
         throw Refused{415, u"Solicitud no válida: Content-Encoding must be absent"_s};
     std::string body;
@@ -155,7 +155,7 @@ bool looksLikeEmail(const QString &email)
     return at > 0 && at < trimmed.size() - 1 && trimmed.indexOf(u'@', at + 1) < 0;
 }
 
-// The endpoints: what the app asks, and what the company answers.
+// The endpoints.
 
 LoginResponse login(Store &store, const LoginRequest &request)
 {
@@ -192,7 +192,7 @@ StandardResponse saveProfile(Store &store, const PerfilRequest &request)
     if (!request.avatar_base64.isEmpty()) {
         const QByteArray text = request.avatar_base64.toUtf8();
         profile.avatar = QByteArray::fromBase64(text);
-        // The decoder passes over what does not belong there; only what comes back the same is base64.
+        // The decoder skips invalid characters; encode the result again to detect them.
         if (profile.avatar->toBase64() != text)
             throw Refused{400, u"Solicitud no válida: avatar_base64: text, must be base64"_s};
     }
@@ -248,7 +248,7 @@ DashboardResponse listing(Store &store, qint64 id)
     return std::move(*all);
 }
 
-/// What the library refuses by itself, such as a head that is not HTTP.
+/// Returns the message for requests that the library itself refuses, such as those with an invalid head.
 QString messageFor(int status)
 {
     switch (status) {
@@ -265,7 +265,7 @@ QString messageFor(int status)
 
 } // namespace
 
-/// The listings as they are sent, kept while nothing changes.
+/// Caches the replies with listings until the store changes.
 class Listings {
 public:
     std::string of(Store &store, qint64 customer)
@@ -304,8 +304,8 @@ private:
     template <Record Request, Record Reply>
     void answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &));
     template <class Work>
-    void guarded(httplib::Response &response, Work work);
-    void refuseStrangers();
+    void answerOrReport(httplib::Response &response, Work work);
+    void refuseUnknownRequests();
     void answerEverythingElse();
 
     struct Endpoint {
@@ -320,10 +320,10 @@ Service::Implementation::Implementation()
 {
     server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server.set_payload_max_length(largestBody);
-    // A connection serves one request: what is left of one that was refused is never read as the next.
+    // One request per connection: the rest of a refused request must not be read as the next one.
     server.set_keep_alive_max_count(1);
     server.set_keep_alive_timeout(2);
-    // The library's own choice would let two services share one port, each with half of the requests.
+    // The library's default, SO_REUSEPORT, would let two services share a port and get half of the requests each.
     server.set_socket_options([](socket_t socket) {
         const int yes = 1;
         setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -339,9 +339,9 @@ Service::Implementation::Implementation()
     const std::string listing = pathOf(Endpoints::paquetes);
     m_endpoints.push_back({listing, "GET"});
     server.Get(listing, [this](const httplib::Request &request, httplib::Response &response) {
-        guarded(response, [&] { response.set_content(m_listings.of(*store, customerOf(request)), jsonType); });
+        answerOrReport(response, [&] { response.set_content(m_listings.of(*store, customerOf(request)), jsonType); });
     });
-    refuseStrangers();
+    refuseUnknownRequests();
     answerEverythingElse();
 }
 
@@ -352,13 +352,14 @@ void Service::Implementation::answer(QLatin1StringView endpoint, Reply (*work)(S
     m_endpoints.push_back({path, "POST"});
     server.Post(path, [this, work](const httplib::Request &request, httplib::Response &response,
                                    const httplib::ContentReader &content) {
-        guarded(response,
-                [&] { reply(response, work(*store, readRecord<Request>(readBody(request, response, content)))); });
+        answerOrReport(response, [&] {
+            reply(response, work(*store, readRecord<Request>(readBody(request, response, content))));
+        });
     });
 }
 
 template <class Work>
-void Service::Implementation::guarded(httplib::Response &response, Work work)
+void Service::Implementation::answerOrReport(httplib::Response &response, Work work)
 {
     try {
         work();
@@ -370,14 +371,15 @@ void Service::Implementation::guarded(httplib::Response &response, Work work)
     }
 }
 
-/// Before any body is read: who asks, and for something that is there.
-void Service::Implementation::refuseStrangers()
+/// Checks the host, the path and the method before a body is read.
+void Service::Implementation::refuseUnknownRequests()
 {
     server.set_pre_routing_handler([this](const httplib::Request &request, httplib::Response &response) {
         using httplib::Server;
-        // A reply is one JSON document, never a part of one. The library keeps the ranges in an object of its own.
+        // Ignore Range headers: a reply is always a whole JSON document. The const_cast is safe, since the library
+        // owns a non-const request.
         const_cast<httplib::Request &>(request).ranges.clear();
-        if (request.get_header_value_count("Host") != 1 || !namesThisMachine(request.get_header_value("Host"))) {
+        if (request.get_header_value_count("Host") != 1 || !isLoopbackHost(request.get_header_value("Host"))) {
             refuse(response, {403, u"Este servicio solo responde a esta misma máquina"_s});
             return Server::HandlerResponse::Handled;
         }
@@ -422,7 +424,7 @@ void Service::start(std::unique_ptr<Store> store)
 {
     m_implementation->store = std::move(store);
     m_implementation->thread = std::thread([this] { m_implementation->server.listen_after_bind(); });
-    // Stopping a server that does not run yet would be forgotten.
+    // A stop() before the server runs would have no effect.
     while (!m_implementation->server.is_running())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }

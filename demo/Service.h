@@ -10,21 +10,22 @@ class Store;
 class Service {
 public:
     Service();
-    /// Stops first.
+    /// Calls stop().
     ~Service();
     Service(const Service &) = delete;
     Service &operator=(const Service &) = delete;
 
-    /// Takes a port of 127.0.0.1, any free one for 0; false when it is taken or not allowed. Nobody is answered yet.
+    /// Binds a port of 127.0.0.1; 0 means any free port. Returns false if the port is in use or not allowed. Requests
+    /// are not answered before start().
     bool bind(quint16 port);
 
-    /// The port that was taken.
+    /// Returns the port that bind() has bound.
     quint16 port() const;
 
-    /// Answers from now on, on threads of its own (a fixed number), out of `store`. Call once, after bind().
+    /// Starts to answer requests from `store`, on a fixed number of threads. Call it once, after bind().
     void start(std::unique_ptr<Store> store);
 
-    /// Ends after the requests under way are answered. May be called from any one thread, and twice.
+    /// Finishes the current requests and stops. May be called more than once, but not from two threads at a time.
     void stop();
 
 private:

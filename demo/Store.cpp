@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// "Mrvd": marks a SQLite file as one of this service, at a fixed place of its header.
+/// "Mrvd": SQLite's application ID, at a fixed offset of the file's header, identifies the files of this service.
 constexpr qint32 applicationId = 0x4d727664;
 constexpr qsizetype applicationIdOffset = 68;
 constexpr int layoutVersion = 1;
@@ -69,7 +69,7 @@ QString keyOf(const QString &email) { return email.trimmed().toLower(); }
 
 } // namespace
 
-/// One statement with its values; what it was given lives as long as it does.
+/// A statement and its bound values. It keeps the values alive.
 class Store::Statement {
 public:
     Statement(const Store &store, const char *sql) : m_store(store)
@@ -101,7 +101,7 @@ public:
         return value ? add(*value) : add(nullptr);
     }
 
-    /// Whether there is one more row.
+    /// Moves to the next row. Returns false if there is none.
     bool next()
     {
         const int code = sqlite3_step(m_statement);
@@ -109,7 +109,7 @@ public:
             m_store.fail();
         return code == SQLITE_ROW;
     }
-    /// Runs a statement that gives no rows; false when it would break a rule of the tables.
+    /// Runs a statement without a result. Returns false if it would violate a constraint.
     bool run()
     {
         const int code = sqlite3_step(m_statement);
@@ -144,7 +144,7 @@ private:
     int m_bound = 0;
 };
 
-/// All or nothing: rolls back unless commit() was reached.
+/// Rolls back when it is destroyed, unless commit() was called.
 class Store::Transaction {
 public:
     explicit Transaction(const Store &store) : m_store(store) { m_store.run("BEGIN IMMEDIATE"); }
@@ -193,7 +193,7 @@ void Store::refuseForeignFile() const
     if (file.size() == 0)
         return;
     const QByteArray header = file.read(100);
-    // The mark of a database that was not closed may stand in its companion only; then this file is one empty page.
+    // If the database was not closed, the application ID may be in the log only; this file is one empty page then.
     const bool empty = header.mid(16, 2) == QByteArray::fromHex("1000") && file.size() == 4096;
     const bool ours = header.mid(applicationIdOffset, 4) == QByteArray::fromHex("4d727664") || empty;
     if (header.size() != 100 || !header.startsWith("SQLite format 3") || !ours)
@@ -202,7 +202,8 @@ void Store::refuseForeignFile() const
 
 void Store::createFile() const
 {
-    // SQLite would create the file with the process's umask; its companions take over the file's permissions.
+    // SQLite would create the file with the process's umask. It gives its other files the same permissions as this
+    // one.
     QFile file(m_path);
     if (!QFileInfo::exists(m_path) && !file.open(QFile::WriteOnly | QFile::NewOnly, ownerOnly))
         fail(file.errorString());
@@ -258,7 +259,7 @@ void Store::seed(const DemoCustomer &customer)
     insert.add(customer.nombre).add(customer.email).add(keyOf(customer.email)).add(hashPassword(customer.password));
     insert.add(customer.direccion).add(customer.ciudad).run();
     const qint64 id = sqlite3_last_insert_rowid(m_database.get());
-    // The newest row gets the largest number.
+    // Insert the oldest first, so that the newest row gets the largest number.
     const auto addPackage = [&](const DashboardResponse::Paquete &row) {
         Statement package(*this, "INSERT INTO packages (customer, tracking, descripcion, estado, fecha_recibido) "
                                  "VALUES (?, ?, ?, ?, ?)");
@@ -374,7 +375,7 @@ std::optional<DashboardResponse> Store::listing(qint64 id) const
 qint64 Store::edition() const
 {
     const std::scoped_lock lock(m_mutex);
-    // SQLite counts what others have changed and what this connection has changed apart
+    // data_version counts the changes of other connections only
     // (https://www.sqlite.org/pragma.html#pragma_data_version).
     return (number("PRAGMA data_version") << 32) + sqlite3_total_changes(m_database.get());
 }

@@ -14,14 +14,14 @@ struct sqlite3;
 struct sqlite3_stmt;
 struct DemoCustomer;
 
-/// Why the database cannot be used, in one line.
+/// The database cannot be used; what() says why, in one line.
 class StoreError : public std::runtime_error {
 public:
     explicit StoreError(const QString &what) : std::runtime_error(what.toStdString()) {}
 };
 
-/// What the service keeps, in one SQLite file that the owner alone may read. What a function has written is on disk
-/// when it returns. Every function may be called from any thread, and throws StoreError when the file fails.
+/// The service's data, in a SQLite file that only its owner can read. When a function returns, its changes are on
+/// disk. All functions are thread-safe, and throw StoreError if the database fails.
 class Store {
 public:
     enum class Start { Keep, Reset };
@@ -33,37 +33,38 @@ public:
     };
     struct Profile {
         QString nombre;
-        /// An absent value stays as it is.
+        /// Absent values are not changed.
         std::optional<QString> email;
         std::optional<QByteArray> passwordHash;
         std::optional<QByteArray> avatar;
     };
     enum class Saved { Yes, NoSuchCustomer, EmailTaken };
 
-    /// Opens the file at `path`, or makes it with the seeded customers. Reset replaces what an earlier run left
-    /// there. A file that is damaged or is not of this service is never touched.
+    /// Opens the file at `path`, or creates it with the demo customers. Reset replaces the file of an earlier run. Only
+    /// Reset changes a damaged file, and a file that does not belong to this service is never changed.
     explicit Store(QString path, Start start = Start::Keep);
     ~Store();
     Store(const Store &) = delete;
     Store &operator=(const Store &) = delete;
 
-    /// E-mails are the same whatever their letter case and the blanks around them.
+    /// E-mail addresses are compared ignoring case and surrounding blanks.
     std::optional<Customer> customerByEmail(const QString &email) const;
     std::optional<Customer> customerById(qint64 id) const;
 
-    /// The new customer's number, or nothing when the e-mail is taken.
+    /// Returns the new customer's number, or nothing if the e-mail address is already registered.
     std::optional<qint64> addCustomer(const RegistroRequest &from, const QByteArray &passwordHash);
     Saved saveProfile(qint64 id, const Profile &profile);
 
-    /// Keeps a request; false when there is no such customer.
+    /// Stores a request. Returns false if the customer does not exist.
     bool addQuotation(const CotizacionRequest &from);
     bool addVehicleRequest(const AutoRequest &from);
-    /// Keeps the request whether or not a customer has that e-mail.
+    /// Stores the request, even if no customer has this e-mail address.
     void addRecoveryRequest(const QString &email);
 
-    /// The customer's photo in base64, packages and quotations, each newest first; nothing for an unknown customer.
+    /// Returns the customer's photo in base64, and packages and quotations, newest first. Returns nothing if the
+    /// customer does not exist.
     std::optional<DashboardResponse> listing(qint64 id) const;
-    /// Another number once anything has been changed, by whomever.
+    /// Returns a number that changes whenever the database changes, also from another process.
     qint64 edition() const;
 
 private:

@@ -17,14 +17,14 @@ constexpr int failureStatus = 1;
 constexpr int usageStatus = 2;
 
 struct Options {
-    QCommandLineOption port{u"port"_s, u"Listen on this port of 127.0.0.1; 0 takes any free one."_s, u"N"_s,
+    QCommandLineOption port{u"port"_s, u"Listen on this port of 127.0.0.1; 0 means any free port."_s, u"N"_s,
                             QString::number(MAROVENDA_DEMO_PORT)};
-    QCommandLineOption database{u"database"_s, u"Keep the data in this file."_s, u"FILE"_s,
+    QCommandLineOption database{u"database"_s, u"Store the data in this file."_s, u"FILE"_s,
                                 u"marovenda-demo.sqlite"_s};
-    QCommandLineOption reset{u"reset"_s, u"Drop what earlier runs kept and start with the demo customers."_s};
-    QCommandLineOption customers{u"customers"_s, u"Print the demo customers and end."_s};
-    QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this text and end."_s};
-    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and end."_s};
+    QCommandLineOption reset{u"reset"_s, u"Delete the data of earlier runs and start with the demo customers."_s};
+    QCommandLineOption customers{u"customers"_s, u"Print the demo customers and exit."_s};
+    QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this help and exit."_s};
+    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and exit."_s};
 };
 
 int complain(const QString &line, int status)
@@ -54,10 +54,10 @@ std::optional<quint16> portFrom(const QString &text)
     return good && text == QString::number(port) ? std::optional(port) : std::nullopt;
 }
 
-/// Serves until a signal asks to end.
+/// Serves until SIGTERM or SIGINT.
 int serve(quint16 port, const QString &database, Store::Start start)
 {
-    // The signals are taken here, by no other thread, so that ending needs no handler.
+    // Block the signals in all threads, so that sigwait() receives them and no handler is necessary.
     sigset_t ending;
     sigemptyset(&ending);
     sigaddset(&ending, SIGTERM);
@@ -65,7 +65,7 @@ int serve(quint16 port, const QString &database, Store::Start start)
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
 
     Service service;
-    // First the port: a second service must not reset the data of the first.
+    // Bind the port before opening the store: a second service must not reset the data of the first.
     if (!service.bind(port))
         return complain(u"Port %1 of 127.0.0.1 is taken or not allowed; choose another with --port"_s.arg(port),
                         failureStatus);
@@ -92,7 +92,7 @@ int main(int argc, char *argv[])
     const Options options;
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        u"Answers the Marovenda app on this machine, with customers to try it with. Not for a network."_s);
+        u"Serves the Marovenda app on this machine, with demo customers. Do not use it on a network."_s);
     parser.addOptions(
         {options.port, options.database, options.reset, options.customers, options.help, options.version});
     if (!parser.parse(QCoreApplication::arguments()))
