@@ -3,7 +3,7 @@ import Marovenda.Account
 import Marovenda.Logistics
 import Marovenda.Ui
 
-// Each screen is made anew when it is pushed.
+// Each push creates a new screen.
 DashboardScreens {
     casillero: Component { CasilleroView {} }
     cotizar: Component { CotizarView {} }
