@@ -1,8 +1,5 @@
 #include "SecondLibrary.h"
 
-#include <set>
-#include <vector>
-
 namespace SecondLibrary {
 
 namespace {
@@ -13,7 +10,7 @@ constexpr std::size_t deepest = 1024;
 class Survey : public nlohmann::json_sax<json> {
 public:
     bool beyondNumber = false;
-    bool repeatedKey = false;
+    /// The root is on level 1, and every value is a level below what holds it.
     std::size_t depth = 0;
 
     bool null() override { return value(); }
@@ -32,33 +29,28 @@ public:
     bool end_object() override { return close(); }
     bool start_array(std::size_t) override { return open(); }
     bool end_array() override { return close(); }
-    bool key(string_t &key) override
-    {
-        repeatedKey = !m_keys.back().insert(key).second || repeatedKey;
-        return true;
-    }
+    bool key(string_t &) override { return true; }
     bool parse_error(std::size_t, const std::string &, const nlohmann::detail::exception &) override { return false; }
 
 private:
-    /// The root is on level 1, and every value is a level below what holds it.
     bool value()
     {
-        depth = std::max(depth, m_keys.size() + 1);
+        depth = std::max(depth, m_open + 1);
         return true;
     }
     bool open()
     {
         value();
-        m_keys.emplace_back();
+        ++m_open;
         return true;
     }
     bool close()
     {
-        m_keys.pop_back();
+        --m_open;
         return true;
     }
 
-    std::vector<std::set<std::string>> m_keys;
+    std::size_t m_open = 0;
 };
 
 } // namespace
@@ -68,11 +60,9 @@ Document parse(QByteArrayView bytes)
     Document document;
     // This library skips one mark as well. A zero byte is the end of the document to it; in JSON it may stand
     // nowhere.
-    document.byteOrderMark = bytes.startsWith("\xEF\xBB\xBF");
     Survey survey;
     if (bytes.contains('\0') || !json::sax_parse(bytes.begin(), bytes.end(), &survey))
         return document;
-    document.repeatedKey = survey.repeatedKey;
     if (survey.depth > deepest) {
         document.kind = Document::Kind::beyondDepth;
     } else if (survey.beyondNumber) {

@@ -28,8 +28,6 @@ struct Document {
     };
     Kind kind = Kind::refused;
     json root;
-    bool repeatedKey = false;
-    bool byteOrderMark = false;
 };
 
 Document parse(QByteArrayView bytes);

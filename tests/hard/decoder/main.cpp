@@ -1,89 +1,48 @@
-// What check.py runs without a fuzzer: "replay FOLDER..." reads documents that are kept, "properties SEED COUNT"
-// writes random records and reads them again.
+// What check.py runs without a fuzzer: reads the documents of some folders, and writes random records and reads them
+// again: decoder-check SEED COUNT FOLDER...
 
+#include "Contents.h"
 #include "Judgement.h"
-#include "Properties.h"
+#include "RandomRecords.h"
 #include "Tally.h"
 
 #include <QDirIterator>
-#include <QFile>
 
+#include <array>
 #include <memory>
-
-using namespace Qt::StringLiterals;
-using SecondLibrary::Document;
 
 namespace {
 
-constexpr auto repeatedKey = "repeated key, of which the last counts";
-constexpr auto byteOrderMark = "byte-order mark that is skipped";
-
-const char *name(Document::Kind kind)
-{
-    switch (kind) {
-    case Document::Kind::json:
-        return "document that both libraries take";
-    case Document::Kind::refused:
-        return "bytes that both libraries refuse";
-    case Document::Kind::beyondNumber:
-        return "whole number beyond 64 bits";
-    case Document::Kind::beyondDepth:
-        return "nesting beyond 1,024";
-    }
-    return "";
-}
+/// In the order of `SecondLibrary::Document::Kind`.
+constexpr std::array kinds{"document that both libraries take", "bytes that both libraries refuse",
+                           "whole number beyond 64 bits", "nesting beyond 1,024"};
 
 /// Does with each file what the fuzzer does with its inputs, under the sanitizers of this build.
-int replay(const QStringList &folders)
+void replay(Tally &tally, const QString &folder)
 {
-    Tally tally;
-    QSet<QByteArray> missing = {name(Document::Kind::json),
-                                name(Document::Kind::refused),
-                                name(Document::Kind::beyondNumber),
-                                name(Document::Kind::beyondDepth),
-                                repeatedKey,
-                                byteOrderMark};
-    const auto note = [&](const char *what, const QString &file, const QByteArray &wrong) {
-        missing.remove(what);
-        tally.note(what, wrong.isEmpty(), file.toUtf8() + ": " + wrong);
-    };
-    for (const QString &folder : folders) {
-        QDirIterator files(folder, QDir::Files);
-        while (files.hasNext()) {
-            QFile file(files.next());
-            if (!file.open(QFile::ReadOnly))
-                qFatal("cannot read %s", qUtf8Printable(file.fileName()));
-            const QByteArray read = file.readAll();
-            // A copy without a byte of room, so that reading beyond the end is seen.
-            const auto exact = std::make_unique<char[]>(std::size_t(read.size()));
-            std::copy(read.begin(), read.end(), exact.get());
-            const QByteArrayView bytes(exact.get(), read.size());
-            const Document document = SecondLibrary::parse(bytes);
-            const QByteArray wrong = judge(bytes, document);
-            note(name(document.kind), file.fileName(), wrong);
-            if (document.repeatedKey && document.kind == Document::Kind::json)
-                note(repeatedKey, file.fileName(), wrong);
-            if (document.byteOrderMark && document.kind == Document::Kind::json)
-                note(byteOrderMark, file.fileName(), wrong);
-        }
+    QDirIterator files(folder, QDir::Files);
+    while (files.hasNext()) {
+        const QString name = files.next();
+        const QByteArray read = contents(name);
+        // A copy without a byte of room, so that reading beyond the end is seen.
+        const auto exact = std::make_unique<char[]>(std::size_t(read.size()));
+        std::copy(read.begin(), read.end(), exact.get());
+        const QByteArrayView bytes(exact.get(), read.size());
+        const auto document = SecondLibrary::parse(bytes);
+        const QByteArray wrong = judge(bytes, document);
+        tally.note(kinds[std::size_t(document.kind)], wrong.isEmpty(), name.toUtf8() + ": " + wrong);
     }
-    for (const QByteArray &what : std::as_const(missing))
-        tally.note(what, false, "no document shows it");
-    return tally.finish();
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QStringList arguments;
-    for (int index = 1; index < argc; ++index)
-        arguments += QFile::decodeName(argv[index]);
-    const QString what = arguments.value(0);
-    if (what == u"replay"_s && arguments.size() > 1)
-        return replay(arguments.sliced(1));
-    if (what == u"properties"_s && arguments.size() == 3)
-        return tryProperties(arguments[1].toULongLong(), arguments[2].toInt());
-    qCritical("what is to be done?");
-    return 2;
+    if (argc < 3)
+        return EXIT_FAILURE;
+    Tally tally;
+    tryRandomRecords(tally, QByteArray(argv[1]).toULongLong(), QByteArray(argv[2]).toInt());
+    for (int index = 3; index < argc; ++index)
+        replay(tally, QFile::decodeName(argv[index]));
+    return tally.finish();
 }

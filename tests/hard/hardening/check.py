@@ -5,7 +5,6 @@ usage: check.py RELEASE_TREE SBOM quick|long      MAROVENDA_ONLY=PART runs one p
 
 import os
 import pathlib
-import subprocess
 import sys
 import tempfile
 
@@ -23,12 +22,7 @@ from tally import Tally
 def run_apart(parts, tally):
     """Each part in a process of its own: the accessibility library stays with the first bus that it sees."""
     for part in parts:
-        done = subprocess.run([sys.executable, *sys.argv], env={**os.environ, "MAROVENDA_ONLY": part}, text=True,
-                              stdout=subprocess.PIPE)
-        for line in done.stdout.splitlines():
-            fault, tries, failures = line.split("\t")
-            tally.note(fault, failures == "0", f"{failures} failures in the part {part}", tries=int(tries))
-        tally.note("part played to its end", done.returncode in (0, 1) and done.stdout, part)
+        tally.run([sys.executable, *sys.argv], env={**os.environ, "MAROVENDA_ONLY": part})
 
 
 def main():
