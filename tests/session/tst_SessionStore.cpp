@@ -22,18 +22,12 @@ private Q_SLOTS:
     void storeOfAReleaseIsOpened_data();
     void storeOfAReleaseIsOpened();
     void thisReleasesStoreIsKept();
-    void lastWriteCounts();
-    void valuesDoNotTouchEachOther();
-    void emptyIsNotNeverWritten();
-    void writtenValueIsSeenByAnotherConnectionAtOnce();
     void writingFollowsAStoreThatWasReplaced();
     void writingMakesADeletedStoreAnew();
     void readableByTheUserAlone_data();
     void readableByTheUserAlone();
     void openToOthersIsClosedAgain();
     void missingFoldersAreMade();
-    void keystrokeDoesNotRewriteThePhoto();
-    void fileDoesNotGrowWithWriting();
     void longLogIsShortenedWhenAsked();
     void endlessLogIsShortenedByItself();
 };
@@ -59,15 +53,11 @@ void SessionStoreTest::newStoreHasNoValues()
 void SessionStoreTest::writtenValuesAreThereAfterARestart_data()
 {
     QTest::addColumn<QByteArray>("value");
-    QTest::newRow("text") << "Ana"_ba;
-    QTest::newRow("accents") << "Ñandú Güell 📦"_ba;
     QTest::newRow("empty") << ""_ba;
     QTest::newRow("null") << QByteArray();
     QTest::newRow("zero bytes") << QByteArray("\0a\0", 3);
-    QTest::newRow("least number") << "-9223372036854775808"_ba;
     QTest::newRow("not UTF-8") << "\xFF\xFE\x80"_ba;
     QTest::newRow("quotes") << "'); DROP TABLE session; --"_ba;
-    QTest::newRow("very long") << QByteArray(1'000'000, 'x');
     QTest::newRow("photo of 5 MB") << QByteArray("\xFF\xD8\0\x01", 4).repeated(qsizetype(5) * 1024 * 256);
 }
 
@@ -114,49 +104,6 @@ void SessionStoreTest::storeOfAReleaseIsOpened()
 void SessionStoreTest::thisReleasesStoreIsKept()
 {
     QVERIFY(QFile::exists(QStringLiteral(RELEASED_STORES "/" MAROVENDA_VERSION ".sqlite")));
-}
-
-void SessionStoreTest::lastWriteCounts()
-{
-    const Folder folder;
-    {
-        const Watched store(folder.path());
-        for (int i = 0; i < 50; ++i)
-            QVERIFY(store.store->write(Key::UserNombre, "Ana " + QByteArray::number(i)));
-        QCOMPARE(store.store->read(Key::UserNombre), "Ana 49"_ba);
-    }
-    QCOMPARE(Watched(folder.path()).store->read(Key::UserNombre), "Ana 49"_ba);
-}
-
-void SessionStoreTest::valuesDoNotTouchEachOther()
-{
-    const Folder folder;
-    Values expected;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        expected[i] = Stores::sample[i];
-        QVERIFY(Watched(folder.path()).store->write(SessionStore::keys[i], *expected[i]));
-        QCOMPARE(Watched(folder.path()).values(), expected);
-    }
-}
-
-void SessionStoreTest::emptyIsNotNeverWritten()
-{
-    const Folder folder;
-    const Watched store(folder.path());
-    QVERIFY(!store.store->read(Key::UserEmail));
-    QVERIFY(store.store->write(Key::UserEmail, {}));
-    QVERIFY(store.store->read(Key::UserEmail));
-}
-
-void SessionStoreTest::writtenValueIsSeenByAnotherConnectionAtOnce()
-{
-    const Folder folder;
-    const Watched store(folder.path());
-    const Watched other(folder.path());
-    QVERIFY(store.store->write(Key::UserId, "7"));
-    QCOMPARE(other.store->read(Key::UserId), "7"_ba);
-    QVERIFY(other.store->write(Key::UserId, "8"));
-    QCOMPARE(store.store->read(Key::UserId), "8"_ba);
 }
 
 void SessionStoreTest::writingFollowsAStoreThatWasReplaced()
@@ -236,38 +183,6 @@ void SessionStoreTest::missingFoldersAreMade()
     const QString deep = folder.path() + u"/a b/ñ/c"_s;
     QVERIFY(Watched(deep).write(Stores::sample));
     QCOMPARE(Watched(deep).values(), Stores::sample);
-}
-
-void SessionStoreTest::keystrokeDoesNotRewriteThePhoto()
-{
-    const Folder folder;
-    folder.fill({QByteArray("7"), QByteArray("A"), QByteArray("a"), QByteArray(qsizetype(5) * 1024 * 1024, 'p')});
-    const QByteArray file = folder.bytes();
-    const Watched store(folder.path());
-    for (int i = 0; i < 10; ++i) {
-        const qint64 before = QFileInfo(folder.file(u"-wal"_s)).size();
-        QVERIFY(store.store->write(Key::UserNombre, "An" + QByteArray(i, 'a')));
-        const qint64 grown = QFileInfo(folder.file(u"-wal"_s)).size() - before;
-        QVERIFY2(grown > 0 && grown < 32'768, QByteArray::number(grown).constData());
-    }
-    QVERIFY(folder.bytes() == file);
-}
-
-void SessionStoreTest::fileDoesNotGrowWithWriting()
-{
-    const Folder folder;
-    const QByteArray photo(qsizetype(1024) * 1024, 'p');
-    for (int i = 0; i < 3; ++i) {
-        Watched store(folder.path());
-        for (int j = 0; j < 5; ++j)
-            QVERIFY(store.write(
-                {QByteArray::number(j), photo.first(1000), QByteArray("e"), photo.first(photo.size() - j)}));
-    }
-    qint64 size = 0;
-    const auto files = QDir(folder.path()).entryInfoList(QDir::Files);
-    for (const QFileInfo &file : files)
-        size += file.size();
-    QVERIFY2(size < 3 * photo.size(), QByteArray::number(size).constData());
 }
 
 void SessionStoreTest::longLogIsShortenedWhenAsked()
