@@ -1,10 +1,10 @@
 """Feeds the app's picture code with bombs, damage and files that are none, and looks whether the window goes on.
 
-usage: check.py WATCHED PLAIN STARTER quick|long
+usage: check.py WATCHED PLAIN quick|long
 
-WATCHED and PLAIN are the same program with and without the sanitizers, STARTER the app's screens; see main.cpp and
-start.cpp. PICTURES_SEED in the environment stands for the first seed of the mutations, so that a failure can be
-repeated; PICTURES_ONLY for a part of the names of the only bombs to try.
+WATCHED and PLAIN are the same program with and without the sanitizers, see main.cpp. PICTURES_SEED in the environment
+stands for the first seed of the mutations, so that a failure can be repeated; PICTURES_ONLY for a part of the names of the
+only bombs to try.
 """
 
 import collections
@@ -13,7 +13,6 @@ import itertools
 import os
 import pathlib
 import random
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -21,11 +20,8 @@ import threading
 
 sys.path[:0] = [str(pathlib.Path(__file__).resolve().parent.parent)]
 
+import bombs
 import items
-import jpeg
-import others
-import png
-import webp
 from tally import Tally
 
 MOST_MEMORY = 256  # MiB
@@ -38,15 +34,19 @@ Shown = collections.namedtuple("Shown", "ended decoded loaded gap run seconds me
 
 
 class Check:
-    def __init__(self, folder, watched, plain, starter, form):
+    def __init__(self, folder, watched, plain, form):
         self.folder = folder
-        self.watched, self.plain, self.starter = watched, plain, starter
+        self.watched, self.plain = watched, plain
         self.long = form == "long"
         self.tally = Tally()
         self.lock = threading.Lock()
         self.pool = concurrent.futures.ThreadPoolExecutor(2)
         self.numbers = itertools.count()
-        self.good = self.file(png.png(8, 8))
+        self.good = self.file(bombs.png(8, 8))
+        self.corpus = folder / "corpus"
+        self.corpus.mkdir()
+        self.run(plain, "make", self.corpus)
+        bombs.add_good(self.corpus)
 
     def file(self, data, ending="jpg"):
         """Most of what follows is named after what it is not."""
@@ -54,9 +54,9 @@ class Check:
         path.write_bytes(data)
         return path
 
-    def run(self, *command, **more):
+    def run(self, *command):
         """The program's lines. Says on stderr why there are none: it failed, did not end, or was not silent."""
-        environment = {**os.environ, "XDG_RUNTIME_DIR": str(self.folder), "XDG_DATA_HOME": str(self.folder), **more}
+        environment = {**os.environ, "XDG_RUNTIME_DIR": str(self.folder), "XDG_DATA_HOME": str(self.folder)}
         try:
             done = subprocess.run([str(part) for part in command], env=environment, capture_output=True, text=True,
                                   errors="replace", timeout=DEADLINE)
@@ -93,28 +93,14 @@ class Check:
     def bomb(self, bomb):
         """As a stored photo, as a picked one, which is held once more in base64, and as one of the picker's."""
         path = self.file(bomb.make())
-        kind = bomb.name.split(" ")[0]
-        kind = kind + " bomb" if kind in ("png", "jpeg", "webp", "gif", "bmp") else "no picture"
+        kind = "no picture" if bomb.name.startswith("no picture") else bomb.name.split(" ")[0] + " bomb"
         ways = ("stored", "picked", "listed") if self.long else ("picked",)
         for program, how in [(self.plain, how) for how in ways] + ([(self.watched, "stored")] if self.long else []):
             shown, wrong = self.show(program, how, path)
-            if not wrong:
-                wrong = self.wrong_look(bomb, shown.decoded)
+            if not wrong and bomb.shows is not None and bool(shown.decoded) != bomb.shows:
+                wrong = "shows" if shown.decoded else "does not show"
             self.note(f"{kind}, {how}", not wrong, f"{bomb.name}: {wrong}")
-            if os.environ.get("PICTURES_VERBOSE"):
-                print(f"{bomb.name} {how} {shown}", file=sys.stderr, flush=True)
         path.unlink()
-
-    @staticmethod
-    def wrong_look(bomb, decoded):
-        if bomb.shows is not None and bool(decoded) != bomb.shows:
-            return "shows" if decoded else "does not show"
-        return None
-
-    def lossy(self, width, height):
-        path = self.folder / "lossy"
-        self.run(self.plain, "make", "webp", width, height, 10, path)
-        return path.read_bytes()
 
     def note(self, *row):
         with self.lock:
@@ -127,35 +113,30 @@ class Check:
 
     def all_bombs(self):
         only = os.environ.get("PICTURES_ONLY", "")
-        bombs = itertools.chain(png.bombs(), jpeg.bombs(), webp.bombs(self.lossy), others.bombs())
-        return (bomb for bomb in bombs if only in bomb.name)
+        self.together((self.bomb, bomb) for bomb in bombs.all_bombs(self.corpus)
+                      if only in bomb.name and (self.long or bomb.quick))
 
-    def bombs(self):
-        self.together((self.bomb, bomb) for bomb in self.all_bombs() if self.long or bomb.quick)
-
-    def damage(self, fault, tries, *command):
+    def damage(self, fault, program, kind, cuts, seed, mutations):
         """Decodes damaged pictures; the memory counts in the program without sanitizers alone."""
-        lines, wrong = self.run(*command)
-        if not wrong and command[0] == self.plain and float(lines[-1].split()[1]) > MOST_MEMORY:
-            wrong = lines[-1]
-        self.note(fault, not wrong, f"{' '.join(map(str, command[1:]))}: {wrong}", tries)
+        lines, wrong = self.run(program, "damage", self.corpus, kind, cuts, seed, mutations)
+        if not wrong and program == self.plain and float(lines[-1]) > MOST_MEMORY:
+            wrong = f"took {lines[-1]} MiB"
+        self.note(f"{kind} {fault}", not wrong, f"seed {seed}: {wrong}", cuts or mutations)
 
     def damages(self):
         first = int(os.environ.get("PICTURES_SEED") or (random.randrange(1 << 30) if self.long else 1))
         print(f"PICTURES_SEED={first}", file=sys.stderr, flush=True)
         # In small parts, so that a failure names few seeds.
-        parts, count, steps = (20, 400, 500) if self.long else (1, 250, 40)
-        self.together(
-            (self.damage, f"{kind} cut off", steps, program, "cut", kind, steps)
-            for kind in KINDS for program in (self.watched, self.plain))
+        parts, count, cuts = (20, 400, 500) if self.long else (1, 250, 40)
+        programs = list(enumerate((self.watched, self.plain)))
+        self.together((self.damage, "cut off", program, kind, cuts, 0, 0) for kind in KINDS for _, program in programs)
         # Each program has seeds of its own.
-        self.together(
-            (self.damage, f"{kind} mutated", count, program, "mutate", kind, first + (2 * part + i) * count, count)
-            for kind in KINDS for part in range(parts) for i, program in enumerate((self.watched, self.plain)))
+        self.together((self.damage, "mutated", program, kind, 0, first + (2 * part + i) * count, count)
+                      for kind in KINDS for part in range(parts) for i, program in programs)
 
     def leaving(self):
         """The app ends at many moments while a photo is being decoded, scaled or loaded."""
-        strip, large = self.file(png.png(16384, 7)), self.file(png.png(4000, 3000, png.GREY, 1))
+        strip, large = self.file(bombs.png(16384, 7)), self.file(bombs.png(4000, 3000, 0, 1))
         heavy = self.file(bytes(20 << 20))
         moments = [("stored", strip, after) for after in range(10)]
         moments += [("stored", large, after) for after in range(0, 200, 20)]
@@ -170,41 +151,22 @@ class Check:
         """What is picked or listed and is no file that ends."""
         for how in ("picked", "listed"):
             for name, may_load, make in items.ITEMS:
-                with tempfile.TemporaryDirectory(dir=self.folder) as folder, make(folder) as path:
+                with tempfile.TemporaryDirectory(dir=self.folder) as folder, \
+                        items.made(make, pathlib.Path(folder, "photo.jpg")) as path:
                     shown, wrong = self.show(self.plain, how, path)
                 if not wrong and not may_load and (shown.loaded >= 0 or shown.decoded):
                     wrong = f"gave {shown.loaded:.0f} bytes"
                 self.note("strange item, " + how, not wrong, f"{name}: {wrong}")
-
-    def starts(self):
-        """Bombs as the stored photo: the app starts with it, and once more."""
-        few = ("png of compressed texts", "jpeg 16,384 x 16,384, progressive", "svg")
-        self.together((self.start, bomb) for bomb in self.all_bombs() if bomb.name in few or self.long and bomb.quick)
-
-    def start(self, bomb):
-        home = self.folder / f"home{next(self.numbers)}"
-        home.mkdir()
-        path = self.file(bomb.make())
-        _, wrong = self.run(self.starter, "store", path, XDG_DATA_HOME=str(home))
-        for which in ("start", "next start"):
-            if not wrong:
-                lines, wrong = self.run(self.starter, "start", XDG_DATA_HOME=str(home))
-            if not wrong:
-                wrong = self.wrong_look(bomb, float(lines[-1]))
-            self.note("bomb as the stored photo, " + which, not wrong, f"{bomb.name}: {wrong}")
-        path.unlink()
-        shutil.rmtree(home)
 
 
 def main():
     *programs, form = sys.argv[1:]
     with tempfile.TemporaryDirectory(prefix="pictures-") as folder:
         check = Check(pathlib.Path(folder), *programs, form)
-        check.bombs()
+        check.all_bombs()
         check.damages()
         check.leaving()
         check.strange_items()
-        check.starts()
     check.tally.finish()
 
 

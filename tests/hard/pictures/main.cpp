@@ -1,8 +1,7 @@
 // What check.py runs: shows one picture, or decodes many damaged ones, and tells what it cost.
 
 #include "Contents.h"
-#include "Corpus.h"
-#include "Mutations.h"
+#include "Damage.h"
 #include "PhotoLoader.h"
 #include "PhotoView.h"
 #include "Watch.h"
@@ -65,7 +64,7 @@ public:
             if (fromFile)
                 marker.setFile(QUrl::fromLocalFile(good));
             else
-                marker.setPhoto(picture("png", {8, 8}));
+                marker.setPhoto(contents(good));
         };
         QTimer::singleShot(120'000, &marker, [&ended] {
             ended = false;
@@ -130,22 +129,33 @@ private:
     LoadedPhoto m_loaded;
 };
 
-/// A window in which a first picture has been shown, whatever that costs.
-void warmUp(const QString &good)
+/// Of a field of the process's status, in MiB.
+double memory(const QByteArray &field)
 {
-    Stage stage;
-    if (!stage.show(u"picked"_s, good, good) || !stage.decoded())
-        qFatal("A good picture does not show");
+    const QByteArray status = contents(u"/proc/self/status"_s);
+    const qsizetype at = status.indexOf(field + ':') + field.size() + 1;
+    return status.mid(at).trimmed().split(' ').first().toDouble() / 1024;
+}
+
+/// Forgets the most memory that the process has had; returns how much it has now.
+double startMemory()
+{
+    QFile file(u"/proc/self/clear_refs"_s);
+    if (!file.open(QFile::WriteOnly) || file.write("5") != 1)
+        qFatal("cannot reset the peak of memory");
+    return memory("VmRSS");
 }
 
 /// show HOW FILE GOOD: prints whether it ended, whether there is a picture, the bytes that were picked, the longest
 /// gap and run of the window's thread in milliseconds, the seconds and the memory that it took in MiB.
 int show(const QStringList &arguments)
 {
-    warmUp(arguments[2]);
+    // A first window with a picture, whatever that costs.
+    Stage first;
+    if (!first.show(u"picked"_s, arguments[2], arguments[2]) || !first.decoded())
+        qFatal("A good picture does not show");
     Stage stage;
-    Watch::forgetPeak();
-    const double before = Watch::memory();
+    const double before = startMemory();
     if (arguments[0] == u"stored"_s)
         stage.read(arguments[1]);
     const Watch watch;
@@ -154,7 +164,7 @@ int show(const QStringList &arguments)
     const bool ended = stage.show(arguments[0], arguments[1], arguments[2]);
     std::printf("%d %d %lld %.0f %.0f %.1f %.0f\n", ended, stage.decoded(), static_cast<long long>(stage.loaded()),
                 watch.longestGap(), watch.longestRun(), static_cast<double>(clock.elapsed()) / 1000,
-                Watch::peakMemory() - before);
+                memory("VmHWM") - before);
     std::fflush(stdout);
     // A file that does not end would keep the process.
     if (!ended)
@@ -170,50 +180,32 @@ int leave(const QStringList &arguments)
     return 0;
 }
 
-/// make FORMAT WIDTH HEIGHT QUALITY FILE
-int make(const QStringList &arguments)
+/// damage FOLDER KIND CUTS SEED MUTATIONS: prints what failed and at last the memory that it took in MiB.
+int damage(const QStringList &arguments)
 {
-    QFile file(arguments[4]);
-    const QByteArray bytes = picture(arguments[0].toLatin1().constData(),
-                                     {arguments[1].toInt(), arguments[2].toInt()}, arguments[3].toInt());
-    return file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size() ? 0 : 1;
-}
-
-/// mutate FORMAT SEED COUNT, cut FORMAT STEPS: prints what failed and at last the memory that it took in MiB.
-int damage(const QStringList &arguments, int (*run)(const QStringList &))
-{
-    tryCuts(arguments[1].toLatin1(), 1);
-    Watch::forgetPeak();
-    const double before = Watch::memory();
-    const int failures = run(arguments);
-    std::printf("memory %.0f\n", Watch::peakMemory() - before);
+    tryDamage(arguments[0], arguments[1], 1, 0, 0);
+    const double before = startMemory();
+    const int failures =
+        tryDamage(arguments[0], arguments[1], arguments[2].toInt(), arguments[3].toUInt(), arguments[4].toInt());
+    std::printf("%.0f\n", memory("VmHWM") - before);
     return failures ? 1 : 0;
 }
 
-int mutate(const QStringList &arguments)
+/// make FOLDER
+int make(const QStringList &arguments)
 {
-    return tryMutations(arguments[1].toLatin1(), arguments[2].toUInt(), arguments[3].toInt());
+    makePictures(arguments[0]);
+    return 0;
 }
-
-int cut(const QStringList &arguments) { return tryCuts(arguments[1].toLatin1(), arguments[2].toInt()); }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
     const QGuiApplication application(argc, argv);
-    const QStringList arguments = QGuiApplication::arguments().sliced(1);
-    const QString what = arguments.value(0);
-    if (what == u"show"_s && arguments.size() == 4)
-        return show(arguments.sliced(1));
-    if (what == u"leave"_s && arguments.size() == 4)
-        return leave(arguments.sliced(1));
-    if (what == u"make"_s && arguments.size() == 6)
-        return make(arguments.sliced(1));
-    if (what == u"mutate"_s && arguments.size() == 4)
-        return damage(arguments, mutate);
-    if (what == u"cut"_s && arguments.size() == 3)
-        return damage(arguments, cut);
-    qCritical("what is to be done?");
-    return 2;
+    const QStringList arguments = QGuiApplication::arguments();
+    const QHash<QString, int (*)(const QStringList &)> all{
+        {u"show"_s, show}, {u"leave"_s, leave}, {u"damage"_s, damage}, {u"make"_s, make}};
+    const auto what = all.value(arguments.value(1));
+    return what ? what(arguments.sliced(2)) : 2;
 }
