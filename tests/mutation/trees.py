@@ -43,10 +43,12 @@ class Times:
 
     def __init__(self):
         self.known = json.loads(TIMES.read_text()) if TIMES.exists() else {}
+        self.lock = threading.Lock()
 
     def note(self, test, seconds):
-        self.known[test.name] = round(max(seconds, self.known.get(test.name, 0) / 2), 2)
-        TIMES.write_text(json.dumps(self.known, indent=1))
+        with self.lock:
+            self.known[test.name] = round(max(seconds, self.known.get(test.name, 0) / 2), 2)
+            TIMES.write_text(json.dumps(self.known, indent=1))
 
     def usual(self, test):
         return self.known.get(test.name, 10)
@@ -138,16 +140,17 @@ class Tree:
 
     @functools.cached_property
     def mentions(self):
-        """Of each source's stem the stems that are mentioned in it."""
+        """Of each source's name (without its suffix) the names of others that are mentioned in it."""
         files = [file for suffix in ("cpp", "h", "qml") for file in self.path.glob(f"[!b]*/**/*.{suffix}")]
         stems = {file.stem for file in files}
         found = {}
         for file in files:
-            found.setdefault(file.stem, set()).update(stems & set(re.findall(r"\w+", file.read_text())))
+            text = re.sub("//.*", "", file.read_text())
+            found.setdefault(file.stem, set()).update(stems & set(re.findall(r"\b[A-Z]\w+", text)))
         return found
 
     def reached(self, test):
-        """The stems of the sources that a test can come to, from what it mentions to what is mentioned there."""
+        """The names of the sources that a test can come to, from what it mentions to what is mentioned there."""
         if not test.words:
             waiting = [pathlib.Path(source).stem for source in test.sources]
             while waiting:
