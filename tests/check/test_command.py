@@ -186,15 +186,6 @@ class OptionsTest(ProgramTest):
             self.refused("--password-file", "", CUSTOMER, says="must name a file")
             self.refused(CUSTOMER, says="holds no password", MAROVENDA_CHECK_PASSWORD="")
 
-    def test_help_and_version(self):
-        shown = run("--help")
-        self.assertEqual((shown.returncode, shown.stderr), (0, ""))
-        page = (ROOT / "packaging/marovenda-check.1").read_text().replace("\\-", "-")
-        options = set(re.findall(r"--[a-z-]+", shown.stdout))
-        self.assertLess({"--base", "--write", "--json", "--timeout"}, options)
-        self.assertEqual(options, set(re.findall(r"--[a-z-]+", page)))
-        self.assertRegex(run("--version").stdout, r"^marovenda-check [0-9.]+\n$")
-
     def test_it_links_nothing_that_shows_windows(self):
         libraries = subprocess.run(["ldd", PROGRAM], capture_output=True, text=True, check=True).stdout
         self.assertEqual(set(re.findall(r"libQt6(\w+)", libraries)), {"Core", "Network"})

@@ -87,12 +87,10 @@ void SameVerdictTest::troubleIsFoundWhereTheReaderRefuses_data()
     const QByteArray texts = R"("\u00e" "\uD800" "\uDC00" "\uD800\u0041" "\uD83D\uDE00" "\x41" "\ "\u "open)";
     const QByteArray utf8 = "\"\x7F\" \"\xC0\x80\" \"\xE0\x9F\xBF\" \"\xED\x9F\xBF\" \"\xED\xA0\x80\" "
                             "\"\xF4\x8F\xBF\xBF\" \"\xF4\x90\x80\x80\" \"\xE2\x82\" \"\xC3";
-    const QByteArray forms =
-        "{ } [ ] , [,] [1,] {,} {\"a\"} {\"a\":} {\"a\":1,} {a:1} tru truely [1} {\"a\":1] {}\f []{} //x{} "
-        "\xEF\xBB\xBF{} \xEF\xBB\xBF \xEF\xBB{} {}\xEF\xBB\xBF";
-    for (const QByteArray &token : (numbers + ' ' + texts + ' ' + utf8 + ' ' + forms).split(' '))
+    for (const QByteArray &token : (numbers + ' ' + texts + ' ' + utf8).split(' '))
         QTest::newRow(token.toPercentEncoding().constData()) << token;
-    for (const QByteArray &bytes : {""_ba, " "_ba, "1 "_ba, "1 2"_ba, "[1 2]"_ba, "{} x"_ba, "\"\t\""_ba})
+    for (const QByteArray &bytes :
+         {""_ba, " "_ba, "1 "_ba, "{}\f"_ba, "\xEF\xBB\xBF"_ba, "\xEF\xBB\xBF{}"_ba, "\xEF\xBB{}"_ba})
         QTest::addRow("'%s'", bytes.toPercentEncoding().constData()) << bytes;
     QTest::newRow("zero inside") << QByteArray("{}\0", 3);
     QTest::newRow("zero in a text") << QByteArray("\"\0\"", 3);

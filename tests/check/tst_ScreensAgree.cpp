@@ -1,4 +1,5 @@
 #include "Examine.h"
+#include "Forms.h"
 #include "MarovendaTest.h"
 #include "Screens.h"
 #include "ServiceTest.h"
@@ -28,8 +29,6 @@ private Q_SLOTS:
     void casillero();
     void forms_data();
     void forms();
-    void signingIn_data();
-    void signingIn();
 
 private:
     template <class Reply>
@@ -39,17 +38,25 @@ private:
         return Check::readReply<Reply>(body, findings).record;
     }
 
+    /// What marovenda-check says of a form's screen.
+    static Check::Screen said(const QByteArray &path, const QByteArray &body)
+    {
+        if (path == "/api_login.php")
+            return Check::loginScreen(app<LoginResponse>(body));
+        if (path == "/api_registro.php")
+            return Check::registroScreen(app<LoginResponse>(body));
+        const auto reply = app<StandardResponse>(body);
+        return path == "/api_perfil.php"    ? Check::perfilScreen(reply)
+               : path == "/api_cotizar.php" ? Check::cotizarScreen(reply)
+               : path == "/api_auto.php"    ? Check::importarAutoScreen(reply)
+                                            : Check::recuperarScreen(reply);
+    }
+
     /// Waits until every request has its reply and the screen has dealt with it.
     void finish(TestScreen &screen, int requests)
     {
         waitForRequests(requests);
-        const auto busy = [] {
-            const auto all = QCoreApplication::instance()->children();
-            return std::any_of(all.begin(), all.end(), [](const QObject *each) {
-                return qstrcmp(each->metaObject()->className(), "QObject") == 0; // an exchange in flight
-            });
-        };
-        QTRY_VERIFY(!busy());
+        QTRY_COMPARE(exchangesInFlight(), 0);
         // One turn of the main loop later, for the screens that take it.
         for (int turn = 0; turn < 3; ++turn)
             QCoreApplication::processEvents();
@@ -60,29 +67,6 @@ private:
     {
         return names.filter(QRegularExpression(pattern));
     }
-
-    void showForm(const QByteArray &qml, const QStringList &fields, const QString &button)
-    {
-        TestScreen screen(qml);
-        for (const QString &field : fields)
-            screen.type(screen.find(field), u"Ana@x.A_"_s);
-        screen.tap(screen.find(button));
-        finish(screen, 1);
-        m_msg = screen.find(u"msg"_s)->property("text").toString();
-    }
-
-    void showRecovery()
-    {
-        TestScreen screen("LoginView {}");
-        screen.tap(screen.find(u"recuperar"_s));
-        QTRY_COMPARE(screen.find(u"recuperarDialog"_s)->opacity(), 1);
-        screen.type(screen.find(u"alertInput"_s), u"a@b"_s);
-        screen.tap(screen.named(u"Enviar"_s));
-        finish(screen, 1);
-        m_msg = screen.find(u"msg"_s)->property("text").toString();
-    }
-
-    QString m_msg;
 };
 
 void ScreensAgreeTest::listing_data()
@@ -145,78 +129,52 @@ void ScreensAgreeTest::casillero()
     server.reply("/api_casillero.php", body);
     TestScreen screen("NavigationContainer { root: Component { CasilleroView {} } }");
     finish(screen, 1);
-    QCOMPARE(QStringList(screen.find(u"info"_s)->property("text").toString()),
-             Check::casilleroScreen(app<CasilleroResponse>(body)).texts);
+    QCOMPARE(QStringList(screen.text(u"info"_s)), Check::casilleroScreen(app<CasilleroResponse>(body)).texts);
 }
 
 void ScreensAgreeTest::forms_data()
 {
     QTest::addColumn<QByteArray>("body");
-    QTest::newRow("success") << QByteArray(R"({"status":"success"})");
-    QTest::newRow("success with message") << QByteArray(R"({"status":"success","message":"Listo"})");
-    QTest::newRow("refusal") << QByteArray(R"({"status":"error","message":"No se puede"})");
-    QTest::newRow("capitals") << QByteArray(R"({"status":"Success"})");
-    QTest::newRow("no status") << QByteArray("{}");
-    QTest::newRow("not JSON") << QByteArray("Warning: x {}");
+    for (const char *body :
+         {R"({"status":"success"})", R"({"status":"success","message":"Listo"})",
+          R"({"status":"success","message":"Hola","id":"7","nombre":"Bea"})", R"({"status":"success","id":"+7"})",
+          R"({"status":"success","id":"-7"})", R"({"status":"success","id":" 7"})",
+          R"({"status":"error","message":"No se puede","id":"7"})", R"({"status":"error"})",
+          R"({"status":"Success","id":"7"})", "{}", "Warning: x {}"})
+        QTest::newRow(body) << QByteArray(body);
 }
 
 void ScreensAgreeTest::forms()
 {
     QFETCH(const QByteArray, body);
-    const auto reply = app<StandardResponse>(body);
-    const auto answer = [&](const QByteArray &path) {
+    for (const Form &form : ::forms()) {
+        const bool signsIn = form.success.isEmpty();
         ServiceTest::cleanup();
         init();
-        server.reply(path, body);
-    };
-    answer("/api_cotizar.php");
-    showForm("CotizarView {}", {}, u"enviar"_s);
-    QCOMPARE(QStringList(m_msg), Check::cotizarScreen(reply).texts);
-    answer("/api_auto.php");
-    showForm("ImportarAutoView {}", {}, u"enviar"_s);
-    QCOMPARE(QStringList(m_msg), Check::importarAutoScreen(reply).texts);
-    answer("/api_perfil.php");
-    showForm("NavigationContainer { root: Component { PerfilView {} } }", {}, u"guardar"_s);
-    QCOMPARE(QStringList(m_msg), Check::perfilScreen(reply).texts);
-    answer("/api_recuperar.php");
-    showRecovery();
-    QCOMPARE(QStringList(m_msg), Check::recuperarScreen(reply).texts);
-}
+        Session::instance().setUserId(signsIn ? 0 : 42);
+        server.reply(form.path, body);
+        TestScreen screen(TestScreen::alone(form.view + " {}"));
+        for (const Field &field : form.fields)
+            screen.enter(field.name, field.typed);
+        screen.press(form.button);
+        finish(screen, 1);
+        const Check::Screen expected = said(form.path, body);
+        QCOMPARE(screen.text(u"msg"_s), expected.texts.value(0));
+        if (signsIn) {
+            QCOMPARE(Session::instance().someoneSignedIn(), expected.state == Check::Screen::State::Works);
+            QCOMPARE(Session::instance().someoneSignedIn(), expected.remark == u"opens the dashboard"_s);
+        }
+    }
 
-void ScreensAgreeTest::signingIn_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::newRow("success") << QByteArray(R"({"status":"success","message":"Hola","id":"7","nombre":"Bea"})");
-    QTest::newRow("plus") << QByteArray(R"({"status":"success","id":"+7"})");
-    QTest::newRow("negative") << QByteArray(R"({"status":"success","id":"-7"})");
-    QTest::newRow("blank before") << QByteArray(R"({"status":"success","id":" 7"})");
-    QTest::newRow("no id") << QByteArray(R"({"status":"success","message":"Hola"})");
-    QTest::newRow("refusal") << QByteArray(R"({"status":"error","message":"No es usted","id":"7"})");
-    QTest::newRow("refusal without words") << QByteArray(R"({"status":"error"})");
-    QTest::newRow("capitals") << QByteArray(R"({"status":"SUCCESS","id":"7"})");
-    QTest::newRow("not JSON") << QByteArray("{");
-}
-
-void ScreensAgreeTest::signingIn()
-{
-    QFETCH(const QByteArray, body);
-    const auto reply = app<LoginResponse>(body);
-    const auto agrees = [&](const Check::Screen &said) {
-        QCOMPARE(m_msg, said.texts.value(0));
-        QCOMPARE(Session::instance().someoneSignedIn(), said.state == Check::Screen::State::Works);
-        QCOMPARE(said.remark == u"opens the dashboard"_s, Session::instance().someoneSignedIn());
-    };
-    Session::instance().setUserId(0);
-    server.reply("/api_login.php", body);
-    showForm("LoginView {}", {u"email"_s, u"pass"_s}, u"iniciarSesion"_s);
-    agrees(Check::loginScreen(reply));
-
-    ServiceTest::cleanup();
-    init();
-    Session::instance().setUserId(0);
-    server.reply("/api_registro.php", body);
-    showForm("RegistroView {}", {u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}, u"registrar"_s);
-    agrees(Check::registroScreen(reply));
+    server.reply("/api_recuperar.php", body);
+    const qsizetype before = server.requests().size();
+    TestScreen screen("LoginView {}");
+    screen.press(u"recuperar"_s);
+    QTRY_COMPARE(screen.find(u"recuperarDialog"_s)->opacity(), 1);
+    screen.type(screen.find(u"alertInput"_s), u"a@b"_s);
+    screen.tap(screen.named(u"Enviar"_s));
+    finish(screen, int(before) + 1);
+    QCOMPARE(screen.text(u"msg"_s), said("/api_recuperar.php", body).texts.value(0));
 }
 
 MAROVENDA_TEST_MAIN(ScreensAgreeTest)
