@@ -290,10 +290,13 @@ class Phone:
         subprocess.run(["xdotool", "mousemove", str(box.x + box.width // 2), str(box.y + box.height // 2)], check=True)
 
     def swipe_back(self):
-        """With a finger, from the left edge across the screen."""
+        """With a finger, from the left edge across the screen. The app sees it in more than one place on the way."""
         y = str(self.size[1] * 2 // 3)
-        steps = [part for x in range(22, self.size[0] - 20, 20) for part in ("mousemove", str(x), y)]
-        subprocess.run(["xdotool", "mousemove", "2", y, "mousedown", "1", *steps, "mouseup", "1"], check=True)
+        subprocess.run(["xdotool", "mousemove", "2", y, "mousedown", "1"], check=True)
+        for part in (1, 2, 3):
+            subprocess.run(["xdotool", "mousemove", str(self.size[0] * part // 4), y], check=True)
+            self.wait_still()
+        subprocess.run(["xdotool", "mouseup", "1"], check=True)
 
     def click(self, name, role=None):
         self.point(name, role)
