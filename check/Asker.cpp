@@ -4,8 +4,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A shorter one may stand in a reply by accident.
-constexpr qsizetype tellingPassword = 6;
+/// A reply may contain a shorter password by accident.
+constexpr qsizetype shortestSearchedPassword = 6;
 
 } // namespace
 
@@ -27,8 +27,8 @@ void Asker::note(Exchange exchange)
     Findings &findings = m_diagnosis.findings;
     judgeTransport(exchange, findings);
     m_lastBody = std::exchange(exchange.reply.body, {});
-    if (m_order.password.size() >= tellingPassword && m_lastBody.contains(m_order.password.toUtf8()))
-        findings.add(Severity::Warning, u"the reply"_s, u"holds the customer's password"_s,
+    if (m_order.password.size() >= shortestSearchedPassword && m_lastBody.contains(m_order.password.toUtf8()))
+        findings.add(Severity::Warning, u"the reply"_s, u"contains the customer's password"_s,
                      u"Never send it back, and keep a hash of it only."_s);
     m_diagnosis.exchanges.append(std::move(exchange));
 }

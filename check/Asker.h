@@ -10,7 +10,7 @@
 
 namespace Check {
 
-/// The record as JSON with its password, if it has one, put out of sight.
+/// Returns the record as JSON, with its password replaced by "(hidden)".
 template <Record R>
 QByteArray withoutPassword(R record)
 {
@@ -24,11 +24,11 @@ QByteArray withoutPassword(R record)
     return Json::write(record).value_or(QByteArray());
 }
 
-/// Asks the service one thing after the other as the app does, notes each exchange in a diagnosis and what is to be
-/// said of it, and hands out what the app would get.
+/// Sends requests to the service as the app does, one after the other. Adds each exchange and its findings to a
+/// diagnosis, and returns what the app would receive.
 class Asker {
 public:
-    /// `progress` is told each endpoint before it is asked.
+    /// Calls `progress` with the endpoint before each request.
     Asker(const Order &order, Diagnosis &diagnosis, std::function<void(const QString &)> progress)
         : m_order(order), m_diagnosis(diagnosis), m_progress(std::move(progress))
     {
@@ -47,7 +47,7 @@ public:
         return ask<DashboardResponse>(Endpoints::paquetes, ServiceRequests::listing(m_order.base, id), {});
     }
 
-    /// The last reply's bytes.
+    /// Returns the body of the last reply.
     const QByteArray &lastBody() const { return m_lastBody; }
 
 private:

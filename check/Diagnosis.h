@@ -6,31 +6,31 @@
 
 namespace Check {
 
-/// What the company asks for.
+/// The parameters of a check.
 struct Order {
-    /// The address under which the endpoints are; ends in "/".
+    /// The base address of the endpoints; ends in "/".
     QString base = {};
     QString email = {};
     QString password = {};
-    /// Asked for when the sign-in gives no number.
+    /// The customer's number to use if the sign-in returns none.
     std::optional<qint64> id = {};
-    /// Also send what changes something on the server.
+    /// Whether to send requests that change the server's data.
     bool write = false;
-    /// The address that registers; made from the customer's when empty.
+    /// The address to register; derived from `email` if empty.
     QString newEmail = {};
     std::chrono::milliseconds silence = HttpLimits().silence;
 };
 
-/// What came of it.
+/// The result of a check.
 struct Diagnosis {
     Findings findings;
     QList<Screen> screens;
     QList<Exchange> exchanges;
-    /// What was sent that may have left something on the server, a line each.
+    /// The data that may have been created on the server, one line each.
     QStringList created;
-    /// False when the first exchange reached nobody.
+    /// False if the first request reached no server.
     bool reached = true;
-    /// The service does not let the test customer in, as with a wrong password.
+    /// Whether the service refused the test customer, for example because of a wrong password.
     bool refused = false;
 
     bool works() const { return reached && !refused && findings.count(Severity::Fault) == 0; }

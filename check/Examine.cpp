@@ -21,7 +21,7 @@ QString remedyFor(const QString &reason)
     return {};
 }
 
-/// UTF-8 that was taken for Latin-1 or Windows' variant of it, and encoded again.
+/// Returns whether the text looks like UTF-8 that was read as Latin-1 or Windows-1252 and encoded again.
 bool isEncodedTwice(const QString &text)
 {
     static const QRegularExpression pattern(
@@ -78,7 +78,7 @@ void Examiner::ignoredKey(const Place &place, const QString &key, const QString 
 
 void Examiner::twice(const Place &place)
 {
-    m_findings.add(Severity::Warning, place, u"stands twice in one object; the last counts"_s, u"Send it once."_s);
+    m_findings.add(Severity::Warning, place, u"duplicate key; the last one counts"_s, u"Send each key once."_s);
 }
 
 void Examiner::lookAtText(const Place &place, const std::optional<QString> &value)
@@ -86,13 +86,14 @@ void Examiner::lookAtText(const Place &place, const std::optional<QString> &valu
     if (!value)
         return;
     if (value->contains(QChar::ReplacementCharacter))
-        m_findings.add(Severity::Warning, place, u"holds U+FFFD, what is left of a character that was lost"_s,
-                       u"Look where the text was converted; store and send UTF-8 throughout."_s);
+        m_findings.add(Severity::Warning, place, u"contains U+FFFD, which replaces a lost character"_s,
+                       u"Check where the text is converted; store and send UTF-8 throughout."_s);
     if (isEncodedTwice(*value))
         m_findings.add(Severity::Warning, place, u"looks like UTF-8 encoded twice: "_s + quoted(*value, 30),
                        u"Do not convert text that is UTF-8 already (PHP: utf8_encode)."_s);
     if (holdsEntity(*value))
-        m_findings.add(Severity::Warning, place, u"holds an HTML entity, shown as it stands: "_s + quoted(*value, 30),
+        m_findings.add(Severity::Warning, place,
+                       u"contains an HTML entity, which the app does not decode: "_s + quoted(*value, 30),
                        u"Send plain text (PHP: no htmlspecialchars or htmlentities); the app shows no HTML."_s);
 }
 

@@ -6,13 +6,13 @@
 
 namespace Check {
 
-/// What a whole reply is looked through for, value by value, where the app's reader stops at the first wrong one.
-/// Every judgement of a type is that reader's.
+/// Checks every value of a reply, while the app's reader stops at the first error. The app's reader decides whether a
+/// value has the right type.
 class Examiner {
 public:
     explicit Examiner(Findings &findings) : m_findings(findings) {}
 
-    /// Returns the record as it would be with the wrong values replaced, by texts that nothing is to be said of.
+    /// Returns the record, with valid texts in place of wrong values.
     template <Record R>
     R examine(Json::Element from, const Place &place)
     {
@@ -44,7 +44,7 @@ public:
         return record;
     }
 
-    /// What the reader says of bytes that are not JSON at all, with the place.
+    /// Adds a finding about bytes that are not JSON, with the place of the error.
     void notJson(const QByteArray &body, const QString &reason);
 
 private:
@@ -53,7 +53,8 @@ private:
         return QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
     }
 
-    /// The key that was probably meant: the same letters, whatever their case and what stands between them.
+    /// Returns the key that was probably meant: one with the same letters and digits, ignoring case and other
+    /// characters.
     template <Record R>
     static QString closestKey(std::string_view key)
     {
@@ -115,14 +116,13 @@ private:
 
 template <Record R>
 struct ReadReply {
-    /// What the app would get, as ApiClient gives it.
+    /// The record that the app would receive from ApiClient.
     std::optional<R> record;
-    /// What it would get once the wrong values were replaced; nothing for what is no JSON object.
+    /// The record with wrong values replaced; nothing if the reply is not a JSON object.
     std::optional<R> replaced;
 };
 
-/// Reads a reply's body; the reasons where there is no record, and what else is to be said of its form, go to
-/// `findings`. An empty body is none, without a reason here.
+/// Reads the body of a reply, and adds findings about its form. Adds none for an empty body.
 template <Record R>
 ReadReply<R> readReply(const QByteArray &body, Findings &findings)
 {

@@ -38,7 +38,7 @@ void describe(const QSslCertificate &certificate, Check::Tls &to)
 
 Check::Tls &tlsOf(Check::Exchange &exchange) { return exchange.tls ? *exchange.tls : exchange.tls.emplace(); }
 
-/// The platform's words, which may end in a colon with nothing behind it.
+/// Returns Qt's error message, which may end in a colon without a detail.
 QString errorOf(const QNetworkReply &reply)
 {
     QString text = reply.errorString().trimmed();
@@ -47,8 +47,8 @@ QString errorOf(const QNetworkReply &reply)
     return text;
 }
 
-/// Notes what the platform tells of the connection while the exchange runs.
-void watch(const QNetworkReply &reply, Check::Exchange &to)
+/// Records what Qt reports about the connection during the exchange.
+void recordEvents(const QNetworkReply &reply, Check::Exchange &to)
 {
     QObject::connect(&reply, &QNetworkReply::requestSent, [&to] { to.connected = true; });
     QObject::connect(&reply, &QNetworkReply::encrypted, [&to, &reply] {
@@ -65,7 +65,7 @@ void watch(const QNetworkReply &reply, Check::Exchange &to)
         }
         describe(errors.constFirst().certificate(), tlsOf(to));
     });
-    // The transport may be done with a reply that failed before the platform is.
+    // The transport may finish a failed reply before Qt does.
     const auto noteError = [&to, &reply] { to.error = errorOf(reply); };
     QObject::connect(&reply, &QNetworkReply::errorOccurred, noteError);
     QObject::connect(&reply, &QNetworkReply::finished, noteError);
@@ -98,13 +98,13 @@ Check::Exchange Check::sendAndWait(const HttpRequest &request, std::chrono::mill
             exchange.reply = std::move(reply);
             loop.quit();
         },
-        limits, [&](const QNetworkReply &reply) { watch(reply, exchange); });
+        limits, [&](const QNetworkReply &reply) { recordEvents(reply, exchange); });
     loop.exec();
-    // The transport lets go of an exchange from the event loop, which does not run between two.
+    // The transport deletes its objects in the event loop, which does not run between two requests.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     exchange.milliseconds = time.elapsed();
     exchange.size = exchange.reply.body.size();
-    // A handshake that failed was one with somebody.
+    // A failed handshake means that a server has answered.
     if (exchange.reply.status != 0 || exchange.reply.error == QNetworkReply::SslHandshakeFailedError ||
         exchange.reply.error == QNetworkReply::RemoteHostClosedError)
         exchange.connected = true;

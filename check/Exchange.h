@@ -10,7 +10,7 @@
 
 namespace Check {
 
-/// The secured connection under an exchange, as far as it came.
+/// The TLS connection of an exchange, as far as it was established.
 struct Tls {
     QString protocol;
     QString subject;
@@ -20,31 +20,31 @@ struct Tls {
     QStringList refusals;
 };
 
-/// One exchange with the server: what was asked, what came, and how.
+/// A request, its reply, and the circumstances.
 struct Exchange {
     QString endpoint;
     HttpRequest request;
-    /// The body as it may be shown: without the password.
+    /// The body of the request without the password.
     QByteArray shownBody;
-    /// Its body is let go of once it has been looked at.
+    /// The body is freed after it has been checked.
     HttpReply reply;
     qsizetype size = 0;
     QString error;
-    /// Whether a server answered at all, be it by closing the connection.
+    /// Whether a server answered, even if it only closed the connection.
     bool connected = false;
     std::optional<Tls> tls;
     qint64 milliseconds = 0;
     std::chrono::milliseconds silence;
-    /// Whether the app reads the reply.
+    /// Whether the app can read the reply.
     bool usable = false;
 
     QByteArray header(const char *name) const;
 };
 
-/// Sends a request through the product's own transport and waits for what comes of it.
+/// Sends a request with the app's transport and waits for the result.
 Exchange sendAndWait(const HttpRequest &request, std::chrono::milliseconds silence);
 
-/// What is to be said of the connection and of the reply around its body.
+/// Adds findings about the connection, the HTTP status and the headers.
 void judgeTransport(const Exchange &exchange, Findings &findings);
 
 } // namespace Check

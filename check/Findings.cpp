@@ -24,7 +24,7 @@ QString Finding::where() const
     QString list = numbers.join(u", "_s);
     if (rows.size() > shownRows)
         list += u" and %1 more"_s.arg(rows.size() - shownRows);
-    // A key may hold brackets too; the list stands first.
+    // The first brackets belong to the list; a key may contain brackets too.
     const qsizetype at = place.indexOf("[]"_L1);
     return place.first(at + 1) + list + place.sliced(at + 1);
 }
@@ -58,7 +58,7 @@ void Findings::merge(Finding finding, qsizetype row)
         m_known.insert(key, index);
         m_all.append(std::move(finding));
     }
-    // Rows come in their order; what a second look at the same listing finds again is known.
+    // Rows arrive in order. When the same listing is checked again, skip its known rows.
     QList<qsizetype> &rows = m_all[index].rows;
     if (row >= 0 && (rows.isEmpty() || row > rows.constLast()))
         rows.append(row);

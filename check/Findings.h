@@ -6,10 +6,10 @@
 
 namespace Check {
 
-/// What a finding means for the customer: the app does not do what it should, it does so oddly, or nothing.
+/// A fault makes the app fail, a warning makes it show something odd, and a note is harmless.
 enum class Severity { Fault, Warning, Note };
 
-/// A place inside a reply: a key of the reply itself, or one of a row, "paquetes" 17 "tracking" say.
+/// A place in a reply: a key of the reply itself, or of a row, for example "paquetes", 17, "tracking".
 struct Place {
     QString list = {};
     qsizetype row = -1;
@@ -21,31 +21,31 @@ struct Place {
 
 struct Finding {
     Severity severity = Severity::Note;
-    /// The endpoint file, or empty when it concerns the whole server.
+    /// The endpoint, or empty if the finding concerns the whole server.
     QString endpoint;
-    /// Where: "id", "paquetes[].tracking" with its rows, "HTTP 302", "line 1, byte 0".
+    /// For example "id", "paquetes[].tracking" (with `rows`), "HTTP 302" or "line 1, byte 0".
     QString place;
     QList<qsizetype> rows;
     QString what;
     QString remedy;
 
-    /// Place and rows in one, as in "paquetes[17].tracking" or "paquetes[3, 7 and 12 more].tracking".
+    /// Returns the place with its rows, for example "paquetes[17].tracking" or "paquetes[3, 7 and 12 more].tracking".
     QString where() const;
 };
 
-/// The findings so far. The same in many rows is one finding.
+/// Collects findings. Equal findings in several rows become one.
 class Findings {
 public:
-    /// Findings from now on concern this endpoint.
+    /// Sets the endpoint of the findings that follow.
     void setEndpoint(const QString &endpoint) { m_endpoint = endpoint; }
 
     void add(Severity severity, const Place &place, const QString &what, const QString &remedy);
     void add(Severity severity, const QString &place, const QString &what, const QString &remedy);
-    /// One that concerns the whole server.
+    /// Adds a finding that concerns the whole server.
     void addGeneral(Severity severity, const QString &place, const QString &what, const QString &remedy);
 
     qsizetype count(Severity severity) const;
-    /// Worst first, otherwise in the order of finding.
+    /// Returns the findings by severity, the worst first, and otherwise in the order in which they were added.
     QList<Finding> sorted() const;
 
 private:

@@ -10,12 +10,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype deepest = 1024;
+constexpr qsizetype maxDepth = 1024;
 
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 quint8 octet(char byte) { return static_cast<quint8>(byte); }
 
-QString named(char byte)
+QString nameOfByte(char byte)
 {
     if (byte > ' ' && byte < '\x7F')
         return u'"' + QString(QLatin1Char(byte)) + u'"';
@@ -54,7 +54,7 @@ void JsonScanner::skipBlanks()
 
 bool JsonScanner::fail(const QString &reason)
 {
-    m_reason = atEnd() ? u"the document ends in the middle"_s : reason;
+    m_reason = atEnd() ? u"the document is incomplete"_s : reason;
     return false;
 }
 
@@ -64,7 +64,7 @@ bool JsonScanner::failAt(qsizetype offset, const QString &reason)
     return fail(reason);
 }
 
-/// A value whose inside, if it has one, is left to afterValue.
+/// Scans a value. For an array or object, scans only up to the first value inside; afterValue() continues.
 bool JsonScanner::value()
 {
     skipBlanks();
@@ -85,8 +85,8 @@ bool JsonScanner::value()
         if (peek() == '-' || isDigit(peek()))
             return number();
         if (peek() == ']' || peek() == '}')
-            return fail(u"a value is missing before %1"_s.arg(named(peek())));
-        return fail(u"%1, where a value must stand"_s.arg(named(peek())));
+            return fail(u"a value is missing before %1"_s.arg(nameOfByte(peek())));
+        return fail(u"%1 instead of a value"_s.arg(nameOfByte(peek())));
     }
 }
 
@@ -97,8 +97,8 @@ bool JsonScanner::open(char bracket)
     skipBlanks();
     if (peek() == bracket)
         return true; // afterValue closes it
-    // The reader does not count empty ones.
-    if (m_open.size() >= deepest)
+    // The reader does not count empty arrays and objects.
+    if (m_open.size() >= maxDepth)
         return failAt(from, u"nested deeper than the app reads"_s);
     return bracket == '}' ? keyAndColon() && value() : value();
 }
@@ -113,7 +113,7 @@ bool JsonScanner::afterValue()
         return true;
     }
     if (peek() != ',' || atEnd())
-        return fail(u"%1, where \",\" or \"%2\" must stand"_s.arg(named(peek())).arg(QLatin1Char(bracket)));
+        return fail(u"%1 instead of \",\" or \"%2\""_s.arg(nameOfByte(peek())).arg(QLatin1Char(bracket)));
     const qsizetype comma = m_at++;
     skipBlanks();
     if (peek() == bracket && !atEnd())
@@ -124,12 +124,12 @@ bool JsonScanner::afterValue()
 bool JsonScanner::keyAndColon()
 {
     if (peek() != '"')
-        return fail(u"%1, where a key in double quotes must stand"_s.arg(named(peek())));
+        return fail(u"%1 instead of a key in double quotes"_s.arg(nameOfByte(peek())));
     if (!string())
         return false;
     skipBlanks();
     if (peek() != ':')
-        return fail(u"%1, where \":\" must stand"_s.arg(named(peek())));
+        return fail(u"%1 instead of \":\""_s.arg(nameOfByte(peek())));
     ++m_at;
     return true;
 }
@@ -140,7 +140,7 @@ bool JsonScanner::string()
     while (!atEnd() && peek() != '"') {
         const quint8 byte = octet(peek());
         if (byte < 0x20)
-            return fail(u"%1 inside a text, must be escaped"_s.arg(named(peek())));
+            return fail(u"%1 in a text must be escaped"_s.arg(nameOfByte(peek())));
         const bool good = byte == '\\' ? escape() : utf8();
         if (!good)
             return false;
@@ -159,7 +159,7 @@ bool JsonScanner::escape()
     if (peek() == 'u')
         return unicodeEscape();
     if (!QByteArrayView("\"\\/bfnrt").contains(peek()))
-        return failAt(from, u"\"\\\" before %1 is no escape"_s.arg(named(m_bytes[from + 1])));
+        return failAt(from, u"\"\\\" before %1 is not a valid escape"_s.arg(nameOfByte(m_bytes[from + 1])));
     ++m_at;
     return true;
 }
@@ -191,11 +191,11 @@ bool JsonScanner::unicodeEscape()
         ++m_at;
     const auto second = more ? hexUnit() : std::nullopt;
     if (!second || !QChar::isLowSurrogate(*second))
-        return failAt(from, u"\"\\u%1\" is half a character"_s.arg(uint(*first), 4, 16, QChar(u'0')));
+        return failAt(from, u"\"\\u%1\" is a lone surrogate"_s.arg(uint(*first), 4, 16, QChar(u'0')));
     return true;
 }
 
-/// One character of UTF-8 in its shortest form, no half of a pair.
+/// Scans a UTF-8 character. Refuses overlong forms and surrogates.
 bool JsonScanner::utf8()
 {
     const quint8 lead = octet(peek());
@@ -214,7 +214,7 @@ bool JsonScanner::utf8()
     }
     if (!good) {
         m_encoding = true;
-        return fail(u"%1 is not UTF-8"_s.arg(named(peek())));
+        return fail(u"%1 is not UTF-8"_s.arg(nameOfByte(peek())));
     }
     m_at += 1 + more;
     return true;
@@ -258,7 +258,7 @@ bool JsonScanner::fits(qsizetype from, bool whole)
 {
     const QByteArray text = m_bytes.sliced(from, m_at - from).toByteArray();
     bool good = false;
-    // One too small to be told from 0 is fine.
+    // Numbers that are rounded to 0 are valid.
     if (!whole)
         return std::isfinite(QLocale::c().toDouble(QString::fromLatin1(text), &good));
     text.toLongLong(&good);
@@ -273,7 +273,7 @@ bool JsonScanner::word(QByteArrayView word)
         m_at += word.size();
         return true;
     }
-    return fail(u"%1, where a value must stand"_s.arg(named(peek())));
+    return fail(u"%1 instead of a value"_s.arg(nameOfByte(peek())));
 }
 
 } // namespace Check

@@ -6,14 +6,14 @@
 
 namespace Check {
 
-/// Goes through one JSON document and stops at the first byte that does not belong there.
+/// Scans a JSON document and stops at the first invalid byte.
 class JsonScanner {
 public:
     enum class Stop { Nowhere, AtTheStart, Inside, AtTheEnd, AfterTheEnd, Encoding };
 
     explicit JsonScanner(QByteArrayView bytes) : m_bytes(bytes) {}
 
-    /// Where it stopped; `offset` and `reason` say more.
+    /// Returns where the scan stopped; see also `offset` and `reason`.
     Stop scan();
     qsizetype offset() const { return m_at; }
     const QString &reason() const { return m_reason; }
@@ -40,7 +40,7 @@ private:
 
     QByteArrayView m_bytes;
     qsizetype m_at = 0;
-    /// The closing brackets that are still owed.
+    /// The closing brackets that are still expected.
     QByteArray m_open;
     QString m_reason;
     bool m_encoding = false;

@@ -13,13 +13,14 @@ using Check::JsonScanner;
 using Check::JsonTrouble;
 
 constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF");
-/// How often a document is looked for behind text that is none.
+/// How many times to look for a document after other text.
 constexpr int attempts = 64;
 
 QString nothingButJson()
 {
-    return u"Print nothing but the JSON. In PHP: display_errors off (errors belong into the log), no echo, and "
-           "neither blanks nor a byte-order mark outside <?php ?>."_s;
+    return u"Print only the JSON. In PHP: set display_errors to off (errors belong in the log), and have no echo, "
+           u"blanks "
+           "or byte-order mark outside <?php ?>."_s;
 }
 
 QString byLibrary() { return u"Write the reply with a JSON library (PHP: json_encode), not by hand."_s; }
@@ -31,7 +32,7 @@ QString excerpt(QByteArrayView bytes, qsizetype offset)
         40);
 }
 
-/// Whether a whole document ends the bytes, behind something else.
+/// Returns whether the bytes end with a complete document after other text.
 bool endsWithJson(QByteArrayView bytes)
 {
     qsizetype at = 0;
@@ -50,7 +51,8 @@ std::optional<JsonTrouble> foreignEncoding(QByteArrayView bytes)
     const bool marked = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF");
     const bool zeros = bytes.size() > 1 && (bytes[0] == '\0') != (bytes[1] == '\0');
     if (marked || zeros)
-        return JsonTrouble{0, u"UTF-16 text, must be UTF-8"_s, u"Send the reply in UTF-8, without a mark."_s};
+        return JsonTrouble{0, u"UTF-16 text, must be UTF-8"_s,
+                           u"Send the reply in UTF-8, without a byte-order mark."_s};
     return std::nullopt;
 }
 
@@ -60,13 +62,14 @@ JsonTrouble describe(QByteArrayView bytes, const JsonScanner &scanner, JsonScann
     const QByteArrayView trimmed = bytes.trimmed();
     const qsizetype start = trimmed.isEmpty() ? 0 : trimmed.data() - bytes.data();
     if (trimmed.isEmpty())
-        return {0, u"only blanks"_s, u"Send the JSON reply; look into the server's error log."_s};
+        return {0, u"only blanks"_s, u"Send the JSON reply; check the server's error log."_s};
     if (stop != Stop::AfterTheEnd && !trimmed.startsWith('{') && endsWithJson(trimmed))
         return {start, u"text before the JSON: "_s + excerpt(bytes, start), nothingButJson()};
     if (trimmed.startsWith('<'))
-        return {start, u"an HTML page, not JSON: "_s + excerpt(bytes, start),
-                u"Answer with JSON, errors too: pages of a web server or proxy are not read. Is the base address "
-                "right?"_s};
+        return {
+            start, u"an HTML page, not JSON: "_s + excerpt(bytes, start),
+            u"Answer with JSON, also in case of errors: the app cannot read pages of a web server or proxy. Is the "
+            "base address right?"_s};
     const qsizetype at = scanner.offset();
     switch (stop) {
     case Stop::AfterTheEnd:
@@ -76,7 +79,7 @@ JsonTrouble describe(QByteArrayView bytes, const JsonScanner &scanner, JsonScann
                 u"Send the whole document. Content-Length counts bytes (PHP: strlen), not characters (mb_strlen)."_s};
     case Stop::Encoding:
         return {at, scanner.reason(),
-                u"Send UTF-8. Is the database connection in another character set, Latin-1 say?"_s};
+                u"Send UTF-8. Does the database connection use another character set, such as Latin-1?"_s};
     default:
         return {at, scanner.reason(), byLibrary()};
     }

@@ -7,19 +7,19 @@
 
 namespace Check {
 
-/// Where bytes stop being a document that the app's reader takes, and how to fix that.
+/// The place at which the app's reader refuses a document, the reason, and how to fix it.
 struct JsonTrouble {
-    /// In bytes from the start.
+    /// In bytes.
     qsizetype offset = 0;
     QString what;
     QString remedy;
 
-    /// "line 1, byte 0": lines count from 1, bytes of a line from 0.
+    /// Returns the place as "line 1, byte 0". Lines are counted from 1, bytes of a line from 0.
     QString place(QByteArrayView bytes) const;
 };
 
-/// The first trouble of a document. The verdict is the reader's (see Json.h), which does not say where; this finds
-/// the place and a likely cause. Nothing when no trouble is found.
+/// Finds the place and the likely cause of the first error in a document. The app's reader (see Json.h) decides
+/// whether a document is valid, but does not report the place. Returns nothing if no error is found.
 std::optional<JsonTrouble> findJsonTrouble(QByteArrayView bytes);
 
 } // namespace Check

@@ -18,26 +18,27 @@ constexpr int longestTimeout = 3600;
 
 struct Names {
     QCommandLineOption base{u"base"_s,
-                            u"Check the service below this address, which is https or this machine's own and "
-                            "ends in \"/\". Without it: %1"_s.arg(Deployment::baseUrl()),
+                            u"Check the service at this address, which uses https or is this machine's own, and ends "
+                            "in \"/\". Default: %1"_s.arg(Deployment::baseUrl()),
                             u"URL"_s, Deployment::baseUrl()};
     QCommandLineOption passwordFile{
-        u"password-file"_s, u"Read the password from this file's one line; - is the standard input."_s, u"FILE"_s};
-    QCommandLineOption write{u"write"_s, u"Also send a quotation, a vehicle request, the profile, a recovery and a "
-                                         "registration, and say what that created."_s};
+        u"password-file"_s, u"Read the password from this file, a single line; - means standard input."_s, u"FILE"_s};
+    QCommandLineOption write{u"write"_s,
+                             u"Also send a quotation, a vehicle request, the profile, a password recovery "
+                             "and a registration, and list what was created."_s};
     QCommandLineOption newEmail{u"new-email"_s, u"With --write, register this address."_s, u"ADDRESS"_s};
-    QCommandLineOption id{u"id"_s, u"Ask for customer N where the sign-in gives no number."_s, u"N"_s};
-    QCommandLineOption timeout{u"timeout"_s, u"Give up when no byte has moved for this long; the app waits 60."_s,
+    QCommandLineOption id{u"id"_s, u"Continue as customer N if the sign-in returns no number."_s, u"N"_s};
+    QCommandLineOption timeout{u"timeout"_s, u"Abandon a request if no byte moves for this long; the app waits 60."_s,
                                u"SECONDS"_s, u"60"_s};
     QCommandLineOption json{u"json"_s, u"Print the report as JSON."_s};
-    QCommandLineOption quiet{u"quiet"_s, u"Say nothing of the progress."_s};
-    QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this text and end."_s};
-    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and end."_s};
+    QCommandLineOption quiet{u"quiet"_s, u"Do not print the progress."_s};
+    QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this help and exit."_s};
+    QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and exit."_s};
 };
 
 bool isThisMachine(const QString &host)
 {
-    // An address as it is usually written, not "127.1" or a number.
+    // Refuse unusual forms of an address, such as "127.1".
     const QHostAddress address(host);
     return host == "localhost"_L1 || (address.isLoopback() && address.toString() == host);
 }
@@ -68,9 +69,9 @@ QString readTexts(const QCommandLineParser &parser, const Names &names, Options 
 {
     const QStringList arguments = parser.positionalArguments();
     if (arguments.isEmpty())
-        return u"The e-mail of a test customer is missing; --help says more."_s;
+        return u"The e-mail of a test customer is missing; see --help."_s;
     if (arguments.size() > 1)
-        return u"Unexpected argument %1; the password is no argument."_s.arg(quoted(arguments[1]));
+        return u"Unexpected argument %1; the password cannot be an argument."_s.arg(quoted(arguments[1]));
     to.order.email = arguments[0];
     if (to.order.email.trimmed().isEmpty())
         return u"The e-mail of the test customer is empty."_s;
@@ -98,8 +99,7 @@ QString Check::troubleWithBase(const QString &base)
     if (url.scheme() != "https"_L1 && url.scheme() != "http"_L1)
         return u"it must begin with https."_s;
     if (url.scheme() == "http"_L1 && !isThisMachine(url.host()))
-        return u"only this machine's own address may do without https, because passwords travel in the clear "
-               "otherwise."_s;
+        return u"only this machine's own address may be used without https, which protects passwords."_s;
     if (!url.userInfo().isEmpty() || base.contains(u'@') || url.hasQuery() || url.hasFragment())
         return u"it must be without user, query and fragment."_s;
     if (!base.endsWith(u'/'))
@@ -112,11 +112,12 @@ Options Check::readOptions(const QStringList &arguments)
     const Names names;
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        u"Talks to a service as the Marovenda app does, with a test customer, and says what the app would make of "
-        u"each "
-        "reply. The password comes from --password-file, from MAROVENDA_CHECK_PASSWORD or from the terminal.\n\n"
-        "Exit status: 0 the app would work, 1 it would fail somewhere, 2 the server is not reachable, refuses the "
-        "test customer, or the command line is wrong."_s);
+        u"Sends the Marovenda app's requests to a service, as a test customer, and reports what the app would do "
+        u"with "
+        "each reply. Reads the password from --password-file, from MAROVENDA_CHECK_PASSWORD or from the terminal.\n\n"
+        "Exit status: 0 if the app would work, 1 if it would fail somewhere, 2 if the server is unreachable or "
+        "refuses "
+        "the test customer, or if the command line is wrong."_s);
     parser.addPositionalArgument(u"EMAIL"_s, u"The e-mail of a customer to test with."_s);
     parser.addOptions({names.base, names.passwordFile, names.write, names.newEmail, names.id, names.timeout,
                        names.json, names.quiet, names.help, names.version});

@@ -4,7 +4,7 @@
 
 namespace Check {
 
-/// What the command line asks for.
+/// The options of the command line.
 struct Options {
     enum class Wish { Check, Help, Version };
 
@@ -15,14 +15,14 @@ struct Options {
     bool quiet = false;
     /// The text of --help.
     QString help;
-    /// What is wrong with the command line, in a sentence; empty when nothing is.
+    /// The error in the command line, as a sentence; empty if there is none.
     QString error;
 };
 
-/// Everything but the password, which no argument holds.
+/// Reads the command line. The password is not part of it.
 Options readOptions(const QStringList &arguments);
 
-/// Why a text cannot be the address of a service; empty when it can.
+/// Returns why the text cannot be the base address of a service, or an empty text if it can.
 QString troubleWithBase(const QString &base);
 
 } // namespace Check

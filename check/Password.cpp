@@ -29,11 +29,11 @@ Password fromBytes(QByteArray bytes, const QString &source)
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString text = decoder(bytes);
     if (bytes.isEmpty())
-        return {{}, u"%1 holds no password."_s.arg(source)};
+        return {{}, u"%1 contains no password."_s.arg(source)};
     if (bytes.size() > longest)
-        return {{}, u"%1 holds more than %2 bytes; a password is one short line."_s.arg(source).arg(longest)};
+        return {{}, u"%1 contains more than %2 bytes; a password is one short line."_s.arg(source).arg(longest)};
     if (bytes.contains('\n') || bytes.contains('\0'))
-        return {{}, u"%1 must hold the password in its one line."_s.arg(source)};
+        return {{}, u"%1 must contain the password in a single line."_s.arg(source)};
     if (decoder.hasError())
         return {{}, u"%1 is not in UTF-8."_s.arg(source)};
     return {text, {}};
@@ -43,7 +43,7 @@ Password fromFile(const QString &name)
 {
     QFile file(name);
     const bool input = name == "-"_L1;
-    const QString source = input ? u"The standard input"_s : u"The file %1"_s.arg(quoted(name));
+    const QString source = input ? u"Standard input"_s : u"The file %1"_s.arg(quoted(name));
     if (input ? !file.open(stdin, QFile::ReadOnly) : !file.open(QFile::ReadOnly))
         return {{}, u"The password file %1 cannot be read: %2."_s.arg(quoted(name), file.errorString())};
     const QByteArray bytes = file.read(longest + 3);
@@ -54,7 +54,7 @@ Password fromFile(const QString &name)
 
 termios restored;
 
-/// Ctrl+C at the prompt must not leave a terminal that shows nothing.
+/// Ctrl+C at the prompt must not leave the terminal without echo.
 void restoreAndEnd(int signal)
 {
     tcsetattr(STDIN_FILENO, TCSANOW, &restored);
@@ -66,7 +66,7 @@ Password fromTerminal(const QString &email)
 {
     if (!isatty(STDIN_FILENO) || tcgetattr(STDIN_FILENO, &restored) != 0)
         return {{},
-                u"There is no password: give --password-file FILE, set %1, or start this in a terminal."_s.arg(
+                u"There is no password: use --password-file FILE, set %1, or run this in a terminal."_s.arg(
                     QLatin1String(variable))};
     constexpr int endings[]{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
     for (const int ending : endings)
@@ -84,7 +84,7 @@ Password fromTerminal(const QString &email)
     for (const int ending : endings)
         std::signal(ending, SIG_DFL);
     std::fputc('\n', stderr);
-    return fromBytes(line, u"What was typed"_s);
+    return fromBytes(line, u"The input"_s);
 }
 
 } // namespace

@@ -6,14 +6,14 @@
 
 namespace Check {
 
-/// A password, or why there is none, in a sentence.
+/// A password, or the reason why there is none, as a sentence.
 struct Password {
     std::optional<QString> text;
     QString error;
 };
 
-/// Where the password comes from: the file's one line ("-" is the standard input), else the environment's
-/// MAROVENDA_CHECK_PASSWORD, else what is typed at the terminal, which does not show it.
+/// Reads the password from the single line of the file ("-" means standard input), from the environment variable
+/// MAROVENDA_CHECK_PASSWORD, or from the terminal without echo, whichever is available first.
 Password findPassword(const std::optional<QString> &file, const QString &email);
 
 } // namespace Check

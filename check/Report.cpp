@@ -16,8 +16,8 @@ using Check::Order;
 using Check::Screen;
 using Check::Severity;
 
-/// Of what is no fault; --json has all.
-constexpr qsizetype mostOfAKind = 40;
+/// The maximum number of warnings, and of notes. --json lists all.
+constexpr qsizetype maxFindings = 40;
 constexpr qsizetype longestQuote = 100;
 
 class Writer {
@@ -99,7 +99,7 @@ void Writer::findings(Severity severity, const QString &heading)
     if (mine.isEmpty())
         return;
     title(heading);
-    const qsizetype end = severity == Severity::Fault ? mine.size() : std::min(mostOfAKind, mine.size());
+    const qsizetype end = severity == Severity::Fault ? mine.size() : std::min(maxFindings, mine.size());
     const QString colour = severity == Severity::Fault ? u"31"_s : severity == Severity::Warning ? u"33"_s : u"0"_s;
     for (qsizetype i = 0; i < end; ++i) {
         const Finding &finding = mine[i];
@@ -110,7 +110,7 @@ void Writer::findings(Severity severity, const QString &heading)
             line(u"      → "_s + finding.remedy);
     }
     if (end < mine.size())
-        line(u"  and %1 more, which --json lists"_s.arg(mine.size() - end));
+        line(u"  and %1 more; --json lists all"_s.arg(mine.size() - end));
 }
 
 void Writer::screens()
@@ -121,7 +121,7 @@ void Writer::screens()
     title(u"WHAT THE CUSTOMER SEES"_s);
     for (qsizetype i = 0; i < all.size(); ++i) {
         QStringList names{all[i].name};
-        // Those that were not come to for the same reason share a line.
+        // Screens that were not tried for the same reason share a line.
         while (all[i].texts.isEmpty() && i + 1 < all.size() && all[i + 1].state == Screen::State::NotTried &&
                all[i].state == Screen::State::NotTried && all[i + 1].remark == all[i].remark)
             names += all[++i].name;
@@ -165,13 +165,13 @@ QString Writer::summary(const Exchange &exchange)
             parts += u"certificate of %1 by %2 until %3"_s.arg(exchange.tls->subject, exchange.tls->issuer,
                                                                exchange.tls->expires.toString(Qt::ISODate).first(10));
     }
-    parts += exchange.usable ? u"the app reads it"_s : u"nothing that the app reads"_s;
+    parts += exchange.usable ? u"the app can read it"_s : u"the app cannot read it"_s;
     return parts.join(u", "_s);
 }
 
 void Writer::exchanges()
 {
-    title(u"WHAT WAS ASKED"_s);
+    title(u"REQUESTS"_s);
     for (const Exchange &exchange : m_diagnosis.exchanges) {
         const bool post = exchange.request.method == HttpRequest::Method::Post;
         line(print(u"  %1 %2 %3"_s
@@ -196,7 +196,7 @@ void Writer::created()
 
 QString Check::printable(const Order &order, const QString &text)
 {
-    // One or two letters stand everywhere.
+    // Shorter passwords would match anywhere.
     constexpr qsizetype shortest = 4;
     QString clean = harmless(text);
     return order.password.size() < shortest ? clean : clean.replace(harmless(order.password), u"(hidden)"_s);

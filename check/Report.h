@@ -4,14 +4,14 @@
 
 namespace Check {
 
-/// The report for people: worst first, a line each, how to fix it, what each screen shows, what was asked. With
-/// `colours` for a terminal that has some. Nothing of the server's in it can command a terminal.
+/// Returns the report as text: the findings, the worst first, with how to fix them; what each screen shows; and the
+/// requests. `colours` adds escape sequences for a terminal. Texts from the server contain none.
 QString textReport(const Order &order, const Diagnosis &diagnosis, bool colours);
 
-/// The same for machines: one JSON object, described in docs/checking-a-server.md.
+/// Returns the report as a JSON object, which docs/checking-a-server.md describes.
 QByteArray jsonReport(const Order &order, const Diagnosis &diagnosis);
 
-/// A text as it may be printed: harmless, and without the password should the server have sent it back.
+/// Returns the text as it may be printed: harmless, and without the password.
 QString printable(const Order &order, const QString &text);
 
 /// "fault", "warning", "note"; "works", "fails", "not tried".

@@ -22,7 +22,7 @@ const QString success = u"success"_s;
 
 Place key(const char *name) { return {{}, -1, QString::fromLatin1(name)}; }
 
-/// A word that means success and is not the one.
+/// Returns whether the word means success, including words that the app does not accept.
 bool meansSuccess(const QString &status)
 {
     static const QStringList words{success, u"ok"_s,      u"exito"_s, u"éxito"_s, u"true"_s,
@@ -30,7 +30,7 @@ bool meansSuccess(const QString &status)
     return words.contains(status.trimmed().toLower());
 }
 
-/// Whether the status is the word that counts; what is wrong with it otherwise, except for a plain refusal.
+/// Returns whether the status is "success". Adds a finding otherwise, unless it is a plain refusal.
 bool judgeStatus(const std::optional<QString> &status, Findings &to)
 {
     const QString remedy = u"Send \"status\": \"success\", in small letters, when it went well."_s;
@@ -60,7 +60,7 @@ QString shown(QStringView absent) { return quoted(absent.toString()); }
 
 bool isBlank(const std::optional<QString> &text) { return text && text->trimmed().isEmpty(); }
 
-/// What the screens show for a row's field that is absent, or there without a letter.
+/// Adds a finding if a field of a row is absent or blank.
 void judgeField(const Place &row, const char *name, const std::optional<QString> &value, const QString &fallback,
                 Severity severity, Findings &to)
 {
@@ -91,14 +91,14 @@ void judgeCotizacion(const DashboardResponse::Cotizacion &row, const Place &plac
     judgeField(place, "estado", row.estado, shown(Absent::estadoCotizacion), Severity::Note, to);
 }
 
-/// Rows that are one and the same to the app.
+/// Adds a note about rows with the same identity.
 void judgeIdentities(const QList<DashboardResponse::Paquete> &rows, Findings &to)
 {
     QHash<QString, QList<qsizetype>> groups;
     QStringList order;
     for (qsizetype i = 0; i < rows.size(); ++i) {
         const std::optional<QString> &identity = identityOf(rows[i]);
-        // A text never equals an absent one.
+        // An absent number differs from every text.
         const QString name = identity ? u'+' + *identity : u"-"_s;
         if (!groups.contains(name))
             order += name;
@@ -124,8 +124,7 @@ void judgeRows(const std::optional<QList<R>> &rows, const char *name, const QStr
         to.add(Severity::Warning, key(name), u"absent, shown as "_s + shown,
                u"Send [] for a customer who has none, so that this is no accident."_s);
     else if (rows->isEmpty())
-        to.add(Severity::Note, key(name), u"no rows, so that none could be looked at"_s,
-               u"Check with a test customer who has some."_s);
+        to.add(Severity::Note, key(name), u"no rows to check"_s, u"Check with a test customer who has some."_s);
     for (qsizetype i = 0; rows && i < rows->size(); ++i)
         judge(rows->at(i), Place::rowOf(list, i), to);
 }
@@ -138,7 +137,7 @@ bool judgeLogin(const LoginResponse &reply, SignIn kind, Findings &findings)
 {
     if (judgeStatus(reply.status, findings)) {
         judgeId(reply.id, findings);
-        // Who registers is greeted by the name that was typed, where there is none.
+        // After a registration without a name in the reply, the app uses the name that was typed.
         if (isBlank(reply.nombre) || (!reply.nombre && kind == SignIn::Existing))
             findings.add(Severity::Warning, key("nombre"),
                          u"%1, so that the greeting is \"Hola, \""_s.arg(reply.nombre ? u"empty"_s : u"absent"_s),
@@ -159,13 +158,11 @@ void judgeListing(const DashboardResponse &reply, Findings &findings)
 {
     if (reply.status != success)
         findings.add(Severity::Note, key("status"),
-                     (reply.status ? quoted(*reply.status) : u"absent"_s) + u", which these screens do not look at"_s,
-                     {});
+                     (reply.status ? quoted(*reply.status) : u"absent"_s) + u", which these screens ignore"_s, {});
     if (reply.avatar && reply.avatar->size() > largeAvatar)
-        findings.add(
-            Severity::Note, key("avatar"),
-            u"%1 that no screen looks at, in each listing"_s.arg(counted(reply.avatar->size(), u"character"_s)),
-            u"Leave it out: the app shows the photo that it keeps itself."_s);
+        findings.add(Severity::Note, key("avatar"),
+                     u"%1 in each listing, which no screen uses"_s.arg(counted(reply.avatar->size(), u"character"_s)),
+                     u"Leave it out: the app shows the photo that it keeps itself."_s);
     judgeRows(reply.paquetes, "paquetes", u"\"0 Paquetes\" and a blank list"_s, judgePaquete, findings);
     judgeRows(reply.cotizaciones, "cotizaciones", u"\"0 Cotizaciones\" and \"No tienes cotizaciones registradas.\""_s,
               judgeCotizacion, findings);
@@ -185,8 +182,7 @@ void judgeCasillero(const CasilleroResponse &reply, Findings &findings)
         findings.add(Severity::Warning, key("nombreCompleto"), u"empty, shown as nothing"_s, remedy);
     if (reply.status != success)
         findings.add(Severity::Note, key("status"),
-                     (reply.status ? quoted(*reply.status) : u"absent"_s) + u", which this screen does not look at"_s,
-                     {});
+                     (reply.status ? quoted(*reply.status) : u"absent"_s) + u", which this screen ignores"_s, {});
 }
 
 void judgeForm(const StandardResponse &reply, bool messageShown, Findings &findings)

@@ -7,14 +7,14 @@
 
 using namespace Qt::StringLiterals;
 
-// The words are those of the screens. tests/check/tst_ScreensAgree shows the real screens the same replies.
+// The texts must equal those of the screens. tests/check/tst_ScreensAgree compares them.
 
 namespace {
 
 using Check::Screen;
 using State = Screen::State;
 
-/// Of a list, and of the dashboard.
+/// The number of rows listed in the report; also the number of rows on the dashboard.
 constexpr qsizetype shownRows = 3;
 
 template <class R>
@@ -90,7 +90,7 @@ Screen recuperarScreen(const std::optional<StandardResponse> &reply)
     const auto done = u"Solicitud procesada"_s;
     if (!reply)
         return {ScreenName::recuperar(), State::Fails, {done}, u"although the request failed"_s};
-    // The screen does not look at the status, so the customer cannot tell.
+    // The screen ignores the status, so the customer cannot see the difference.
     const bool success = reply->status == u"success"_s;
     return {ScreenName::recuperar(), success ? State::Works : State::Fails, {reply->message.value_or(done)}, {}};
 }

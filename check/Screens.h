@@ -8,26 +8,26 @@
 
 namespace Check {
 
-/// What a screen of the app comes to with a reply, in the customer's terms.
+/// What a screen of the app shows for a reply.
 struct Screen {
     enum class State { Works, Fails, NotTried };
 
-    /// As the customer knows it: "Mis Paquetes".
+    /// The screen's title, for example "Mis Paquetes".
     QString name;
     State state = State::NotTried;
-    /// What stands on the screen, in Spanish, as a screen reader reads it.
+    /// The texts on the screen, as a screen reader reads them.
     QStringList texts;
-    /// For the engineer.
+    /// A remark for the engineer.
     QString remark;
 };
 
-// One function for each screen, with the record that the app gets for a reply, or nothing where it gets none.
+// One function for each screen. Its argument is the record that the app receives, or nothing if the reply is
+// unreadable.
 
-/// Signing in with the form, and registering: both answer alike. What they show when they fail differs.
 Screen loginScreen(const std::optional<LoginResponse> &reply);
 Screen registroScreen(const std::optional<LoginResponse> &reply);
 Screen recuperarScreen(const std::optional<StandardResponse> &reply);
-/// `nombre` is the name that the sign-in gave.
+/// `nombre` is the name in the reply to the sign-in.
 Screen dashboardScreen(const std::optional<DashboardResponse> &reply, const QString &nombre);
 Screen misPaquetesScreen(const std::optional<DashboardResponse> &reply);
 Screen misCotizacionesScreen(const std::optional<DashboardResponse> &reply);
@@ -36,7 +36,7 @@ Screen cotizarScreen(const std::optional<StandardResponse> &reply);
 Screen importarAutoScreen(const std::optional<StandardResponse> &reply);
 Screen perfilScreen(const std::optional<StandardResponse> &reply);
 
-/// A screen that was not come to, and why.
+/// Returns a screen that was not tried; `remark` says why.
 Screen notTried(const QString &name, const QString &remark);
 
 namespace ScreenName {

@@ -4,14 +4,14 @@
 
 namespace Check {
 
-/// A text of the server or of the user, with what a terminal would obey or hide written as \uXXXX: control
-/// characters, line breaks, marks that turn the direction of writing, invisible characters, halves of characters.
+/// Returns the text with everything that could control a terminal or is invisible written as \uXXXX: control
+/// characters, line breaks, direction marks, invisible characters and lone surrogates.
 QString harmless(const QString &text);
 
-/// The same in quotation marks, cut after `most` characters.
+/// Returns the harmless text in quotation marks, truncated to `most` characters.
 QString quoted(const QString &text, qsizetype most = 60);
 
-/// "1 byte", "2 bytes": a number with the noun it counts.
+/// Returns a number with its noun: "1 byte", "2 bytes".
 QString counted(qsizetype number, const QString &noun);
 
 } // namespace Check

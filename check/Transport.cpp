@@ -15,7 +15,7 @@ using Check::quoted;
 using Check::Severity;
 
 constexpr qint64 slow = 5000;
-constexpr qsizetype worthPacking = qsizetype(256) * 1024;
+constexpr qsizetype worthCompressing = qsizetype(256) * 1024;
 constexpr qint64 expiresSoon = 30;
 
 QString status(const Exchange &exchange) { return u"HTTP %1"_s.arg(exchange.reply.status); }
@@ -29,7 +29,7 @@ void judgeSilence(const Exchange &exchange, Findings &to)
 {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(exchange.silence).count();
     to.add(Severity::Fault, u"time"_s,
-           u"no byte moved for %1; the app waits %2 seconds and shows nothing meanwhile"_s
+           u"no byte moved for %1; the app waits %2 seconds without showing progress"_s
                .arg(counted(seconds, u"second"_s))
                .arg(std::chrono::duration_cast<std::chrono::seconds>(HttpLimits().silence).count()),
            u"Find what the server waits for. A Content-Length larger than the body has the same effect."_s);
@@ -53,8 +53,8 @@ void judgeCertificate(const Exchange &exchange, Findings &to)
                       u"Serve a valid certificate for this host name, with its intermediate certificates."_s);
 }
 
-/// Why there are no bytes to read.
-void judgeNothing(const Exchange &exchange, Findings &to)
+/// Adds the reason why the body is empty.
+void judgeEmptyBody(const Exchange &exchange, Findings &to)
 {
     using Error = QNetworkReply::NetworkError;
     const HttpReply &reply = exchange.reply;
@@ -65,7 +65,7 @@ void judgeNothing(const Exchange &exchange, Findings &to)
     } else if (reply.error == Error::SslHandshakeFailedError) {
         judgeCertificate(exchange, to);
     } else if (redirects(exchange) || reply.status >= 400) {
-        // Said with the status.
+        // judgeStatus reports these.
     } else if (reply.status != 0 && reply.error == Error::NoError) {
         to.add(Severity::Fault, status(exchange), u"an empty body"_s,
                u"Answer every request with a JSON object; look into the server's error log."_s);
@@ -77,7 +77,7 @@ void judgeNothing(const Exchange &exchange, Findings &to)
                u"Does an HTTP server listen there, and does it survive this request?"_s);
     } else {
         to.add(Severity::Fault, u"connection"_s, Check::harmless(exchange.error),
-               u"Check the address, the server and what stands between."_s);
+               u"Check the address, the server and the network between them."_s);
     }
 }
 
@@ -107,8 +107,8 @@ void judgeStatus(const Exchange &exchange, Findings &to)
         to.add(severity, status(exchange), u"asks for credentials that the app does not have"_s,
                u"The endpoints must be open to everybody; the protocol carries no credential after the sign-in."_s);
     } else if (number >= 400 && exchange.usable) {
-        to.add(severity, status(exchange), u"goes unnoticed: the app reads the body whatever the status is"_s,
-               u"Nothing, if the body says the same; \"status\" is what counts."_s);
+        to.add(severity, status(exchange), u"has no effect: the app reads the body, whatever the status is"_s,
+               u"Nothing to do if the body says the same: the app uses the body's \"status\"."_s);
     } else if (number >= 400) {
         to.add(severity, status(exchange),
                exchange.reply.body.isEmpty() ? u"an empty body"_s : u"with a body that is not the reply"_s,
@@ -133,7 +133,8 @@ void judgeHeaders(const Exchange &exchange, Findings &to)
     if (!exchange.header("Set-Cookie").isEmpty())
         to.add(Severity::Note, u"Set-Cookie"_s, u"the app neither keeps nor sends cookies"_s,
                u"No reply may depend on a session of the server."_s);
-    if (exchange.usable && exchange.reply.body.size() > worthPacking && exchange.header("Content-Encoding").isEmpty())
+    if (exchange.usable && exchange.reply.body.size() > worthCompressing &&
+        exchange.header("Content-Encoding").isEmpty())
         to.add(Severity::Note, u"size"_s, u"%1, not compressed"_s.arg(counted(exchange.reply.body.size(), u"byte"_s)),
                u"Let the web server compress JSON with gzip; the app accepts it."_s);
 }
@@ -163,7 +164,7 @@ void judgeExpiry(const Exchange &exchange, Findings &to)
 void Check::judgeTransport(const Exchange &exchange, Findings &findings)
 {
     if (exchange.reply.body.isEmpty())
-        judgeNothing(exchange, findings);
+        judgeEmptyBody(exchange, findings);
     judgeStatus(exchange, findings);
     judgeBrokenBody(exchange, findings);
     judgeTime(exchange, findings);

@@ -41,7 +41,7 @@ void Visit::signIn()
         lookForId();
 }
 
-/// A number that the app cannot use may still do for going on.
+/// Looks for a number that allows the check to continue, although the app cannot use it.
 void Visit::lookForId()
 {
     m_substitute = m_order.id;
@@ -68,7 +68,7 @@ void Visit::read()
     }
     for (const auto &name :
          {ScreenName::dashboard(), ScreenName::misPaquetes(), ScreenName::misCotizaciones(), ScreenName::casillero()})
-        skip(name, u"nobody is signed in; --id N asks for customer N all the same"_s);
+        skip(name, u"nobody is signed in; --id N continues as customer N"_s);
 }
 
 void Visit::readFor(qint64 id)

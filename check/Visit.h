@@ -4,11 +4,11 @@
 
 namespace Check {
 
-/// One visit to a server: signs in with the test customer as the app would, asks what the screens ask, and notes what
-/// the app would make of each reply.
+/// Checks a server: signs in with the test customer, sends the requests of the screens, and records what the app
+/// would do with each reply.
 class Visit {
 public:
-    /// `progress` is told each endpoint before it is asked.
+    /// Calls `progress` with the endpoint before each request.
     Visit(Order order, std::function<void(const QString &)> progress);
 
     Diagnosis run();
@@ -19,7 +19,7 @@ private:
     void read();
     void readFor(qint64 id);
 
-    // Only what --write allows.
+    // These need --write.
     void write();
     void quote();
     void importAuto();
@@ -36,14 +36,14 @@ private:
     const Order m_order;
     Diagnosis m_diagnosis;
     Asker m_asker;
-    /// Goes into what is sent, so that it can be found again.
+    /// A text in the data that is sent, for finding it again.
     QString m_mark;
     QString m_description;
     bool m_quoted = false;
-    /// What the app would keep of the sign-in.
+    /// The values that the app would store after the sign-in.
     qint64 m_id = 0;
     std::optional<QString> m_nombre;
-    /// Asked for in place of m_id, where the app could not go on.
+    /// Used instead of m_id if the sign-in returns no number.
     std::optional<qint64> m_substitute;
 };
 

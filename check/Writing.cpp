@@ -9,18 +9,18 @@
 
 using namespace Qt::StringLiterals;
 
-// What changes something on the server: the forms, each sent once.
+// The requests that change the server's data. Each form is sent once.
 
 namespace {
 
-/// Nobody knows it afterwards. It has what the app asks of a new password.
+/// Returns a random password that meets the app's rule.
 QString anyPassword()
 {
     auto &random = *QRandomGenerator::system();
     return u"Aa_"_s + QString::number(random.generate64(), 36) + QString::number(random.generate64(), 36);
 }
 
-/// An address of the same mailbox, as most mail servers have it: "ana+check-20260102-030405@example.com".
+/// Returns an address that most mail servers deliver to the same mailbox: "ana+check-20260102-030405@example.com".
 QString newAddress(const QString &email)
 {
     const qsizetype at = email.lastIndexOf(u'@');
@@ -61,7 +61,7 @@ void Visit::write()
 
 void Visit::quote()
 {
-    // What customers type: accents, quotation marks, a slash and a backslash.
+    // Include characters that customers type: accents, quotation marks, a slash and a backslash.
     m_description = u"Prueba de "_s + m_mark + u": ñandú, 10\" x 5' / \\"_s;
     const CotizacionRequest request{.user_id = m_id,
                                     .tipo = u"aereo"_s,
@@ -97,7 +97,7 @@ void Visit::saveProfile()
         skip(ScreenName::perfil(), u"the sign-in gave no name, and saving would erase the one there is"_s);
         return;
     }
-    // As the form is when nothing was typed and no photo picked; the password is always empty.
+    // The request of an unchanged form; the app always leaves the password empty.
     const PerfilRequest request{
         .user_id = m_id, .nombre = *m_nombre, .email = {}, .password = {}, .avatar_base64 = {}};
     const auto reply = m_asker.post<StandardResponse>(Endpoints::perfil, request);
@@ -109,7 +109,7 @@ void Visit::saveProfile()
     signInAgain();
 }
 
-/// A service that takes the empty password or e-mail of the profile for a new one locks the customer out.
+/// Detects a service that stores the profile's empty password or e-mail, and so locks the customer out.
 void Visit::signInAgain()
 {
     const LoginRequest request{.email = m_order.email, .password = m_order.password};
@@ -140,12 +140,12 @@ void Visit::lookForQuote()
         return;
     if (found([&](const auto &row) { return row.descripcion && row.descripcion->contains(m_mark); }))
         m_diagnosis.findings.add(Severity::Warning, u"after "_s + Endpoints::cotizar,
-                                 u"the quotation's description is not the text that was sent"_s,
+                                 u"the quotation's description differs from the text that was sent"_s,
                                  u"Store the text as it is sent, in UTF-8, without escaping it for HTML or SQL."_s);
     else
         m_diagnosis.findings.add(Severity::Warning, u"after "_s + Endpoints::cotizar,
                                  u"the quotation is not in the listing"_s,
-                                 u"Nothing, if it appears once somebody has dealt with it."_s);
+                                 u"Nothing to do if it appears after somebody has processed it."_s);
 }
 
 void Visit::recover()

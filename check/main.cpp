@@ -15,13 +15,13 @@ namespace {
 
 enum ExitStatus { Works = 0, Fails = 1, Unusable = 2 };
 
-int complain(const QString &line)
+int printError(const QString &line)
 {
     std::fprintf(stderr, "marovenda-check: %s\n", qUtf8Printable(Check::harmless(line)));
     return Unusable;
 }
 
-/// False when not all of it could be written, to a full disk or a closed pipe.
+/// Returns false if the text could not be written completely, for example to a full disk or a closed pipe.
 bool print(const QByteArray &text)
 {
     return std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout) ==
@@ -45,7 +45,7 @@ int check(const Check::Options &options)
     const QByteArray report = options.json ? Check::jsonReport(options.order, diagnosis)
                                            : Check::textReport(options.order, diagnosis, wantsColours()).toUtf8();
     if (!print(report))
-        return complain(u"The report could not be written."_s);
+        return printError(u"The report could not be written."_s);
     if (diagnosis.works())
         return Works;
     return diagnosis.reached && diagnosis.findings.count(Check::Severity::Fault) > 0 ? Fails : Unusable;
@@ -61,7 +61,7 @@ int main(int argc, char *argv[])
 
     Check::Options options = Check::readOptions(QCoreApplication::arguments());
     if (!options.error.isEmpty())
-        return complain(options.error);
+        return printError(options.error);
     if (options.wish == Check::Options::Wish::Help)
         return print(options.help.toUtf8()) ? Works : Unusable;
     if (options.wish == Check::Options::Wish::Version)
@@ -69,7 +69,7 @@ int main(int argc, char *argv[])
 
     const Check::Password password = Check::findPassword(options.passwordFile, options.order.email);
     if (!password.text)
-        return complain(password.error);
+        return printError(password.error);
     options.order.password = *password.text;
     return check(options);
 }

@@ -102,7 +102,7 @@ class WriteTest(ProgramTest):
             return quote
         with Server() as server:
             server.replies["api_cotizar.php"] = described(lambda text: text.replace('"', '\\"'))
-            self.assertIn("after api_cotizar.php: the quotation's description is not the text that was sent",
+            self.assertIn("after api_cotizar.php: the quotation's description differs from the text that was sent",
                           self.check(server, "--write", status=0))
             server.replies["api_cotizar.php"] = described(lambda text: text)
             self.assertNotIn("after api_cotizar.php", self.check(server, "--write", status=0))
@@ -177,14 +177,14 @@ class OptionsTest(ProgramTest):
             self.check(server, status=0, MAROVENDA_CHECK_PASSWORD="de fuera")
             self.assertEqual(sent(), "de fuera")
             for content, says in {
-                b"": "holds no password", b"\n": "holds no password", b"a\nb\n": "in its one line",
-                b"a\0": "in its one line", b"\xff": "not in UTF-8", b"a" * 5000: "more than 4096",
+                b"": "contains no password", b"\n": "contains no password", b"a\nb\n": "in a single line",
+                b"a\0": "in a single line", b"\xff": "not in UTF-8", b"a" * 5000: "more than 4096",
             }.items():
                 path.write_bytes(content)
                 self.refused("--base", server.base, "--password-file", str(path), CUSTOMER, says=says)
             self.refused("--password-file", name + "/none", CUSTOMER, says="cannot be read")
             self.refused("--password-file", "", CUSTOMER, says="must name a file")
-            self.refused(CUSTOMER, says="holds no password", MAROVENDA_CHECK_PASSWORD="")
+            self.refused(CUSTOMER, says="contains no password", MAROVENDA_CHECK_PASSWORD="")
 
     def test_it_links_nothing_that_shows_windows(self):
         libraries = subprocess.run(["ldd", PROGRAM], capture_output=True, text=True, check=True).stdout
@@ -283,7 +283,7 @@ class TerminalTest(ProgramTest):
         pid, terminal = self.start(CUSTOMER)
         self.read(terminal, b": ")
         os.write(terminal, b"\x04")
-        self.assertIn(b"What was typed holds no password.", self.read(terminal))
+        self.assertIn(b"The input contains no password.", self.read(terminal))
         self.assertEqual(os.waitstatus_to_exitcode(os.waitpid(pid, 0)[1]), 2)
 
 

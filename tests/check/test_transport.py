@@ -31,20 +31,20 @@ FAULTS = [
     (Reply(raw=b""), ["connection: no HTTP reply: Connection closed"]),
     (Reply(raw=b"SSH-2.0-OpenSSH\r\n\r\n"), ["connection: no HTTP reply: "]),
     (Reply(b'{"paquetes":[', length=1000),
-     ["line 1, byte 13: the document ends in the middle", "connection: broke after 13 bytes of 1000 announced: "]),
-    (Reply(b'{"paquetes":[]}', length=5), ["line 1, byte 5: the document ends in the middle"]),
+     ["line 1, byte 13: the document is incomplete", "connection: broke after 13 bytes of 1000 announced: "]),
+    (Reply(b'{"paquetes":[]}', length=5), ["line 1, byte 5: the document is incomplete"]),
     (Reply(raw=b"HTTP/1.1 200 OK\r\nContent-Length: 1000000000\r\n\r\n{"),
      ["size: more than 64 MiB of body, which the app drops"]),
     (Reply(b"no gzip at all", headers=["Content-Encoding: gzip"]), ["connection: the reply is lost: Decompression failed"]),
 ]
 
 WARNINGS = [
-    (Reply(LISTING, "500 Error"), ["HTTP 500: goes unnoticed: the app reads the body whatever the status is"]),
+    (Reply(LISTING, "500 Error"), ["HTTP 500: has no effect: the app reads the body, whatever the status is"]),
     (Reply(LISTING, "302 Found", ["Location: /x"]), ['HTTP 302: redirects to "/x", which the app does not follow']),
     (Reply(LISTING, type="application/json; charset=ISO-8859-1"),
      ['Content-Type: "application/json; charset=iso-8859-1": the charset is ignored, the body is read as UTF-8']),
     (Reply(LISTING, length=len(body(LISTING)) + 9), [f"connection: broke after {len(body(LISTING))} bytes of"]),
-    (Reply({**LISTING, "x": "Muy-Secreta#1"}), ["the reply: holds the customer's password"]),
+    (Reply({**LISTING, "x": "Muy-Secreta#1"}), ["the reply: contains the customer's password"]),
 ]
 
 NOTES = [
@@ -84,7 +84,7 @@ class TransportTest(ProgramTest):
             with Server({C: reply}) as server:
                 report = self.check(server, "--timeout", "1", status=1)
             self.assertEqual(faults(report), [
-                f"{C}: time: no byte moved for 1 second; the app waits 60 seconds and shows nothing meanwhile"])
+                f"{C}: time: no byte moved for 1 second; the app waits 60 seconds without showing progress"])
 
     def test_slow_reply_is_a_warning(self):
         def slowly(_):
