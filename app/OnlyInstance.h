@@ -22,8 +22,8 @@ public:
     /// bytes. Returns false if there is no window.
     using Raise = std::function<bool(const QByteArray &token)>;
 
-    /// How long a later start waits for an answer. Together with the start of its process, the customer should wait
-    /// no longer than two seconds.
+    /// How long a later start waits for an answer. The customer should wait no longer than two seconds, including the
+    /// start of the process.
     static constexpr std::chrono::milliseconds usualPatience{1500};
 
     explicit OnlyInstance(QString folder, std::chrono::milliseconds timeout = usualPatience);
@@ -33,7 +33,8 @@ public:
     /// does not support locks or sockets; several processes may run in that case.
     Start start(const QByteArray &token);
 
-    /// Sets the function that later starts call through the event loop. Earlier requests are answered from now on.
+    /// Sets the function that is called, from the event loop, when a later start asks. Requests that have arrived
+    /// before are answered from now on.
     void setRaise(Raise raise) { m_raise = std::move(raise); }
 
     /// Returns the address of the socket.

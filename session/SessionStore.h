@@ -74,7 +74,7 @@ private:
     /// Opens the store again if `health` is Damaged, and returns what the second attempt finds.
     Health confirmDamage(Health health);
     Health replace();
-    /// Functions that return a Health set m_problem unless it is Good.
+    /// Sets m_problem unless the result is Good; so does `readRow`.
     Health tryToOpen();
     /// Checks, before the file is opened for writing, whether a later version of the app has written it.
     Health checkVersion();

@@ -105,8 +105,8 @@ qint64 samplesOf(QByteArrayView frame)
     return (width + 64) * (height + 64) * each / most;
 }
 
-/// Skips comments, profiles and metadata except the first Exif block, which may hold the orientation: the time that
-/// libjpeg needs for them grows with the square of their number.
+/// Skips comments, profiles and metadata except the first Exif block, which may hold the orientation: the time for
+/// reading them grows with the square of their number.
 JpegOutline outlineOf(const QByteArray &jpeg, qint64 memory)
 {
     Excerpt excerpt(jpeg);
