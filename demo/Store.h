@@ -40,8 +40,8 @@ public:
     };
     enum class Saved { Yes, NoSuchCustomer, EmailTaken };
 
-    /// Opens the file at `path`, or creates it with the demo customers. Reset replaces the file of an earlier run. Only
-    /// Reset changes a damaged file, and a file that does not belong to this service is never changed.
+    /// Opens the file at `path`, or creates it with the demo customers. Reset replaces the file of an earlier run.
+    /// Only Reset changes a damaged file, and a file that does not belong to this service is never changed.
     explicit Store(QString path, Start start = Start::Keep);
     ~Store();
     Store(const Store &) = delete;
