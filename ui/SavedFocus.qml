@@ -1,7 +1,6 @@
 import QtQml
 import QtQuick
 import QtQuick.Templates as T
-import Marovenda.Ui
 
 // Saves the focus while a popup is open, and restores it when the popup closes.
 QtObject {
