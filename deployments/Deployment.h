@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// The fixed values of a build, exactly as the deployment file contains them. CMake checks them when it configures the
-/// build. Tests link their own implementation.
+/// The fixed values of a build, exactly as the deployment file contains them. CMake checks them when it configures
+/// the build. Tests link their own implementation.
 namespace Deployment {
 
 /// The base address of the service's endpoints; ends in "/".
