@@ -19,8 +19,8 @@ def listing(packages):
 
 
 class Server:
-    """`address(packages)` returns a base address whose customers have that number of packages; `sent` holds the time at which
-    each reply was sent, in ms of the monotonic clock."""
+    """`address(packages)` returns a base address whose customers have that number of packages; `sent` holds the time at
+    which each reply was sent, in ms of the monotonic clock."""
 
     def __init__(self):
         self.listings = {}
