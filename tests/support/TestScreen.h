@@ -86,7 +86,7 @@ public:
     static QRectF box(const QQuickItem *item);
     /// What is drawn; the window need not be on a display.
     QImage picture() const;
-    /// Whether the container that is the root shows its screen of this depth, at rest.
+    /// Whether the container that is the root shows its screen of this depth and nothing moves.
     bool settledAt(int depth) const;
     /// Waits until the layout has been brought up to date.
     void settle() const;
