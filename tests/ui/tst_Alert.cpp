@@ -14,7 +14,7 @@ private Q_SLOTS:
     void sendingCommitsUnfinishedTextFirst();
     void heldKeyThatOpenedItNeitherSendsNorCancels_data();
     void heldKeyThatOpenedItNeitherSendsNorCancels();
-    void nothingBelowCanBeUsedUntilItHasGone();
+    void nothingBelowCanBeUsedWhileItFades();
     void focusComesBackToWhereItWas_data();
     void focusComesBackToWhereItWas();
 
@@ -120,7 +120,7 @@ void AlertTest::heldKeyThatOpenedItNeitherSendsNorCancels()
     QCOMPARE(screen.root()->property("cancels").toInt(), key == Qt::Key_Escape ? 1 : 0);
 }
 
-void AlertTest::nothingBelowCanBeUsedUntilItHasGone()
+void AlertTest::nothingBelowCanBeUsedWhileItFades()
 {
     TestScreen screen(page(), {300, 200});
     QQuickItem *const field = screen.find(u"field"_s);

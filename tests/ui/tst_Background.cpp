@@ -21,13 +21,13 @@ private Q_SLOTS:
     void stalledWorkHoldsUpNoOther_data();
     void stalledWorkHoldsUpNoOther();
     void workThatShowsLifeIsWaitedFor();
-    void noMoreThanTheMostAreUnderWay();
-    void whatIsNotWantedIsLeftOut();
-    void callbackGoesOnTheMainThread_data();
-    void callbackGoesOnTheMainThread();
+    void atMostSoManyRunAtOnce();
+    void unwantedWorkIsSkipped();
+    void callbackIsDeletedOnTheMainThread_data();
+    void callbackIsDeletedOnTheMainThread();
     void onlyOneHasTheTurn();
-    void applicationEndsAfterTheTurn();
-    void nothingGoesOnAfterTheApplication();
+    void applicationWaitsForTheTurn();
+    void nothingRunsAfterTheApplication();
 };
 
 namespace {
@@ -137,7 +137,7 @@ void BackgroundTest::workThatShowsLifeIsWaitedFor()
     });
 }
 
-void BackgroundTest::noMoreThanTheMostAreUnderWay()
+void BackgroundTest::atMostSoManyRunAtOnce()
 {
     inAnApplication([] {
         Background background(2, 0ms);
@@ -158,7 +158,7 @@ void BackgroundTest::noMoreThanTheMostAreUnderWay()
     });
 }
 
-void BackgroundTest::whatIsNotWantedIsLeftOut()
+void BackgroundTest::unwantedWorkIsSkipped()
 {
     inAnApplication([] {
         Background background(1, 1min);
@@ -180,7 +180,7 @@ void BackgroundTest::whatIsNotWantedIsLeftOut()
     });
 }
 
-void BackgroundTest::callbackGoesOnTheMainThread_data()
+void BackgroundTest::callbackIsDeletedOnTheMainThread_data()
 {
     QTest::addColumn<bool>("wanted");
     QTest::addColumn<bool>("ends");
@@ -189,7 +189,7 @@ void BackgroundTest::callbackGoesOnTheMainThread_data()
     QTest::newRow("when the application ends") << true << true;
 }
 
-void BackgroundTest::callbackGoesOnTheMainThread()
+void BackgroundTest::callbackIsDeletedOnTheMainThread()
 {
     QFETCH(const bool, wanted);
     QFETCH(const bool, ends);
@@ -241,7 +241,7 @@ void BackgroundTest::onlyOneHasTheTurn()
     });
 }
 
-void BackgroundTest::applicationEndsAfterTheTurn()
+void BackgroundTest::applicationWaitsForTheTurn()
 {
     static const Gate *gate = nullptr;
     const Gate made;
@@ -266,7 +266,7 @@ void BackgroundTest::applicationEndsAfterTheTurn()
     QVERIFY(finished);
 }
 
-void BackgroundTest::nothingGoesOnAfterTheApplication()
+void BackgroundTest::nothingRunsAfterTheApplication()
 {
     const Gate gate;
     const Gate beyond;

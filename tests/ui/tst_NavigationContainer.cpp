@@ -18,7 +18,7 @@ private Q_SLOTS:
     void repeatedKeyIsNoPop();
     void flickPops();
     void swipeElsewhereOrOverACoveredScreenIsNoPop();
-    void titleOfTheBarComesWhenTheLargeOneHasGone();
+    void barShowsTheTitleOnceTheLargeOneHasScrolledAway();
     void resizedWindowResizesEveryScreen();
 
 private:
@@ -235,7 +235,7 @@ void NavigationContainerTest::swipeElsewhereOrOverACoveredScreenIsNoPop()
     }
 }
 
-void NavigationContainerTest::titleOfTheBarComesWhenTheLargeOneHasGone()
+void NavigationContainerTest::barShowsTheTitleOnceTheLargeOneHasScrolledAway()
 {
     TestScreen screen(navigation());
     push(screen);

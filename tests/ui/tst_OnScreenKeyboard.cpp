@@ -44,17 +44,17 @@ private Q_SLOTS:
         m_keyboard.open({}, 0);
         QInputMethodPrivate::get(QGuiApplication::inputMethod())->testContext = nullptr;
     }
-    void everyFieldStaysAboveIt_data();
-    void everyFieldStaysAboveIt();
-    void alertStaysAboveIt();
-    void everythingCanBeScrolledAboveIt();
-    void contentReturnsWhenItGoes();
+    void everyFieldStaysAboveTheKeyboard_data();
+    void everyFieldStaysAboveTheKeyboard();
+    void alertStaysAboveTheKeyboard();
+    void everythingCanBeScrolledAboveTheKeyboard();
+    void contentReturnsWhenTheKeyboardCloses();
 
 private:
     Keyboard m_keyboard;
 };
 
-void OnScreenKeyboardTest::everyFieldStaysAboveIt_data()
+void OnScreenKeyboardTest::everyFieldStaysAboveTheKeyboard_data()
 {
     QTest::addColumn<QByteArray>("view");
     QTest::addColumn<QStringList>("fields");
@@ -73,7 +73,7 @@ void OnScreenKeyboardTest::everyFieldStaysAboveIt_data()
     }
 }
 
-void OnScreenKeyboardTest::everyFieldStaysAboveIt()
+void OnScreenKeyboardTest::everyFieldStaysAboveTheKeyboard()
 {
     QFETCH(QByteArray, view);
     QFETCH(QStringList, fields);
@@ -99,7 +99,7 @@ void OnScreenKeyboardTest::everyFieldStaysAboveIt()
     }
 }
 
-void OnScreenKeyboardTest::alertStaysAboveIt()
+void OnScreenKeyboardTest::alertStaysAboveTheKeyboard()
 {
     for (const QSize size : {QSize(390, 844), QSize(320, 480)}) {
         TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);
@@ -112,7 +112,7 @@ void OnScreenKeyboardTest::alertStaysAboveIt()
     }
 }
 
-void OnScreenKeyboardTest::everythingCanBeScrolledAboveIt()
+void OnScreenKeyboardTest::everythingCanBeScrolledAboveTheKeyboard()
 {
     const QSize size(320, 480);
     TestScreen screen("NavigationContainer { root: Component { CotizarView {} } }", size);
@@ -126,7 +126,7 @@ void OnScreenKeyboardTest::everythingCanBeScrolledAboveIt()
     QTRY_VERIFY(TestScreen::box(screen.find(u"enviar"_s)).bottom() <= size.height() - 200);
 }
 
-void OnScreenKeyboardTest::contentReturnsWhenItGoes()
+void OnScreenKeyboardTest::contentReturnsWhenTheKeyboardCloses()
 {
     const QSize size(390, 844);
     TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);

@@ -26,7 +26,7 @@ private Q_SLOTS:
     void cancelPicksNothing();
     void profileIsCoveredUntilEscapeClosesThePicker();
     void focusCannotLeave();
-    void whatIsBelowCannotBeUsedUntilItHasGone();
+    void nothingBelowCanBeUsedWhileItFades();
     void stalledPictureHoldsUpNoOther();
     void dialogOffersWhatCanBeDecoded();
 
@@ -261,7 +261,7 @@ void PhotoPickerTest::focusCannotLeave()
     QVERIFY(photos->hasActiveFocus());
 }
 
-void PhotoPickerTest::whatIsBelowCannotBeUsedUntilItHasGone()
+void PhotoPickerTest::nothingBelowCanBeUsedWhileItFades()
 {
     add(u"uno.png"_s, 10);
     TestScreen screen(page());

@@ -10,9 +10,9 @@ class SecureFieldTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void roleNameAndBulletsAreHeard();
-    void clearTextIsNowhereToBeHad();
-    void itCanBeFocusedAndWrittenByAssistiveTechnology();
-    void itHasThePlaceAndTheParentOfTheField();
+    void clearTextIsNeverExposed();
+    void assistiveTechnologyFocusesAndWrites();
+    void hasTheGeometryAndTheParentOfTheField();
 
 private:
     static QByteArray form()
@@ -42,7 +42,7 @@ void SecureFieldTest::roleNameAndBulletsAreHeard()
     QCOMPARE(field->textInterface()->text(-5, 900), QString(9, u'\u2022'));
 }
 
-void SecureFieldTest::clearTextIsNowhereToBeHad()
+void SecureFieldTest::clearTextIsNeverExposed()
 {
     TestScreen screen(form());
     screen.type(screen.find(u"pass"_s), u"Secreto#1"_s);
@@ -59,7 +59,7 @@ void SecureFieldTest::clearTextIsNowhereToBeHad()
         QVERIFY(!field->child(i)->text(QAccessible::Name).contains(u"ecret"_s));
 }
 
-void SecureFieldTest::itCanBeFocusedAndWrittenByAssistiveTechnology()
+void SecureFieldTest::assistiveTechnologyFocusesAndWrites()
 {
     TestScreen screen(form());
     QAccessibleInterface *const field = heardOf(screen);
@@ -80,7 +80,7 @@ void SecureFieldTest::itCanBeFocusedAndWrittenByAssistiveTechnology()
     QCOMPARE(field->textInterface()->selectionCount(), 0);
 }
 
-void SecureFieldTest::itHasThePlaceAndTheParentOfTheField()
+void SecureFieldTest::hasTheGeometryAndTheParentOfTheField()
 {
     TestScreen screen(form());
     QAccessibleInterface *const field = heardOf(screen);

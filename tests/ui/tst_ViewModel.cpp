@@ -17,9 +17,9 @@ private Q_SLOTS:
     void initTestCase() { qmlRegisterType<PlainViewModel>("Plain", 1, 0, "PlainViewModel"); }
     void init();
     void cleanup() { m_page.reset(); }
-    void goesWithItsPage();
-    void staysForItsCompletion();
-    void goesWithTheEngineWhenItsPageNeverEnds();
+    void isDeletedWithItsPage();
+    void outlivesItsPageUntilItsCompletion();
+    void outlivesTheEngineUntilItsCompletion();
 
 private:
     std::unique_ptr<QQmlEngine> m_engine;
@@ -44,14 +44,14 @@ void ViewModelTest::init()
     QVERIFY(m_viewModel);
 }
 
-void ViewModelTest::goesWithItsPage()
+void ViewModelTest::isDeletedWithItsPage()
 {
     // Not a turn later: by then Qt would look for the page in freed memory.
     m_page.reset();
     QVERIFY(!m_viewModel);
 }
 
-void ViewModelTest::staysForItsCompletion()
+void ViewModelTest::outlivesItsPageUntilItsCompletion()
 {
     auto held = m_viewModel->hold();
     QPointer<QQmlContext> context = qmlContext(m_viewModel);
@@ -66,7 +66,7 @@ void ViewModelTest::staysForItsCompletion()
     QVERIFY(!contextWasThere);
 }
 
-void ViewModelTest::goesWithTheEngineWhenItsPageNeverEnds()
+void ViewModelTest::outlivesTheEngineUntilItsCompletion()
 {
     auto held = m_viewModel->hold();
     m_page.reset();

@@ -28,9 +28,9 @@ private:
 class ViewModelsEndTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void goesWithWhatHoldsIt_data();
-    void goesWithWhatHoldsIt();
-    void goesBeforeAFileThatStalls();
+    void isDeletedWithWhatHoldsIt_data();
+    void isDeletedWithWhatHoldsIt();
+    void isDeletedWhileAFileStalls();
 
 private:
     QPointer<PlainViewModel> m_viewModel;
@@ -57,7 +57,7 @@ private:
     }
 };
 
-void ViewModelsEndTest::goesWithWhatHoldsIt_data()
+void ViewModelsEndTest::isDeletedWithWhatHoldsIt_data()
 {
     QTest::addColumn<QString>("holder");
     QTest::newRow("a job for the application") << u"application"_s;
@@ -65,7 +65,7 @@ void ViewModelsEndTest::goesWithWhatHoldsIt_data()
     QTest::newRow("an exchange that is under way") << u"child"_s;
 }
 
-void ViewModelsEndTest::goesWithWhatHoldsIt()
+void ViewModelsEndTest::isDeletedWithWhatHoldsIt()
 {
     QFETCH(const QString, holder);
     bool called = false;
@@ -83,7 +83,7 @@ void ViewModelsEndTest::goesWithWhatHoldsIt()
     QVERIFY(!called);
 }
 
-void ViewModelsEndTest::goesBeforeAFileThatStalls()
+void ViewModelsEndTest::isDeletedWhileAFileStalls()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"photo"_s);
