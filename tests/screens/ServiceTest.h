@@ -7,7 +7,8 @@
 #include <QUrl>
 
 /// What the tests of a screen stand on: the real client against a scripted server, a session that starts empty, and
-/// the addresses that the app hands to the system.
+/// the addresses that the app hands to the system. Qt Test calls its slots for a derived class that has none of its
+/// own.
 class ServiceTest : public QObject {
     Q_OBJECT
 public:

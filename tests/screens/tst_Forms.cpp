@@ -25,6 +25,8 @@ private Q_SLOTS:
     void startsAsDesigned();
     void untouchedFormIsSentOrSaidToBeIncomplete_data() { addForms(); }
     void untouchedFormIsSentOrSaidToBeIncomplete();
+    void formWithAnEmptyFieldIsNotSent_data();
+    void formWithAnEmptyFieldIsNotSent();
     void filledFormIsSentByteForByte_data() { addForms(); }
     void filledFormIsSentByteForByte();
     void everyPressSendsOneMoreAndTheLastReplyWins_data() { addForms(); }
@@ -92,6 +94,33 @@ void FormsTest::untouchedFormIsSentOrSaidToBeIncomplete()
     screen.press(form.button);
     QTRY_VERIFY(!server.requests().isEmpty());
     QCOMPARE(server.requests().first().body, form.incomplete.isEmpty() ? form.untouchedBody : form.body);
+}
+
+void FormsTest::formWithAnEmptyFieldIsNotSent_data()
+{
+    QTest::addColumn<Form>("form");
+    QTest::addColumn<QString>("field");
+    for (const Form &form : forms()) {
+        for (const Field &field : form.fields) {
+            if (!form.incomplete.isEmpty())
+                QTest::addRow("%s, %s", form.view.constData(), qPrintable(field.name)) << form << field.name;
+        }
+    }
+}
+
+void FormsTest::formWithAnEmptyFieldIsNotSent()
+{
+    QFETCH(const Form, form);
+    QFETCH(const QString, field);
+    const TestScreen screen(shown(form));
+    fill(screen, form);
+    screen.enter(field, QString());
+    screen.press(form.button);
+    QCOMPARE(msg(screen), form.incomplete);
+    fill(screen, form);
+    screen.press(form.button);
+    QTRY_VERIFY(!server.requests().isEmpty());
+    QCOMPARE(server.requests().first().body, form.body);
 }
 
 void FormsTest::filledFormIsSentByteForByte()
