@@ -22,9 +22,8 @@ TRACE = 6
 def forms(text):
     """How a text may stand among bytes."""
     plain = text.encode()
-    yield from (text.encode(code) for code in ("utf-8", "utf-16-le", "utf-16-be", "utf-32-le"))
-    yield from (plain.hex().encode(), plain.hex().upper().encode(), plain[::-1])
-    yield urllib.parse.quote(text, safe="").encode()
+    yield from (text.encode(code) for code in ("utf-8", "utf-16-le", "utf-32-le"))
+    yield from (plain.hex().encode(), plain[::-1], urllib.parse.quote(text, safe="").encode())
     for shift in range(3):
         # The letters at both ends depend on what stands beside the text.
         coded = base64.b64encode(b"\0" * shift + plain)

@@ -33,7 +33,7 @@ def main():
         "binaries": lambda folder: binaries.check(tally, build),
         "materials": lambda folder: materials.check(tally, sbom, app, folder, long),
         "canary": lambda folder: canary.check(tally, folder, app, service),
-        "links": lambda folder: links.check(tally, folder, app, long),
+        "links": lambda folder: links.check(tally, folder, app),
         "markup": lambda folder: markup.check(tally, folder, app),
     }
     if only := os.environ.get("MAROVENDA_ONLY"):

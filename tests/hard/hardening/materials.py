@@ -7,77 +7,57 @@ import pathlib
 import re
 import subprocess
 
-import elf
 from watched import WatchedPhone
 
-TIME = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ")
-SERIAL = re.compile(r"urn:uuid:[0-9a-f]{8}-[0-9a-f]{4}-[1-5][0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")
 PURL = re.compile(r"pkg:deb/debian/[a-z0-9.+-]+@[^?@ ]+\?arch=\w+")
 
 
-def sha256(file):
-    return [{"alg": "SHA-256", "content": hashlib.sha256(pathlib.Path(file).read_bytes()).hexdigest()}]
+def output(*command, **environment):
+    return subprocess.run(command, capture_output=True, text=True, check=False, env={**os.environ, **environment}).stdout
 
 
 def check_form(tally, bill, app):
     """What the format (CycloneDX 1.5) and the minimum elements of such bills ask for."""
-    good = bill["bomFormat"] == "CycloneDX" and bill["specVersion"] == "1.5" and bill["version"] == 1
-    tally.note("bill: form", good and SERIAL.fullmatch(bill["serialNumber"]), str(bill)[:200])
-    tally.note("bill: time", TIME.fullmatch(bill["metadata"]["timestamp"]), bill["metadata"]["timestamp"])
     itself = bill["metadata"]["component"]
-    tally.note("bill: the release itself", itself["type"] == "application" and itself["name"] == "marovenda"
-               and itself["hashes"] == sha256(app) and re.fullmatch(r"\d+\.\d+\.\d+", itself["version"]), str(itself))
-    installed = subprocess.run(["dpkg-query", "--show"], capture_output=True, text=True, check=True).stdout
-    versions = {tuple(re.split(r"(?::\w+)?\t", line)) for line in installed.splitlines()}
+    digest = hashlib.sha256(pathlib.Path(app).read_bytes()).hexdigest()
+    tally.note("bill: form", (bill["bomFormat"], bill["specVersion"]) == ("CycloneDX", "1.5"), str(bill)[:200])
+    tally.note("bill: time", bill["metadata"]["timestamp"] == "2023-11-14T22:13:20Z", bill["metadata"]["timestamp"])
+    tally.note("bill: the release itself", itself["name"] == "marovenda" and itself["hashes"][0]["content"] == digest
+               and re.fullmatch(r"\d+\.\d+\.\d+", itself["version"]), str(itself))
+    installed = {tuple(re.split(r"(?::\w+)?\t", line)) for line in output("dpkg-query", "--show").splitlines()}
     for part in bill["components"]:
-        good = part["type"] == "library" and part["scope"] in ("required", "optional")
-        tally.note("bill: component", good and PURL.fullmatch(part["purl"])
-                   and (part["name"], part["version"]) in versions, str(part)[:300])
-    references = [part["bom-ref"] for part in bill["components"]] + [itself["bom-ref"]]
-    references += [file["bom-ref"] for part in bill["components"] for file in part.get("components", [])]
-    tally.note("bill: references differ", len(references) == len(set(references)))
-    for entry in bill["dependencies"]:
-        missing = [r for r in [entry["ref"], *entry["dependsOn"]] if r not in references]
-        tally.note("bill: dependencies", not missing and entry["dependsOn"], str(missing))
+        tally.note("bill: component", part["scope"] in ("required", "optional") and PURL.fullmatch(part["purl"])
+                   and (part["name"], part["version"]) in installed, str(part)[:300])
+    files = [file for part in bill["components"] for file in part.get("components", [])]
+    references = [part["bom-ref"] for part in [itself, *bill["components"], *files]]
+    named = {reference for entry in bill["dependencies"] for reference in [entry["ref"], *entry["dependsOn"]]}
+    tally.note("bill: references", len(references) == len(set(references)) and named <= set(references), str(named))
 
 
-def check_links(tally, bill, app):
-    files = {file["name"]: (part, file) for part in bill["components"] for file in part.get("components", [])}
-    direct = set(bill["dependencies"][0]["dependsOn"])
-    for library in elf.Elf(app).needed():
-        part, file = files.get(library, ({}, {}))
-        found = part.get("scope") == "required" and part["bom-ref"] in direct
-        tally.note("bill: library linked", found and len(file["hashes"][0]["content"]) == 64, library)
+def check_libraries(tally, bill, app, folder):
+    """Those that it links, those of which only headers are used, and whatever of Qt a running app has in memory. What the
+    machine's graphics driver brings is no part of a release."""
+    linked = {file["name"] for part in bill["components"] if part["scope"] == "required"
+              for file in part.get("components", [])}
+    needed = re.findall(r"\(NEEDED\).*\[(.*)\]", output("readelf", "--dynamic", app))
+    tally.note("bill: libraries linked", needed and set(needed) <= linked, str(set(needed) - linked))
+    names = {part["name"] for part in bill["components"]}
     for header in ("libboost", "libxxhash-dev"):
-        tally.note("bill: library compiled in", any(p["name"].startswith(header) for p in bill["components"]), header)
-
-
-def check_run(tally, bill, app, folder):
-    """Whatever of Qt a running app has in memory. What the machine's graphics driver brings is no part of a release."""
+        tally.note("bill: library compiled in", any(name.startswith(header) for name in names), header)
     with WatchedPhone(folder / "records") as phone:
         phone.open(app)
         phone.find("Iniciar Sesión")
         maps = pathlib.Path(f"/proc/{phone.app.pid}/maps").read_text()
-    names = {part["name"] for part in bill["components"]}
     loaded = sorted(set(re.findall(r"/\S+[qQ]t6\S+$", maps, re.MULTILINE)))
-    # Those of the decoders of images come only with a photo.
     tally.note("bill: libraries seen", len(loaded) > 15, f"{len(loaded)}: {loaded}")
-    found = subprocess.run(["dpkg-query", "--search", *loaded], capture_output=True, text=True).stdout
-    owners = {line.partition(": ")[2]: line.split(":")[0] for line in found.splitlines()}
-    for path in loaded:
-        tally.note("bill: library in memory", owners.get(path) in names, f"{path} of {owners.get(path)}")
+    owners = {line.split(":")[0] for line in output("dpkg-query", "--search", *loaded).splitlines()}
+    tally.note("bill: libraries in memory", owners and owners <= names, str(owners - names))
 
 
 def check(tally, script, app, folder, long):
-    environment = {**os.environ, "SOURCE_DATE_EPOCH": "1700000000"}
-
-    def write():
-        return subprocess.run([script, app], capture_output=True, text=True, check=True, env=environment).stdout
-
-    text = write()
+    text = output(script, app, SOURCE_DATE_EPOCH="1700000000")
     if long:
-        tally.note("bill: the same each time", write() == text)
+        tally.note("bill: the same each time", output(script, app, SOURCE_DATE_EPOCH="1700000000") == text)
     bill = json.loads(text)
     check_form(tally, bill, app)
-    check_links(tally, bill, app)
-    check_run(tally, bill, app, folder)
+    check_libraries(tally, bill, app, folder)
