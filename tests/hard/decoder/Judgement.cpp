@@ -20,6 +20,14 @@ QByteArray judgeAgain(const R &record)
     const auto again = Json::read<R>(*written);
     if (!again || !RecordTools::same(*again.record, record))
         return "is another one when written and read again: "_ba + *written;
+    const auto tree = SecondLibrary::json::parse(written->begin(), written->end(), nullptr, false);
+    if (tree.is_discarded() || !SecondLibrary::fits(tree, record) || !SecondLibrary::agrees(tree, record))
+        return "is another to the second library when written: "_ba + *written;
+    // Compact, in the order of the fields, and escaped no more than needed: the second library's own form, in which
+    // "/" stands for itself. The doubles of this record have more than one shortest form.
+    QByteArray form = QByteArray::fromStdString(tree.dump());
+    if (!std::is_same_v<R, CotizacionRequest> && *written != form.replace("/", "\\/"))
+        return "is not written the shortest way: "_ba + *written;
     return {};
 }
 
