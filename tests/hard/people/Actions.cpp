@@ -50,24 +50,55 @@ Reply someReply(const QByteArray &path, quint32 choice)
     return reply;
 }
 
-void addTyping(QList<Action> &all, const QStringList &fields, quint32 choice)
+/// What a customer fills in on a screen, and what sends it.
+struct Form {
+    QStringList fields;
+    QString button;
+};
+
+const Form &formOf(Kind kind)
 {
-    for (const QString &field : fields) {
-        const QString text = someText(choice);
-        all.append({u"type \"%1\" into %2"_s.arg(text, field), [=](Device &device) { device.type(field, text); },
-                    [=](Model &model) { model.type(field, text); }});
-    }
+    static const QHash<Kind, Form> forms{
+        {Kind::Login, {{u"email"_s, u"pass"_s}, u"iniciarSesion"_s}},
+        {Kind::Registro, {{u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}, u"registrar"_s}},
+        {Kind::Dashboard, {{u"trackingText"_s}, u"buscar"_s}},
+        {Kind::Cotizar, {{u"peso"_s, u"valor"_s, u"descripcion"_s}, u"enviar"_s}},
+        {Kind::Autos, {{u"marca"_s, u"modelo"_s, u"anio"_s, u"ubicacion"_s}, u"enviar"_s}},
+        {Kind::Perfil, {{u"nombre"_s, u"email"_s}, u"guardar"_s}},
+    };
+    static const Form none;
+    const auto found = forms.find(kind);
+    return found == forms.end() ? none : *found;
 }
 
-void addPress(QList<Action> &all, const QString &button)
+/// What is pressed to come from a screen to another.
+QList<std::pair<QString, Kind>> entrancesOf(Kind kind)
 {
-    // As likely as the typing, or few forms would ever be sent.
-    const Action press{u"press "_s + button, [=](Device &device) { device.tap(button); },
-                       [](Model &model) { model.press(); }};
-    all += {press, press, press};
+    if (kind == Kind::Login)
+        return {{u"registro"_s, Kind::Registro}};
+    if (kind != Kind::Dashboard)
+        return {};
+    return {{u"CasilleroTile"_s, Kind::Casillero},
+            {u"CotizarTile"_s, Kind::Cotizar},
+            {u"AutosTile"_s, Kind::Autos},
+            {u"PerfilTile"_s, Kind::Perfil},
+            {u"DevTile"_s, Kind::Dev},
+            {u"paqueteCount"_s, Kind::Paquetes},
+            {u"cotizacionCount"_s, Kind::Cotizaciones}};
 }
 
-void addWaysBack(QList<Action> &all, const Model &model, quint32 choice)
+Action press(const QString &button, const std::function<void(Model &)> &predict)
+{
+    return {u"press "_s + button, [=](Device &device) { device.tap(button); }, predict};
+}
+
+Action type(const QString &field, const QString &modelsField, const QString &text)
+{
+    return {u"type \"%1\" into %2"_s.arg(text, field), [=](Device &device) { device.type(field, text); },
+            [=](Model &model) { model.type(modelsField, text); }};
+}
+
+Action goBack(const Model &model, quint32 choice)
 {
     const bool ownButton = model.top().kind == Kind::Casillero || model.top().kind == Kind::Dev;
     const QList<std::pair<QString, std::function<void(Device &)>>> ways{
@@ -77,86 +108,42 @@ void addWaysBack(QList<Action> &all, const Model &model, quint32 choice)
         {u"the way back"_s, [=](Device &device) { device.tap(ownButton ? u"volver"_s : u"back"_s); }},
     };
     const auto &[name, way] = ways[choice % ways.size()];
-    all.append({u"go back by "_s + name, way, [](Model &of) { of.pop(); }});
+    return {u"go back by "_s + name, way, [](Model &of) { of.pop(); }};
 }
 
-void addAlert(QList<Action> &all, quint32 choice)
+QList<Action> inAlert(const QString &text)
 {
-    const QString text = someText(choice);
     const auto close = [](Model &model) { model.top().alert = false; };
-    all.append({u"type \"%1\" into the alert"_s.arg(text),
-                [=](Device &device) { device.type(u"alertInput"_s, text); },
-                [=](Model &model) { model.type(u"recuperarEmail"_s, text); }});
-    all.append({u"send the alert"_s, [](Device &device) { device.tap(u"aceptar"_s); },
-                [](Model &model) { model.sendRecovery(); }});
-    all.append({u"cancel the alert"_s, [](Device &device) { device.tap(u"cancelar"_s); }, close});
-    all.append({u"Escape in the alert"_s, [](Device &device) { device.key(Qt::Key_Escape); }, close});
+    return {type(u"alertInput"_s, u"recuperarEmail"_s, text),
+            press(u"aceptar"_s, [](Model &model) { model.sendRecovery(); }),
+            press(u"cancelar"_s, close),
+            {u"Escape in the alert"_s, [](Device &device) { device.key(Qt::Key_Escape); }, close}};
 }
 
-void addSignIn(QList<Action> &all, quint32 choice)
+QList<Action> onScreen(const Model &model, quint32 choice)
 {
-    addTyping(all, {u"email"_s, u"pass"_s}, choice);
-    addPress(all, u"iniciarSesion"_s);
-    all.append({u"open the recovery"_s, [](Device &device) { device.tap(u"recuperar"_s); },
-                [](Model &model) {
-                    model.top().alert = true;
-                    model.top().fields[u"recuperarEmail"_s].clear();
-                }});
-    all.append({u"open the registration"_s, [](Device &device) { device.tap(u"registro"_s); },
-                [](Model &model) { model.push(Kind::Registro); }});
-}
-
-void addHome(QList<Action> &all, quint32 choice)
-{
-    static const QList<std::pair<QString, Kind>> entrances{
-        {u"CasilleroTile"_s, Kind::Casillero},
-        {u"CotizarTile"_s, Kind::Cotizar},
-        {u"AutosTile"_s, Kind::Autos},
-        {u"PerfilTile"_s, Kind::Perfil},
-        {u"DevTile"_s, Kind::Dev},
-        {u"paqueteCount"_s, Kind::Paquetes},
-        {u"cotizacionCount"_s, Kind::Cotizaciones},
-    };
-    for (const auto &[entrance, kind] : entrances)
-        all.append({u"open "_s + entrance, [=](Device &device) { device.tap(entrance); },
-                    [=](Model &model) { model.push(kind); }});
-    all.append({u"sign out"_s, [](Device &device) { device.tap(u"cerrarSesion"_s); },
-                [](Model &model) { model.signOut(); }});
-    all.append({u"scroll"_s, [](Device &device) { device.scroll(); }, [](Model &) {}});
-    addTyping(all, {u"trackingText"_s}, choice);
-    all.append({u"search"_s, [](Device &device) { device.tap(u"buscar"_s); }, [](Model &) {}});
-}
-
-void addForm(QList<Action> &all, Kind kind, quint32 choice)
-{
-    switch (kind) {
-    case Kind::Registro:
-        addTyping(all, {u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}, choice);
-        return addPress(all, u"registrar"_s);
-    case Kind::Cotizar:
-        addTyping(all, {u"peso"_s, u"valor"_s, u"descripcion"_s}, choice);
-        all.append({u"by sea"_s, [](Device &device) { device.tap(u"Marítimo"_s); },
-                    [](Model &model) { model.top().tipo = u"Marítimo"_s; }});
-        return addPress(all, u"enviar"_s);
-    case Kind::Autos:
-        addTyping(all, {u"marca"_s, u"modelo"_s, u"anio"_s, u"ubicacion"_s}, choice);
-        return addPress(all, u"enviar"_s);
-    case Kind::Perfil:
-        addTyping(all, {u"nombre"_s, u"email"_s}, choice);
-        return addPress(all, u"guardar"_s);
-    default:
-        return;
+    const Kind kind = model.top().kind;
+    QList<Action> all;
+    const Form &form = formOf(kind);
+    for (const QString &field : form.fields)
+        all += type(field, field, someText(choice));
+    // As likely as the typing, or few forms would ever be sent.
+    for (int times = form.button.isEmpty() ? 0 : 3; times > 0; --times)
+        all += press(form.button, [](Model &of) { of.press(); });
+    for (const auto &[entrance, screen] : entrancesOf(kind))
+        all += press(entrance, [=](Model &of) { of.push(screen); });
+    if (kind == Kind::Login)
+        all += press(u"recuperar"_s, [](Model &of) {
+            of.top().alert = true;
+            of.top().fields[u"recuperarEmail"_s].clear();
+        });
+    if (kind == Kind::Dashboard) {
+        all += press(u"cerrarSesion"_s, [](Model &of) { of.signOut(); });
+        all += {u"scroll"_s, [](Device &device) { device.scroll(); }, [](Model &) {}};
     }
-}
-
-void addReplies(QList<Action> &all, const Model &model, quint32 choice)
-{
-    for (qsizetype i = 0; i < model.pending.size(); ++i) {
-        const Reply reply = someReply(model.pending[i].path, choice);
-        const QString what = reply.lost ? u"lose"_s : u"answer with "_s + QString::fromUtf8(reply.bytes());
-        all.append({u"%1 (%2, number %3)"_s.arg(what, QString::fromUtf8(model.pending[i].path)).arg(i),
-                    [=](Device &device) { device.answer(i, reply); }, [=](Model &of) { of.answer(i, reply); }});
-    }
+    if (kind == Kind::Cotizar)
+        all += press(u"Marítimo"_s, [](Model &of) { of.top().tipo = u"Marítimo"_s; });
+    return all;
 }
 
 } // namespace
@@ -164,18 +151,16 @@ void addReplies(QList<Action> &all, const Model &model, quint32 choice)
 QList<Action> actions(const Model &model, quint32 choice)
 {
     QList<Action> all;
-    addReplies(all, model, choice);
-    if (model.top().alert) {
-        addAlert(all, choice);
-        return all;
+    for (qsizetype i = 0; i < model.pending.size(); ++i) {
+        const Reply reply = someReply(model.pending[i].path, choice);
+        const QString what = reply.lost ? u"lose"_s : u"answer with "_s + QString::fromUtf8(reply.bytes());
+        all.append({u"%1 (%2, number %3)"_s.arg(what, QString::fromUtf8(model.pending[i].path)).arg(i),
+                    [=](Device &device) { device.answer(i, reply); }, [=](Model &of) { of.answer(i, reply); }});
     }
-    if (model.top().kind == Kind::Login)
-        addSignIn(all, choice);
-    else if (model.top().kind == Kind::Dashboard)
-        addHome(all, choice);
-    else
-        addForm(all, model.top().kind, choice);
+    if (model.top().alert)
+        return all + inAlert(someText(choice));
+    all += onScreen(model, choice);
     if (model.stack.size() > 1)
-        addWaysBack(all, model, choice);
+        all += goBack(model, choice);
     return all;
 }
