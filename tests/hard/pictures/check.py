@@ -134,19 +134,6 @@ class Check:
         self.together((self.damage, "mutated", program, kind, 0, first + (2 * part + i) * count, count)
                       for kind in KINDS for part in range(parts) for i, program in programs)
 
-    def leaving(self):
-        """The app ends at many moments while a photo is being decoded, scaled or loaded."""
-        strip, large = self.file(bombs.png(16384, 7)), self.file(bombs.png(4000, 3000, 0, 1))
-        heavy = self.file(bytes(20 << 20))
-        moments = [("stored", strip, after) for after in range(10)]
-        moments += [("stored", large, after) for after in range(0, 200, 20)]
-        moments += [("picked", heavy, after) for after in range(0, 200, 20)]
-        self.together((self.leave, *each) for each in moments * (10 if self.long else 1))
-
-    def leave(self, how, path, after):
-        _, wrong = self.run(self.plain, "leave", how, path, after)
-        self.note(f"left with a {how} photo", not wrong, f"after {after} ms: {wrong}")
-
     def strange_items(self):
         """What is picked or listed and is no file that ends."""
         for how in ("picked", "listed"):
@@ -165,7 +152,6 @@ def main():
         check = Check(pathlib.Path(folder), *programs, form)
         check.all_bombs()
         check.damages()
-        check.leaving()
         check.strange_items()
     check.tally.finish()
 

@@ -70,28 +70,17 @@ public:
             ended = false;
             QGuiApplication::exit();
         });
-        if (how == u"picked"_s)
-            pick(path, mark);
-        else
-            start(path, mark);
-        QGuiApplication::exec();
-        return ended;
-    }
-
-    /// Goes so many milliseconds after the stored photo began to be decoded, or the picked one to be loaded.
-    void leave(const QString &how, const QString &path, int after)
-    {
-        const auto go = [after] { QTimer::singleShot(after, qApp, [] { QGuiApplication::exit(); }); };
         if (how == u"picked"_s) {
-            // As a screen's model, which goes with its last completion.
-            const std::shared_ptr<QObject> alive(new QObject, [](QObject *gone) { gone->deleteLater(); });
-            loadPhoto(QUrl::fromLocalFile(path), qApp, [alive](auto) {});
-            go();
+            pick(path, mark);
         } else {
-            read(path);
-            start(path, go);
+            m_view.asked = mark;
+            if (fromFile)
+                m_view.setFile(QUrl::fromLocalFile(path));
+            else
+                m_view.setPhoto(m_stored);
         }
         QGuiApplication::exec();
+        return ended;
     }
 
     bool decoded() const { return m_view.decoded(); }
@@ -99,16 +88,6 @@ public:
     qsizetype loaded() const { return m_loaded.bytes.isNull() ? -1 : m_loaded.bytes.size(); }
 
 private:
-    /// The bytes read before, or else the file.
-    void start(const QString &path, const std::function<void()> &asked)
-    {
-        m_view.asked = asked;
-        if (m_stored.isNull())
-            m_view.setFile(QUrl::fromLocalFile(path));
-        else
-            m_view.setPhoto(m_stored);
-    }
-
     void pick(const QString &path, const std::function<void()> &mark)
     {
         // Gone as soon as the photo has been handed over or will not be.
@@ -172,14 +151,6 @@ int show(const QStringList &arguments)
     return 0;
 }
 
-/// leave HOW FILE MILLISECONDS: ends while a stored photo is being decoded or a picked one loaded.
-int leave(const QStringList &arguments)
-{
-    Stage stage;
-    stage.leave(arguments[0], arguments[1], arguments[2].toInt());
-    return 0;
-}
-
 /// damage FOLDER KIND CUTS SEED MUTATIONS: prints what failed and at last the memory that it took in MiB.
 int damage(const QStringList &arguments)
 {
@@ -205,7 +176,7 @@ int main(int argc, char *argv[])
     const QGuiApplication application(argc, argv);
     const QStringList arguments = QGuiApplication::arguments();
     const QHash<QString, int (*)(const QStringList &)> all{
-        {u"show"_s, show}, {u"leave"_s, leave}, {u"damage"_s, damage}, {u"make"_s, make}};
+        {u"show"_s, show}, {u"damage"_s, damage}, {u"make"_s, make}};
     const auto what = all.value(arguments.value(1));
     return what ? what(arguments.sliced(2)) : 2;
 }
