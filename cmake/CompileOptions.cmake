@@ -11,12 +11,18 @@ add_compile_definitions(
 if(MAROVENDA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
+    # Reports name lines, for which this much is enough; it is written and linked faster.
+    add_compile_options(-g1)
 endif()
 
 if(MAROVENDA_DEV)
     add_compile_options(-O1)
     # The app parses its layouts when it starts, instead of containing them compiled to C++.
     set(MAROVENDA_QML_OPTIONS NO_CACHEGEN)
+endif()
+
+# Customers get what the system's own linker makes; the fastest one will do for the other builds.
+if(CMAKE_BUILD_TYPE STREQUAL "Debug")
     find_program(MAROVENDA_MOLD mold)
     find_program(MAROVENDA_LLD ld.lld)
     if(MAROVENDA_MOLD)
