@@ -8,7 +8,6 @@
 #include <QDeadlineTimer>
 #include <QTimer>
 
-#include <array>
 #include <memory>
 
 /// What the tests of the exchanges share.
@@ -55,34 +54,8 @@ inline HttpRequest post(const ScriptedServer &server, const QByteArray &body,
     return {HttpRequest::Method::Post, QUrl(server.baseUrl() + path), body, "application/json"};
 }
 
-/// The gzip format (RFC 1952) around the platform's own deflate.
-inline QByteArray gzip(const QByteArray &bytes)
-{
-    static const auto table = [] {
-        std::array<quint32, 256> all{};
-        for (quint32 i = 0; i < all.size(); ++i) {
-            quint32 value = i;
-            for (int bit = 0; bit < 8; ++bit)
-                value = value & 1 ? 0xEDB88320U ^ (value >> 1) : value >> 1;
-            all[i] = value;
-        }
-        return all;
-    }();
-    quint32 crc = 0xFFFFFFFF;
-    for (const char byte : bytes)
-        crc = table[(crc ^ static_cast<quint8>(byte)) & 0xFF] ^ (crc >> 8);
-    crc = ~crc;
-    const auto word = [](quint32 value) {
-        QByteArray four;
-        for (int shift = 0; shift < 32; shift += 8)
-            four += static_cast<char>(value >> shift);
-        return four;
-    };
-    // Between the length and the two bytes of zlib's head, and its four of check.
-    const QByteArray deflated = qCompress(bytes, 9).mid(6).chopped(4);
-    return QByteArray("\x1F\x8B\x08\0\0\0\0\0\0\x03", 10) + deflated + word(crc) +
-           word(static_cast<quint32>(bytes.size()));
-}
+/// The zlib format (RFC 1950), which is HTTP's content coding "deflate": the platform's own, without its length.
+inline QByteArray deflated(const QByteArray &bytes) { return qCompress(bytes, 9).mid(4); }
 
 /// A body in the chunked transfer coding, in pieces of a size.
 inline QByteArray chunked(const QByteArray &body, qsizetype size)

@@ -137,10 +137,10 @@ void HttpLimitsTest::compressedReplyCountsUnpacked()
     QFETCH(const int, size);
     QFETCH(const bool, taken);
     const QByteArray body(size, 'b');
-    const QByteArray packed = Exchanges::gzip(body);
+    const QByteArray packed = Exchanges::deflated(body);
     QVERIFY(packed.size() < 200'000);
     server.on("/a",
-              [&](const auto &, const auto &answer) { answer->send(packed, 200, "Content-Encoding: gzip\r\n"); });
+              [&](const auto &, const auto &answer) { answer->send(packed, 200, "Content-Encoding: deflate\r\n"); });
     const auto outcome = send(post(server, "{}"), sized(1'000'000));
     QVERIFY(completed(outcome));
     QVERIFY(outcome->reply.body == (taken ? body : QByteArray()));
@@ -151,10 +151,10 @@ void HttpLimitsTest::largeReplyThatCannotBeUnpackedEndsTheExchange()
     // More packed bytes than the platform takes at once, of no known kind from the first on.
     QByteArray body(3'000'000, 'b');
     QRandomGenerator(1).fillRange(reinterpret_cast<quint32 *>(body.data()), body.size() / 4);
-    QByteArray packed = Exchanges::gzip(body);
-    packed[10] = '\x07';
+    QByteArray packed = Exchanges::deflated(body);
+    packed[2] = '\x07';
     server.on("/a",
-              [&](const auto &, const auto &answer) { answer->send(packed, 200, "Content-Encoding: gzip\r\n"); });
+              [&](const auto &, const auto &answer) { answer->send(packed, 200, "Content-Encoding: deflate\r\n"); });
     for (const HttpRequest &request : {post(server, "{}"), get(server)}) {
         const auto outcome = send(request);
         QVERIFY(completed(outcome));
