@@ -60,12 +60,12 @@ void OnScreenKeyboardTest::everyFieldStaysAboveTheKeyboard_data()
     QTest::addColumn<QStringList>("fields");
     QTest::addColumn<QSize>("size");
     const QList<QPair<QByteArray, QStringList>> forms{
-        {"LoginView", {u"email"_s, u"pass"_s}},
-        {"RegistroView", {u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}},
-        {"PerfilView", {u"nombre"_s, u"email"_s}},
-        {"CotizarView", {u"peso"_s, u"valor"_s, u"descripcion"_s}},
-        {"ImportarAutoView", {u"marca"_s, u"modelo"_s, u"anio"_s, u"ubicacion"_s}},
-        {"DashboardView", {u"trackingText"_s}},
+        {"LoginView {}", {u"email"_s, u"pass"_s}},
+        {"RegistroView {}", {u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}},
+        {"PerfilView {}", {u"nombre"_s, u"email"_s}},
+        {"CotizarView {}", {u"peso"_s, u"valor"_s, u"descripcion"_s}},
+        {"ImportarAutoView {}", {u"marca"_s, u"modelo"_s, u"anio"_s, u"ubicacion"_s}},
+        {"DashboardView { screens: ServiceScreens {} }", {u"trackingText"_s}},
     };
     for (const auto &[view, fields] : forms) {
         QTest::addRow("%s 390 x 844", view.constData()) << view << fields << QSize(390, 844);
@@ -78,7 +78,7 @@ void OnScreenKeyboardTest::everyFieldStaysAboveTheKeyboard()
     QFETCH(QByteArray, view);
     QFETCH(QStringList, fields);
     QFETCH(QSize, size);
-    TestScreen screen("NavigationContainer { root: Component { " + view + " {} } }", size);
+    TestScreen screen(TestScreen::alone(view), size);
     const int height = size.height() * 2 / 5;
     const auto inView = [&](const QString &name) {
         const QRectF box = TestScreen::box(screen.find(name));
@@ -102,7 +102,7 @@ void OnScreenKeyboardTest::everyFieldStaysAboveTheKeyboard()
 void OnScreenKeyboardTest::alertStaysAboveTheKeyboard()
 {
     for (const QSize size : {QSize(390, 844), QSize(320, 480)}) {
-        TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);
+        TestScreen screen(TestScreen::alone("LoginView {}"), size);
         screen.tap(screen.find(u"recuperar"_s));
         const int height = size.height() * 2 / 5;
         m_keyboard.open(size, height);
@@ -115,7 +115,7 @@ void OnScreenKeyboardTest::alertStaysAboveTheKeyboard()
 void OnScreenKeyboardTest::everythingCanBeScrolledAboveTheKeyboard()
 {
     const QSize size(320, 480);
-    TestScreen screen("NavigationContainer { root: Component { CotizarView {} } }", size);
+    TestScreen screen(TestScreen::alone("CotizarView {}"), size);
     m_keyboard.open(size, 200);
     screen.settle();
     QQuickItem *const area = screen.find(u"enviar"_s)->parentItem()->parentItem()->parentItem()->parentItem();
@@ -129,7 +129,7 @@ void OnScreenKeyboardTest::everythingCanBeScrolledAboveTheKeyboard()
 void OnScreenKeyboardTest::contentReturnsWhenTheKeyboardCloses()
 {
     const QSize size(390, 844);
-    TestScreen screen("NavigationContainer { root: Component { LoginView {} } }", size);
+    TestScreen screen(TestScreen::alone("LoginView {}"), size);
     const QRectF before = TestScreen::box(screen.find(u"pass"_s));
     screen.find(u"pass"_s)->forceActiveFocus();
     m_keyboard.open(size, 500);
