@@ -15,7 +15,6 @@ using Stores::Watched;
 class SessionStoreTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void keysHaveTheirNames();
     void newStoreHasNoValues();
     void writtenValuesAreThereAfterARestart_data();
     void writtenValuesAreThereAfterARestart();
@@ -31,14 +30,6 @@ private Q_SLOTS:
     void longLogIsShortenedWhenAsked();
     void endlessLogIsShortenedByItself();
 };
-
-void SessionStoreTest::keysHaveTheirNames()
-{
-    QStringList names;
-    for (const Key key : SessionStore::keys)
-        names += QLatin1String(SessionStore::name(key));
-    QCOMPARE(names, (QStringList{u"user_id"_s, u"user_nombre"_s, u"user_email"_s, u"user_avatar"_s}));
-}
 
 void SessionStoreTest::newStoreHasNoValues()
 {
