@@ -20,7 +20,7 @@ public:
         return held;
     }
 
-    /// Prints a line for each fault (fault, tries, failures, parted by tabs). Returns the process's exit status: 1
+    /// Prints a line for each fault (fault, tries, failures, separated by tabs). Returns the process's exit status: 1
     /// when something failed or nothing was tried.
     int finish() const
     {

@@ -1,3 +1,7 @@
+// Random customers: people-check quick|long
+// MAROVENDA_SEED repeats one sequence; MAROVENDA_SHARES makes this one of so many processes that have the long form's
+// sequences among them.
+
 #include "Actions.h"
 #include "MarovendaTest.h"
 #include "Tally.h"
@@ -71,42 +75,30 @@ void explain(Device &device, quint32 seed)
                  qUtf8Printable(told.join(u"\n  "_s)));
 }
 
-} // namespace
-
-/// usage: people-check quick|long; MAROVENDA_SEED repeats one sequence, MAROVENDA_SHARES makes this one of so many
-/// processes that have the long form's sequences among them.
-class PeopleCheck : public QObject {
-    Q_OBJECT
-public:
-    explicit PeopleCheck(bool isLong) : m_long(isLong) {}
-
-    int run() const
-    {
-        Device device;
-        Tally tally;
-        const bool one = qEnvironmentVariableIsSet("MAROVENDA_SEED");
-        const quint32 first = one      ? qEnvironmentVariable("MAROVENDA_SEED").toUInt()
-                              : m_long ? QRandomGenerator::system()->generate() >> 1
-                                       : 1;
-        const int shares = std::max(1, qEnvironmentVariableIntValue("MAROVENDA_SHARES"));
-        const int count = one ? 1 : m_long ? 10000 / shares : 100;
-        std::fprintf(stderr, "seeds %u to %u\n", first, first + quint32(count) - 1);
-        for (int i = 0; i < count; ++i) {
-            const quint32 seed = first + quint32(i);
-            const QString wrong = play(device, stepsOf(seed));
-            if (!tally.note("random sequences of a customer and the service", wrong.isEmpty(), wrong.toUtf8()))
-                explain(device, seed);
-        }
-        return tally.finish();
+int run(bool isLong)
+{
+    Device device;
+    Tally tally;
+    const bool one = qEnvironmentVariableIsSet("MAROVENDA_SEED");
+    const quint32 first = one      ? qEnvironmentVariable("MAROVENDA_SEED").toUInt()
+                          : isLong ? QRandomGenerator::system()->generate() >> 1
+                                   : 1;
+    const int shares = std::max(1, qEnvironmentVariableIntValue("MAROVENDA_SHARES"));
+    const int count = one ? 1 : isLong ? 10000 / shares : 100;
+    std::fprintf(stderr, "seeds %u to %u\n", first, first + quint32(count) - 1);
+    for (int i = 0; i < count; ++i) {
+        const quint32 seed = first + quint32(i);
+        const QString wrong = play(device, stepsOf(seed));
+        if (!tally.note("random sequences of a customer and the service", wrong.isEmpty(), wrong.toUtf8()))
+            explain(device, seed);
     }
+    return tally.finish();
+}
 
-private:
-    bool m_long;
-};
+} // namespace
 
 int main(int argc, char *argv[])
 {
     const bool isLong = argc > 1 && std::strcmp(argv[1], "long") == 0;
-    return runMarovendaCheck([=] { return PeopleCheck(isLong).run(); }, argc, argv);
+    return runMarovendaCheck([=] { return run(isLong); }, argc, argv);
 }
-#include "main.moc"

@@ -149,7 +149,7 @@ def main():
         check_malformed(tally, program)
         check_injection(tally, program)
         check_memory(tally, program, 60 if form == "long" else 6)
-        tally.note("nothing to complain about", program.alive() and program.errors() == "", program.errors())
+        tally.note("nothing to complain about", program.process.poll() is None and program.errors() == "", program.errors())
     tally.finish()
 
 

@@ -88,9 +88,6 @@ class Program:
         self.process.stdout.close()
         self.process.wait(PATIENCE)
 
-    def alive(self):
-        return self.process.poll() is None
-
     def errors(self):
         return (self.folder / "stderr").read_text(errors="replace")
 

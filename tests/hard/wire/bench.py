@@ -5,7 +5,6 @@ import collections
 import json
 import os
 import subprocess
-import sys
 import threading
 
 from faults import ABSENT, EITHER, RECORD, whole
