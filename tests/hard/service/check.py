@@ -60,8 +60,8 @@ SQL = [
     "a\0'; DROP TABLE packages; --", "'||(SELECT password_hash FROM customers)||'", "; ATTACH DATABASE 'x.sqlite' AS x; --",
     "ana@marovenda.example'--", "ana@marovenda.example' OR '1'='1", "\u02bc",
 ]
-NUMBERS = ["1 OR 1=1", "1;DROP TABLE customers", "1--", "'1'", "0x1", "1e0", "(1)", "1 UNION SELECT 1", "1\0", "\u0661", " 1",
-           "1\n", "user_id", "+1", "1&user_id=2"]
+NUMBERS = ["1 OR 1=1", "1;DROP TABLE customers", "1--", "'1'", "0x1", "1e0", "(1)", "1 UNION SELECT 1", "1\0",
+           "\u0661", " 1", "1\n", "user_id", "+1", "1&user_id=2"]
 SECRETS = (b"SQLite format 3", b"root:", b"$argon2id$", b"CREATE TABLE")
 
 
@@ -107,14 +107,16 @@ def check_injection(tally, program):
         kept = kept and program.post("api_perfil.php", {**RECORDS["api_perfil.php"], "nombre": text + "x"}).good()
         name = (program.post("api_casillero.php", {"user_id": "2"}).json() or {}).get("nombreCompleto")
         tally.note("SQL in a text", kept and name == text + "x MRV-1002", f"{text!r}: {name}")
-        tally.note("SQL as a kind", silent(program.post("api_cotizar.php", {**RECORDS["api_cotizar.php"], "tipo": text})), text)
+        kind = program.post("api_cotizar.php", {**RECORDS["api_cotizar.php"], "tipo": text})
+        tally.note("SQL as a kind", silent(kind), f"{text!r}: {kind}")
         for email, password in ((text, ANA["password"]), (ANA["email"], text)):
             login = program.post("api_login.php", {"email": email, "password": password})
             tally.note("SQL at the sign-in", silent(login), f"{email!r} {password!r}: {login}")
     for number in NUMBERS:
         listing = program.get("api_paquetes.php?user_id=" + "".join(f"%{byte:02x}" for byte in number.encode()))
         mailbox = program.post("api_casillero.php", {"user_id": number})
-        tally.note("SQL as a number", listing.status == 400 and silent(listing) and silent(mailbox), f"{number!r}: {listing}")
+        held = listing.status == 400 and silent(listing) and silent(mailbox)
+        tally.note("SQL as a number", held, f"{number!r}: {listing}")
     for text in ("1%0d%0aX-Injected:%20yes", "1\rX-Injected: yes", "../demo.sqlite", "..%2f..%2fetc%2fpasswd"):
         for path in (f"api_paquetes.php?user_id={text}", text):
             reply = program.get(path)
@@ -143,7 +145,8 @@ def check_memory(tally, program, tries):
 def main():
     executable, form = sys.argv[1:]
     tally = Tally()
-    with tempfile.TemporaryDirectory(prefix="marovenda-service-") as name, Program(executable, pathlib.Path(name)) as program:
+    with tempfile.TemporaryDirectory(prefix="marovenda-service-") as folder, \
+            Program(executable, pathlib.Path(folder)) as program:
         places = program.listening_places()
         tally.note("listens at 127.0.0.1 alone", places == ["0100007F"], str(places))
         check_malformed(tally, program)

@@ -210,9 +210,10 @@ def heads():
 
 def answers(status, where, *lines, gets=RECORD):
     """A reply of a status with a good body, and one without."""
-    return [closing(f"{status} {where}{which}", expected, lambda body, has=has: whole(body * has, f"{status} Reason", *lines),
-                    row=f"{str(status)[0]}xx {where}{which}")
-            for which, has, expected in (("with a body", 1, gets), ("without a body", 0, ABSENT))]
+    def answer(which, count, expected):
+        return closing(f"{status} {where}{which}", expected, lambda body: whole(body * count, f"{status} Reason", *lines),
+                       row=f"{str(status)[0]}xx {where}{which}")
+    return [answer("with a body", 1, gets), answer("without a body", 0, ABSENT)]
 
 
 def statuses():
