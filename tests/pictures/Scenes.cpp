@@ -229,8 +229,10 @@ QList<Scene> logisticsScenes()
         };
     };
     return {
-        {"panel-vacio", alone("DashboardView", "screens: ServiceScreens {}"), rows("{}", u"Ana"_s), shows(u"Mi Resumen"_s)},
-        {"panel", alone("DashboardView", "screens: ServiceScreens {}"), rows(someRows(), u"Ana Lucía Peñalver Ríos"_s), counts(4)},
+        {"panel-vacio", alone("DashboardView", "screens: ServiceScreens {}"), rows("{}", u"Ana"_s),
+         shows(u"Mi Resumen"_s)},
+        {"panel", alone("DashboardView", "screens: ServiceScreens {}"),
+         rows(someRows(), u"Ana Lucía Peñalver Ríos"_s), counts(4)},
         {"panel-largo", alone("DashboardView", "screens: ServiceScreens {}"), rows(longRows(), longName), counts(2)},
         {"cotizar", pushed("CotizarView"), nothing, shows(u"Enviar Cotización"_s)},
         {"cotizar-enviado", pushed("CotizarView"), replies("/api_cotizar.php", R"({"status":"success"})"),
