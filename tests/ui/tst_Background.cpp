@@ -229,7 +229,7 @@ void BackgroundTest::onlyOneHasTheTurn()
         const auto work = [&] {
             const Background::Turn turn;
             most = std::max<int>(most, ++inside);
-            for (int i = 0; i < 1000; ++i)
+            for (int i = 0; i < 100; ++i)
                 std::this_thread::yield();
             --inside;
             return 0;
