@@ -69,8 +69,7 @@ class KeyboardCustomer(Customer):
 
     def type(self, name, text):
         self.walk_to(name)
-        self.keys("ctrl+a")
-        self.write(text)
+        self.replace(name, text)
 
     def press(self, name, role=None, key="Return"):
         self.walk_to(name)

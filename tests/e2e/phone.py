@@ -257,11 +257,17 @@ class Phone:
     def type(self, name, text):
         """Goes to a field and types on the keyboard."""
         self.focus(name)
+        self.replace(name, text)
+
+    def replace(self, name, text):
+        """Types another text into the field with the focus. Keys take another way to the app than presses do, so this
+        waits until the field has them all."""
         self.keys("ctrl+a")
         if text:
             self.write(text)
         else:
             self.keys("Delete")
+        self.wait_for(lambda: self.find(name).text() in (text, "•" * len(text)), f"the typed text in «{name}»")
 
     def keys(self, *names):
         subprocess.run(["xdotool", "key", "--delay", "4", *names], check=True)
