@@ -67,26 +67,31 @@ private:
 
 void RepliesTest::lateReplyFindsTheViewModelAndLetsItGo_data()
 {
+    QTest::addColumn<QByteArray>("view");
     QTest::addColumn<QByteArray>("path");
     QTest::addColumn<QString>("button");
     QTest::addColumn<QString>("place");
+    const auto row = [](const QByteArray &view, const QByteArray &path, const QString &button, const QString &place) {
+        QTest::newRow(view) << view << path << button << place;
+    };
     const QString none;
-    QTest::newRow("PerfilView") << "/api_perfil.php"_ba << u"guardar"_s << u"msg"_s;
-    QTest::newRow("CotizarView") << "/api_cotizar.php"_ba << u"enviar"_s << u"msg"_s;
-    QTest::newRow("ImportarAutoView") << "/api_auto.php"_ba << u"enviar"_s << u"msg"_s;
-    QTest::newRow("CasilleroView") << "/api_casillero.php"_ba << none << u"info"_s;
-    QTest::newRow("DashboardView") << "/api_paquetes.php"_ba << none << u"buscar"_s;
-    QTest::newRow("MisPaquetesView") << "/api_paquetes.php"_ba << none << u"rows"_s;
-    QTest::newRow("MisCotizacionesView") << "/api_paquetes.php"_ba << none << u"rows"_s;
+    row("PerfilView {}", "/api_perfil.php", u"guardar"_s, u"msg"_s);
+    row("CotizarView {}", "/api_cotizar.php", u"enviar"_s, u"msg"_s);
+    row("ImportarAutoView {}", "/api_auto.php", u"enviar"_s, u"msg"_s);
+    row("CasilleroView {}", "/api_casillero.php", none, u"info"_s);
+    row("DashboardView { screens: ServiceScreens {} }", "/api_paquetes.php", none, u"buscar"_s);
+    row("MisPaquetesView {}", "/api_paquetes.php", none, u"rows"_s);
+    row("MisCotizacionesView {}", "/api_paquetes.php", none, u"rows"_s);
 }
 
 void RepliesTest::lateReplyFindsTheViewModelAndLetsItGo()
 {
+    QFETCH(const QByteArray, view);
     QFETCH(const QByteArray, path);
     QFETCH(const QString, button);
     QFETCH(const QString, place);
     server.hold(path);
-    auto screen = std::make_unique<TestScreen>(TestScreen::alone(QByteArray(QTest::currentDataTag()) + " {}"));
+    auto screen = std::make_unique<TestScreen>(TestScreen::alone(view));
     if (!button.isEmpty())
         screen->press(button);
     waitForRequests(1);
