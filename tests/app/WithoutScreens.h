@@ -1,10 +1,24 @@
 #pragma once
 
+#include <QQmlAbstractUrlInterceptor>
 #include <QQmlEngine>
 #include <QQmlExtensionPlugin>
 
-// The app's modules but for those of the screens, which then cannot be loaded.
 Q_IMPORT_QML_PLUGIN(Marovenda_AppPlugin)
 Q_IMPORT_QML_PLUGIN(Marovenda_UiPlugin)
 
-inline void addModules(QQmlEngine &engine) { engine.addImportPath(QStringLiteral("qrc:/")); }
+/// Loses the file of the screens that follow the splash.
+class WithoutScreens : public QQmlAbstractUrlInterceptor {
+public:
+    QUrl intercept(const QUrl &url, DataType) override
+    {
+        return url.fileName() == QLatin1String("FirstScreens.qml") ? QUrl(QStringLiteral("qrc:/missing.qml")) : url;
+    }
+};
+
+inline void addModules(QQmlEngine &engine)
+{
+    static WithoutScreens files;
+    engine.addUrlInterceptor(&files);
+    engine.addImportPath(QStringLiteral("qrc:/"));
+}
