@@ -3,7 +3,6 @@
 
 #include <QProcess>
 #include <QQmlAbstractUrlInterceptor>
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -37,9 +36,7 @@ class FirstScreensTest : public AppTest {
     Q_OBJECT
 private Q_SLOTS:
     void splashStaysUntilTheyAreLoaded();
-    void appEndsWhereTheyCannotBeLoaded_data();
-    void appEndsWhereTheyCannotBeLoaded();
-    void theirAbsenceIsToldInOneLine();
+    void appSaysInOneLineThatTheyAreMissingAndEnds();
 
 private:
     /// The item that fades.
@@ -78,27 +75,7 @@ void FirstScreensTest::splashStaysUntilTheyAreLoaded()
     QCOMPARE(find(window, "login")->parentItem()->opacity(), 1);
 }
 
-void FirstScreensTest::appEndsWhereTheyCannotBeLoaded_data()
-{
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("qml");
-    QTest::newRow("missing") << 404 << QByteArray();
-    QTest::newRow("malformed") << 200 << QByteArray("import QtQuick\nQtObject {");
-    QTest::newRow("module missing") << 200 << QByteArray("import Marovenda.Other\nQtObject {}");
-}
-
-void FirstScreensTest::appEndsWhereTheyCannotBeLoaded()
-{
-    QFETCH(int, status);
-    QFETCH(QByteArray, qml);
-    server.reply("/FirstScreens.qml", qml, status);
-    start(&m_fromServer);
-    QSignalSpy ended(m_engine.get(), &QQmlEngine::exit);
-    QTRY_COMPARE(ended.size(), 1);
-    QCOMPARE(ended.first().first().toInt(), 1);
-}
-
-void FirstScreensTest::theirAbsenceIsToldInOneLine()
+void FirstScreensTest::appSaysInOneLineThatTheyAreMissingAndEnds()
 {
     QProcess app;
     app.start(QStringLiteral(MAROVENDA_WITHOUT_SCREENS), QStringList());
