@@ -30,17 +30,12 @@ FAULTS = [
     (L, {**LOGIN, "id": 42}, "id: number, must be text"),
     (L, [LOGIN], "the reply: array, must be object"),
     (P, row("paquetes", 17, tracking=123), "paquetes[17].tracking: number, must be text"),
-    (P, row("cotizaciones", 2, origen=False), "cotizaciones[2].origen: boolean, must be text"),
     (P, {**LISTING, "paquetes": {"0": {}}}, "paquetes: object, must be array"),
-    (P, {**LISTING, "paquetes": [{}, None]}, "paquetes[1]: null, must be object"),
     # documents
     (P, b"<br />\n<b>Warning</b>: x in y.php\n" + b'{"paquetes":[]}',
      'line 1, byte 0: text before the JSON: "<br /> <b>Warning</b>: x in y.php {"paqu…"'),
     (P, b'\n\n  Notice {"paquetes":[]}', 'line 3, byte 2: text before the JSON: "Notice {"paquetes":[]}"'),
-    (P, b'[21-Nov] PHP Notice\n{"paquetes":[]}',
-     'line 1, byte 0: text before the JSON: "[21-Nov] PHP Notice {"paquetes":[]}"'),
     (P, b'{"paquetes":[]}\n<!-- 3 ms -->', 'line 2, byte 0: text after the JSON: "<!-- 3 ms -->"'),
-    (P, b'{"paquetes":[]}{"paquetes":[]}', 'line 1, byte 15: text after the JSON: "{"paquetes":[]}"'),
     (P, b"<!DOCTYPE html>\n<html></html>",
      'line 1, byte 0: an HTML page, not JSON: "<!DOCTYPE html> <html></html>"'),
     (P, b" \n ", "line 1, byte 0: only blanks"),
@@ -63,8 +58,6 @@ FAULTS = [
     (P, '{"paquetes":[]}'.encode("utf-16"), "line 1, byte 0: UTF-16 text, must be UTF-8"),
     # rules
     (L, without(LOGIN, "id"), "id: absent, signs nobody in"),
-    (L, {**LOGIN, "id": ""}, 'id: "", signs nobody in'),
-    (L, {**LOGIN, "id": " 42"}, 'id: " 42", signs nobody in'),
     (L, {**LOGIN, "status": "Success"}, 'status: "Success" counts as a failure'),
     (L, without(LOGIN, "status"), "status: absent, which counts as a failure"),
     (C, without(CASILLERO, "nombreCompleto"), 'nombreCompleto: absent, shown as "Error"'),
@@ -85,10 +78,7 @@ WARNINGS = [
      'cotizaciones: absent, shown as "0 Cotizaciones" and "No tienes cotizaciones registradas."'),
     (P, {**without(LISTING, "paquetes"), "paquetes": LISTING["paquetes"], "Paquetes": []},
      'Paquetes: ignored by the app, which reads "paquetes"'),
-    (P, row("paquetes", 0, fechaRecibido="x"),
-     'paquetes[0].fechaRecibido: ignored by the app, which reads "fecha_recibido"'),
     (C, {**CASILLERO, "nombre_completo": "x"}, 'nombre_completo: ignored by the app, which reads "nombreCompleto"'),
-    (C, {**CASILLERO, "nombreCompleto": ""}, "nombreCompleto: empty, shown as nothing"),
     (P, b'{"paquetes":[],"paquetes":[{"tracking":"A","tracking":"B"}],"cotizaciones":[]}',
      "paquetes: duplicate key; the last one counts"),
     (P, row("paquetes", 1, descripcion="ni\ufffdo"),
@@ -103,7 +93,6 @@ NOTES = [
     (L, {**LOGIN, "id": "+42"}, 'id: "+42" signs in as 42'),
     (P, row("paquetes", 5, descripcion=...), 'paquetes[5].descripcion: absent, shown as "Sin descripción"'),
     (P, row("paquetes", 5, estado=None), 'paquetes[5].estado: absent, shown as "RECIBIDO"'),
-    (P, row("paquetes", 5, estado=""), "paquetes[5].estado: empty, shown as nothing"),
     (P, row("paquetes", 5, tracking="N/A"), 'paquetes[5].tracking: "N/A": a tap on the row opens nothing'),
     (P, row("cotizaciones", 1, origen=...), 'cotizaciones[1].origen: absent, shown as "N/A"'),
     (P, row("cotizaciones", 1, descripcion=...),
@@ -203,7 +192,6 @@ class RecordsTest(ProgramTest):
         for endpoint in ("api_cotizar.php", "api_auto.php", "api_perfil.php", "api_recuperar.php"):
             for reply, line in [
                 ({"status": "error", "message": "Espere"}, 'status: "error": the service refuses, saying "Espere"'),
-                ({"status": "OK", "message": "Espere"}, 'status: "OK" counts as a failure'),
                 ({"message": "Espere"}, "status: absent, which counts as a failure"),
             ]:
                 with self.subTest(endpoint + line), Server({endpoint: reply}) as server:

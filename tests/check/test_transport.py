@@ -6,13 +6,12 @@ import ssl
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from namespaces import apart
 from program import ProgramTest, faults, notes, warnings
-from server import CASILLERO, LISTING, LOGIN, Reply, Server, body, packed, silent
+from server import LISTING, LOGIN, Reply, Server, body, packed, silent
 
 P, C = "api_paquetes.php", "api_casillero.php"
 HTML = b"<html>502</html>"
@@ -20,19 +19,14 @@ HTML_FAULT = 'line 1, byte 0: an HTML page, not JSON: "<html>502</html>"'
 
 FAULTS = [
     (Reply(b""), ["HTTP 200: an empty body"]),
-    (Reply(b"", "500 Error"), ["HTTP 500: an empty body"]),
     (Reply(HTML, "502 Bad Gateway", type="text/html"), [HTML_FAULT, "HTTP 502: with a body that is not the reply"]),
     (Reply(b"", "302 Found", ["Location: https://elsewhere.example/a"]),
      ['HTTP 302: redirects to "https://elsewhere.example/a", which the app does not follow']),
-    (Reply(HTML, "301 Moved", ["Location: /new/"]),
-     [HTML_FAULT, 'HTTP 301: redirects to "/new/", which the app does not follow']),
     (Reply(b"", "401 Unauthorized", ['WWW-Authenticate: Basic realm="x"']),
      ["HTTP 401: asks for credentials that the app does not have"]),
     (Reply(raw=b""), ["connection: no HTTP reply: Connection closed"]),
-    (Reply(raw=b"SSH-2.0-OpenSSH\r\n\r\n"), ["connection: no HTTP reply: "]),
     (Reply(b'{"paquetes":[', length=1000),
      ["line 1, byte 13: the document is incomplete", "connection: broke after 13 bytes of 1000 announced: "]),
-    (Reply(b'{"paquetes":[]}', length=5), ["line 1, byte 5: the document is incomplete"]),
     (Reply(raw=b"HTTP/1.1 200 OK\r\nContent-Length: 1000000000\r\n\r\n{"),
      ["size: more than 64 MiB of body, which the app drops"]),
     (Reply(b"no gzip at all", headers=["Content-Encoding: gzip"]), ["connection: the reply is lost: Decompression failed"]),
@@ -80,19 +74,10 @@ class TransportTest(ProgramTest):
                          ("gzip", len(body(LISTING)), 200))
 
     def test_silence_is_named_with_how_long_the_app_waits(self):
-        for reply in (silent(), silent(b"HTTP/1.1 200 OK\r\nContent-Le")):
-            with Server({C: reply}) as server:
-                report = self.check(server, "--timeout", "1", status=1)
-            self.assertEqual(faults(report), [
-                f"{C}: time: no byte moved for 1 second; the app waits 60 seconds without showing progress"])
-
-    def test_slow_reply_is_a_warning(self):
-        def slowly(_):
-            time.sleep(5.1)  # what is tested is the time
-            return CASILLERO
-        with Server({C: slowly}) as server:
-            report = self.check(server, status=0)
-        self.assertRegex(warnings(report)[0], rf"^{C}: time: 5\.\d s until the reply; the app shows no progress$")
+        with Server({C: silent()}) as server:
+            report = self.check(server, "--timeout", "1", status=1)
+        self.assertEqual(faults(report), [
+            f"{C}: time: no byte moved for 1 second; the app waits 60 seconds without showing progress"])
 
     def test_nobody_there_is_a_status_of_its_own(self):
         with Server() as server:
@@ -184,12 +169,6 @@ class TlsTest(ProgramTest):
             report = self.trusted(server, status=0)
         self.assertEqual([each["what"] for each in report["findings"]],
                          ["the certificate expires in 5 days; the app refuses it then"])
-
-    def test_certificate_of_another_host_is_refused(self):
-        with Server(tls=self.certificate("other", "other.example", ["-days", "300"])) as server:
-            report = self.trusted(server, status=1)
-            self.assertEqual(server.requests, [])
-        self.assertIn("host name did not match", report["findings"][0]["what"].lower())
 
     def test_unknown_authority_is_refused(self):
         with Server(tls=self.certificate("strange", "localhost", ["-days", "300"])) as server:
