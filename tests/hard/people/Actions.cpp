@@ -15,7 +15,7 @@ QString someText(quint32 choice)
 Reply someReply(const QByteArray &path, quint32 choice)
 {
     Reply reply;
-    const bool listing = path == "/api_paquetes.php";
+    const bool listing = path == "paquetes";
     switch (choice % 7) {
     case 0:
         // The platform may repeat a GET whose connection dies.
@@ -50,52 +50,15 @@ Reply someReply(const QByteArray &path, quint32 choice)
     return reply;
 }
 
-/// What a customer fills in on a screen, and what sends it.
-struct Form {
-    QStringList fields;
-    QString button;
-};
-
-const Form &formOf(Kind kind)
-{
-    static const QHash<Kind, Form> forms{
-        {Kind::Login, {{u"email"_s, u"pass"_s}, u"iniciarSesion"_s}},
-        {Kind::Registro, {{u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}, u"registrar"_s}},
-        {Kind::Dashboard, {{u"trackingText"_s}, u"buscar"_s}},
-        {Kind::Cotizar, {{u"peso"_s, u"valor"_s, u"descripcion"_s}, u"enviar"_s}},
-        {Kind::Autos, {{u"marca"_s, u"modelo"_s, u"anio"_s, u"ubicacion"_s}, u"enviar"_s}},
-        {Kind::Perfil, {{u"nombre"_s, u"email"_s}, u"guardar"_s}},
-    };
-    static const Form none;
-    const auto found = forms.find(kind);
-    return found == forms.end() ? none : *found;
-}
-
-/// What is pressed to come from a screen to another.
-QList<std::pair<QString, Kind>> entrancesOf(Kind kind)
-{
-    if (kind == Kind::Login)
-        return {{u"registro"_s, Kind::Registro}};
-    if (kind != Kind::Dashboard)
-        return {};
-    return {{u"CasilleroTile"_s, Kind::Casillero},
-            {u"CotizarTile"_s, Kind::Cotizar},
-            {u"AutosTile"_s, Kind::Autos},
-            {u"PerfilTile"_s, Kind::Perfil},
-            {u"DevTile"_s, Kind::Dev},
-            {u"paqueteCount"_s, Kind::Paquetes},
-            {u"cotizacionCount"_s, Kind::Cotizaciones}};
-}
-
 Action press(const QString &button, const std::function<void(Model &)> &predict)
 {
     return {u"press "_s + button, [=](Device &device) { device.tap(button); }, predict};
 }
 
-Action type(const QString &field, const QString &modelsField, const QString &text)
+Action type(const QString &field, const QString &text)
 {
     return {u"type \"%1\" into %2"_s.arg(text, field), [=](Device &device) { device.type(field, text); },
-            [=](Model &model) { model.type(modelsField, text); }};
+            [=](Model &model) { model.type(field, text); }};
 }
 
 Action goBack(const Model &model, quint32 choice)
@@ -114,7 +77,7 @@ Action goBack(const Model &model, quint32 choice)
 QList<Action> inAlert(const QString &text)
 {
     const auto close = [](Model &model) { model.top().alert = false; };
-    return {type(u"alertInput"_s, u"recuperarEmail"_s, text),
+    return {type(u"alertInput"_s, text),
             press(u"aceptar"_s, [](Model &model) { model.sendRecovery(); }),
             press(u"cancelar"_s, close),
             {u"Escape in the alert"_s, [](Device &device) { device.key(Qt::Key_Escape); }, close}};
@@ -124,18 +87,21 @@ QList<Action> onScreen(const Model &model, quint32 choice)
 {
     const Kind kind = model.top().kind;
     QList<Action> all;
-    const Form &form = formOf(kind);
-    for (const QString &field : form.fields)
-        all += type(field, field, someText(choice));
+    const QString button = Model::formOf(kind).button;
+    for (const QString &field : Model::fieldsOf(kind))
+        all += type(field, someText(choice));
     // As likely as the typing, or few forms would ever be sent.
-    for (int times = form.button.isEmpty() ? 0 : 3; times > 0; --times)
-        all += press(form.button, [](Model &of) { of.press(); });
-    for (const auto &[entrance, screen] : entrancesOf(kind))
-        all += press(entrance, [=](Model &of) { of.push(screen); });
+    for (int times = button.isEmpty() ? 0 : 3; times > 0; --times)
+        all += press(button, [](Model &of) { of.press(); });
+    for (const Model::Page &next : Model::pages()) {
+        const Kind from = next.kind == Kind::Registro ? Kind::Login : Kind::Dashboard;
+        if (kind == from && !next.entrance.isEmpty())
+            all += press(next.entrance, [screen = next.kind](Model &of) { of.push(screen); });
+    }
     if (kind == Kind::Login)
         all += press(u"recuperar"_s, [](Model &of) {
             of.top().alert = true;
-            of.top().fields[u"recuperarEmail"_s].clear();
+            of.top().fields[u"alertInput"_s].clear();
         });
     if (kind == Kind::Dashboard) {
         all += press(u"cerrarSesion"_s, [](Model &of) { of.signOut(); });

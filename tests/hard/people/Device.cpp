@@ -122,12 +122,6 @@ QQuickItem *Device::find(const QString &objectName) const
     return on ? search(on, [&](const QQuickItem *item) { return item->objectName() == objectName; }) : nullptr;
 }
 
-QString Device::textOf(const QString &objectName) const
-{
-    const QQuickItem *const item = find(objectName);
-    return item ? item->property("text").toString() : QString();
-}
-
 void Device::tap(const QString &objectName)
 {
     QQuickItem *const item = find(objectName);
@@ -195,67 +189,20 @@ QString Device::settle(const Model &model)
     return {};
 }
 
-QString Device::fieldDifference(const Model::Screen &screen) const
-{
-    QString all;
-    for (auto field = screen.fields.begin(); field != screen.fields.end(); ++field) {
-        if (field.key() != u"recuperarEmail"_s)
-            all += differs(field.key(), textOf(field.key()), field.value());
-    }
-    const QQuickItem *const line = find(u"msg"_s);
-    all += differs(u"message"_s, line ? line->property("text").toString() : QString(), screen.msg);
-    return all;
-}
-
-QString Device::listDifference(const Model::Screen &screen) const
-{
-    const auto count = [this](const QString &name, const char *property) {
-        const QQuickItem *const item = find(name);
-        return item ? item->property(property).toString() : u"nowhere"_s;
-    };
-    switch (screen.kind) {
-    case Model::Kind::Dashboard:
-        return differs(u"count of packages"_s, count(u"paqueteCount"_s, "count"), QString::number(screen.paquetes)) +
-               differs(u"count of quotations"_s, count(u"cotizacionCount"_s, "count"),
-                       QString::number(screen.cotizaciones));
-    case Model::Kind::Paquetes:
-        return differs(u"rows"_s, count(u"rows"_s, "count"), QString::number(screen.paquetes));
-    case Model::Kind::Cotizaciones:
-        return differs(u"rows"_s, count(u"rows"_s, "count"), QString::number(screen.cotizaciones));
-    default:
-        return {};
-    }
-}
-
 QString Device::difference(const Model &model) const
 {
-    static const QHash<Model::Kind, QString> marks{
-        {Model::Kind::Login, u"iniciarSesion"_s}, {Model::Kind::Registro, u"registrar"_s},
-        {Model::Kind::Dashboard, u"greeting"_s},  {Model::Kind::Casillero, u"info"_s},
-        {Model::Kind::Cotizar, u"peso"_s},        {Model::Kind::Autos, u"marca"_s},
-        {Model::Kind::Perfil, u"guardar"_s},      {Model::Kind::Dev, u"sitio"_s},
-        {Model::Kind::Paquetes, u"rows"_s},       {Model::Kind::Cotizaciones, u"rows"_s},
-    };
-    const Model::Screen &screen = model.top();
-    if (!find(marks[screen.kind]))
-        return u"the screen with %1 is not on show"_s.arg(marks[screen.kind]);
+    const QString &mark = Model::pageOf(model.top().kind).mark;
+    if (!find(mark))
+        return u"the screen with %1 is not visible"_s.arg(mark);
     Session &session = Session::instance();
     QString all =
         differs(u"depth"_s, container()->property("depth").toString(), QString::number(model.stack.size())) +
         differs(u"user_id"_s, QString::number(session.userId()), QString::number(model.user)) +
         differs(u"user_nombre"_s, session.userNombre(), model.nombre) +
-        differs(u"user_email"_s, session.userEmail(), model.email) + fieldDifference(screen) + listDifference(screen);
-    if (screen.kind == Model::Kind::Dashboard)
-        all += differs(u"greeting"_s, textOf(u"greeting"_s), u"Hola, "_s + model.nombre);
-    if (screen.kind == Model::Kind::Casillero)
-        all += differs(u"info"_s, textOf(u"info"_s), screen.info);
-    if (screen.kind == Model::Kind::Perfil)
-        all += differs(u"nombre"_s, textOf(u"nombre"_s), model.nombre);
-    if (screen.kind == Model::Kind::Cotizar)
-        all += differs(u"tipo"_s, find(u"tipo"_s)->property("selection").toString(), screen.tipo);
-    if (screen.kind == Model::Kind::Login) {
-        const bool alert = find(u"recuperarDialog"_s) && find(u"recuperarDialog"_s)->property("shown").toBool();
-        all += differs(u"alert"_s, alert ? u"open"_s : u"closed"_s, screen.alert ? u"open"_s : u"closed"_s);
+        differs(u"user_email"_s, session.userEmail(), model.email);
+    for (const auto &[name, property, value] : model.shown()) {
+        const QQuickItem *const item = find(name);
+        all += differs(name, item ? item->property(property).toString() : QString(), value);
     }
     return all;
 }

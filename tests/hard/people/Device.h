@@ -36,9 +36,6 @@ private:
     QQuickItem *page() const;
     QQuickItem *container() const;
     QQuickItem *find(const QString &objectName) const;
-    QString textOf(const QString &objectName) const;
-    QString fieldDifference(const Model::Screen &screen) const;
-    QString listDifference(const Model::Screen &screen) const;
     static bool wait(const std::function<bool()> &come);
 
     QQmlApplicationEngine m_engine;

@@ -54,6 +54,47 @@ QByteArray Reply::bytes() const
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
+const QList<Model::Page> &Model::pages()
+{
+    static const QList<Page> all{
+        {Kind::Login, u"iniciarSesion"_s, {}},
+        {Kind::Registro, u"registrar"_s, u"registro"_s},
+        {Kind::Dashboard, u"greeting"_s, {}, "paquetes"},
+        {Kind::Casillero, u"info"_s, u"CasilleroTile"_s, "casillero"},
+        {Kind::Cotizar, u"peso"_s, u"CotizarTile"_s},
+        {Kind::Autos, u"marca"_s, u"AutosTile"_s},
+        {Kind::Perfil, u"guardar"_s, u"PerfilTile"_s},
+        {Kind::Dev, u"sitio"_s, u"DevTile"_s},
+        {Kind::Paquetes, u"rows"_s, u"paqueteCount"_s, "paquetes"},
+        {Kind::Cotizaciones, u"rows"_s, u"cotizacionCount"_s, "paquetes"},
+    };
+    return all;
+}
+
+const Model::Page &Model::pageOf(Kind kind) { return *std::ranges::find(pages(), kind, &Page::kind); }
+
+Model::Form Model::formOf(Kind kind)
+{
+    static const QList<Form> forms{
+        {Kind::Login, u"email pass"_s, u"iniciarSesion"_s, "login", {}, u"Error de credenciales"_s},
+        {Kind::Registro,
+         u"nom email direccion ciudad pass"_s,
+         u"registrar"_s,
+         "registro",
+         {},
+         u"Error al registrar"_s},
+        {Kind::Dashboard, u"trackingText"_s, u"buscar"_s},
+        {Kind::Cotizar, u"peso valor descripcion"_s, u"enviar"_s, "cotizar", u"Enviado con éxito"_s,
+         u"Error al cotizar"_s},
+        {Kind::Autos, u"marca modelo anio ubicacion"_s, u"enviar"_s, "auto", u"Solicitud enviada"_s,
+         u"Error al enviar"_s},
+        {Kind::Perfil, u"nombre email"_s, u"guardar"_s, "perfil", u"Perfil actualizado con éxito"_s,
+         u"Error al actualizar"_s},
+    };
+    const auto found = std::ranges::find(forms, kind, &Form::kind);
+    return found == forms.end() ? Form{kind, {}, {}} : *found;
+}
+
 void Model::showRoot()
 {
     stack = {std::make_shared<Screen>(Screen{user == 0 ? Kind::Login : Kind::Dashboard})};
@@ -70,16 +111,8 @@ void Model::setUser(qint64 id)
 
 void Model::appear()
 {
-    switch (top().kind) {
-    case Kind::Dashboard:
-    case Kind::Paquetes:
-    case Kind::Cotizaciones:
-        return request("/api_paquetes.php");
-    case Kind::Casillero:
-        return request("/api_casillero.php");
-    default:
-        return;
-    }
+    if (const QByteArray &path = pageOf(top().kind).appears; !path.isEmpty())
+        request(path);
 }
 
 void Model::request(const QByteArray &path)
@@ -110,29 +143,17 @@ void Model::type(const QString &field, const QString &text)
 
 void Model::press()
 {
-    switch (top().kind) {
-    case Kind::Login:
-        if (top().fields[u"email"_s].isEmpty() || top().fields[u"pass"_s].isEmpty()) {
-            top().msg = u"Completa los campos"_s;
-            return;
-        }
-        return request("/api_login.php");
-    case Kind::Registro:
+    if (top().kind == Kind::Registro)
         return register_();
-    case Kind::Cotizar:
-        return request("/api_cotizar.php");
-    case Kind::Autos:
-        return request("/api_auto.php");
-    case Kind::Perfil:
-        return request("/api_perfil.php");
-    default:
-        return;
-    }
+    if (top().kind == Kind::Login && (top().fields[u"email"_s].isEmpty() || top().fields[u"pass"_s].isEmpty()))
+        top().msg = u"Completa los campos"_s;
+    else if (const QByteArray path = formOf(top().kind).sends; !path.isEmpty())
+        request(path);
 }
 
 void Model::register_()
 {
-    for (const QString &field : {u"nom"_s, u"email"_s, u"direccion"_s, u"ciudad"_s, u"pass"_s}) {
+    for (const QString &field : fieldsOf(Kind::Registro)) {
         if (top().fields[field].trimmed().isEmpty()) {
             top().msg = u"Por favor completa todos los campos"_s;
             return;
@@ -142,36 +163,35 @@ void Model::register_()
         top().msg = u"La contraseña debe incluir al menos una mayúscula y un carácter especial"_s;
         return;
     }
-    request("/api_registro.php");
+    request("registro");
 }
 
 void Model::sendRecovery()
 {
     top().alert = false;
-    if (!top().fields[u"recuperarEmail"_s].isEmpty())
-        request("/api_recuperar.php");
+    if (!top().fields[u"alertInput"_s].isEmpty())
+        request("recuperar");
 }
 
 void Model::answer(qsizetype index, const Reply &reply)
 {
     const Pending request = pending.takeAt(index);
     Screen &screen = *request.screen;
-    if (request.path == "/api_login.php")
-        signInAnswered(request, reply, u"Error de credenciales"_s);
-    else if (request.path == "/api_registro.php")
-        signInAnswered(request, reply, u"Error al registrar"_s);
-    else if (request.path == "/api_recuperar.php")
+    const Form form = formOf(screen.kind);
+    if (request.path == "login" || request.path == "registro") {
+        signInAnswered(request, reply, form.failure);
+    } else if (request.path == "recuperar") {
         screen.msg = reply.present() && reply.message ? *reply.message : u"Solicitud procesada"_s;
-    else if (request.path == "/api_paquetes.php")
-        listingAnswered(screen, reply);
-    else if (request.path == "/api_casillero.php")
+    } else if (request.path == "paquetes") {
+        screen.paquetes = reply.present() ? reply.paquetes.value_or(0) : 0;
+        screen.cotizaciones = reply.present() ? reply.cotizaciones.value_or(0) : 0;
+    } else if (request.path == "casillero") {
         screen.info = reply.present() && reply.nombreCompleto ? *reply.nombreCompleto : u"Error"_s;
-    else if (request.path == "/api_cotizar.php")
-        quotationAnswered(screen, reply);
-    else if (request.path == "/api_auto.php")
-        screen.msg = reply.success() ? u"Solicitud enviada"_s : u"Error al enviar"_s;
-    else
-        screen.msg = reply.success() ? u"Perfil actualizado con éxito"_s : u"Error al actualizar"_s;
+    } else {
+        screen.msg = reply.success() ? form.success : form.failure;
+        if (reply.success() && screen.kind == Kind::Cotizar)
+            screen.fields.clear();
+    }
 }
 
 void Model::signInAnswered(const Pending &request, const Reply &reply, const QString &failure)
@@ -186,17 +206,27 @@ void Model::signInAnswered(const Pending &request, const Reply &reply, const QSt
     email = registration ? request.sent[u"email"_s].trimmed() : request.screen->fields[u"email"_s];
 }
 
-void Model::listingAnswered(Screen &screen, const Reply &reply)
+QList<Model::Shown> Model::shown() const
 {
-    screen.paquetes = reply.present() ? reply.paquetes.value_or(0) : 0;
-    screen.cotizaciones = reply.present() ? reply.cotizaciones.value_or(0) : 0;
-}
-
-void Model::quotationAnswered(Screen &screen, const Reply &reply)
-{
-    screen.msg = reply.success() ? u"Enviado con éxito"_s : u"Error al cotizar"_s;
-    if (reply.success()) {
-        for (const QString &field : {u"peso"_s, u"valor"_s, u"descripcion"_s})
-            screen.fields[field].clear();
+    const Screen &screen = top();
+    QList<Shown> all{{u"msg"_s, "text", screen.msg},
+                     {u"recuperarDialog"_s, "shown", screen.alert ? u"true"_s : QString()}};
+    for (const QString &field : fieldsOf(screen.kind))
+        all.append({field, "text", field == u"nombre"_s ? nombre : screen.fields.value(field)});
+    switch (screen.kind) {
+    case Kind::Dashboard:
+        return all += {{u"greeting"_s, "text", u"Hola, "_s + nombre},
+                       {u"paqueteCount"_s, "count", QString::number(screen.paquetes)},
+                       {u"cotizacionCount"_s, "count", QString::number(screen.cotizaciones)}};
+    case Kind::Casillero:
+        return all += {u"info"_s, "text", screen.info};
+    case Kind::Cotizar:
+        return all += {u"tipo"_s, "selection", screen.tipo};
+    case Kind::Paquetes:
+        return all += {u"rows"_s, "count", QString::number(screen.paquetes)};
+    case Kind::Cotizaciones:
+        return all += {u"rows"_s, "count", QString::number(screen.cotizaciones)};
+    default:
+        return all;
     }
 }

@@ -41,6 +41,30 @@ public:
     };
     using ScreenPtr = std::shared_ptr<Screen>;
 
+    struct Page {
+        Kind kind;
+        /// An item that only screens of this kind have, and the item that opens them; empty for a first screen.
+        QString mark;
+        QString entrance;
+        /// What they request when they appear.
+        QByteArray appears{};
+    };
+    static const QList<Page> &pages();
+    static const Page &pageOf(Kind kind);
+
+    /// What a customer fills in on screens of a kind, what sends it, and what they say afterwards.
+    struct Form {
+        Kind kind;
+        QString fields;
+        QString button;
+        QByteArray sends{};
+        QString success{};
+        QString failure{};
+    };
+    /// Without fields for a kind that has no form.
+    static Form formOf(Kind kind);
+    static QStringList fieldsOf(Kind kind) { return formOf(kind).fields.split(u' ', Qt::SkipEmptyParts); }
+
     /// A request without its reply, and the screen that waits for it, which may have gone.
     struct Pending {
         QByteArray path;
@@ -67,6 +91,14 @@ public:
     void sendRecovery();
     void signOut() { setUser(0); }
     void answer(qsizetype index, const Reply &reply);
+    /// The value of a property of a named item; empty where the item is not visible.
+    struct Shown {
+        QString item;
+        const char *property;
+        QString value;
+    };
+    /// All that the top screen should show.
+    QList<Shown> shown() const;
 
 private:
     void showRoot();
@@ -75,6 +107,4 @@ private:
     void request(const QByteArray &path);
     void register_();
     void signInAnswered(const Pending &request, const Reply &reply, const QString &failure);
-    static void listingAnswered(Screen &screen, const Reply &reply);
-    static void quotationAnswered(Screen &screen, const Reply &reply);
 };

@@ -53,24 +53,10 @@ QString play(Device &device, const Steps &steps, QStringList *told = nullptr)
     return {};
 }
 
-/// The shortest sequence that still fails and is this one with steps left out.
-Steps shrunk(Device &device, Steps steps)
-{
-    for (qsizetype i = 0; i < steps.size();) {
-        Steps shorter = steps;
-        shorter.removeAt(i);
-        if (play(device, shorter).isEmpty())
-            ++i;
-        else
-            steps = shorter;
-    }
-    return steps;
-}
-
 void explain(Device &device, quint32 seed)
 {
     QStringList told;
-    const QString wrong = play(device, shrunk(device, stepsOf(seed)), &told);
+    const QString wrong = play(device, stepsOf(seed), &told);
     std::fprintf(stderr, "MAROVENDA_SEED=%u: %s\n  %s\n", seed, qUtf8Printable(wrong),
                  qUtf8Printable(told.join(u"\n  "_s)));
 }
