@@ -7,12 +7,11 @@ https://www.w3.org/Graphics/GIF/spec-gif89a.txt.
 
 import collections
 import functools
-import gzip
 import struct
 import zlib
 
-# Its name, whether it has to show (None: as it may), whether it is tried in the quick form, and what makes its bytes.
-Bomb = collections.namedtuple("Bomb", "name shows quick make")
+# Its name, whether it has to show (None: as it may), and what makes its bytes.
+Bomb = collections.namedtuple("Bomb", "name shows make")
 LARGE = 16384
 
 
@@ -51,23 +50,17 @@ def torn_png(count):
 
 
 def pngs():
-    text = deflated_zeros(8 << 20)
-    yield Bomb("png 30,000 x 30,000", False, True, lambda: png(30000, 30000, data=bytes(1000)))
-    yield Bomb("png 2^31 - 1 squared", False, True, lambda: png(2**31 - 1, 2**31 - 1, data=bytes(1000)))
+    yield Bomb("png 30,000 x 30,000", False, lambda: png(30000, 30000, data=bytes(1000)))
+    yield Bomb("png 2^31 - 1 squared", False, lambda: png(2**31 - 1, 2**31 - 1, data=bytes(1000)))
     for width, height in ((LARGE, 1), (1, LARGE), (LARGE, 7), (8000, 4000)):
-        yield Bomb(f"png {width} x {height}", True, True, lambda width=width, height=height: png(width, height))
-    yield Bomb("png 16,384 x 4,096, 16 bits", None, False, lambda: png(LARGE, 4096, depth=16))
-    yield Bomb("png 16,384 x 16,384 of one bit", None, False, lambda: png(LARGE, LARGE, 0, 1))
-    yield Bomb("png 8,000 x 6,000 interlaced", None, False, lambda: png(8000, 6000, 2, interlaced=1))
-    yield Bomb("png 4,000 x 3,000 interlaced", True, False, lambda: png(4000, 3000, 2, interlaced=1))
-    yield Bomb("png of compressed texts", True, True, lambda: small_png((b"zTXt", b"k\0\0" + text), count=180))
-    yield Bomb("png of international texts", True, False,
-               lambda: small_png((b"iTXt", b"k\0\1\0\0\0" + text), count=120))
-    yield Bomb("png with a profile of 1 GB", True, False, lambda: small_png((b"iCCP", b"p\0\0" + deflated_zeros(1 << 30))))
-    yield Bomb("png of 500,000 unknown chunks", True, False, lambda: small_png((b"teSt",), count=500000))
-    yield Bomb("png torn in 20 pieces", None, True, lambda: torn_png(0))
-    yield Bomb("png torn in 2,000,000 pieces", None, False, lambda: torn_png(2000000))
-    yield Bomb("png with 1 GB after its last row", None, False, lambda: png(40, 40, extra=1 << 30))
+        yield Bomb(f"png {width} x {height}", True, lambda width=width, height=height: png(width, height))
+    yield Bomb("png 4,000 x 3,000 interlaced", True, lambda: png(4000, 3000, 2, interlaced=1))
+    yield Bomb("png of compressed texts", True,
+               lambda: small_png((b"zTXt", b"k\0\0" + deflated_zeros(8 << 20)), count=180))
+    yield Bomb("png with a profile of 512 MB", True, lambda: small_png((b"iCCP", b"p\0\0" + deflated_zeros(1 << 29))))
+    yield Bomb("png torn in 20 pieces", None, lambda: torn_png(0))
+    yield Bomb("png torn in 200,000 pieces", None, lambda: torn_png(200000))
+    yield Bomb("png with 512 MB after its last row", None, lambda: png(40, 40, extra=1 << 29))
 
 
 def segment(marker, data=b""):
@@ -88,24 +81,20 @@ def jpeg(good, size=None, segments=b"", scans=1):
 
 
 def jpegs(baseline, progressive):
-    def add(name, shows, quick, *arguments, **more):
-        return Bomb("jpeg " + name, shows, quick, lambda: jpeg(*arguments, **more))
+    def add(name, shows, *arguments, **more):
+        return Bomb("jpeg " + name, shows, lambda: jpeg(*arguments, **more))
 
-    yield add("65,500 x 65,500", False, True, baseline, (65500, 65500))
+    yield add("65,500 x 65,500", False, baseline, (65500, 65500))
     for size in ((LARGE, LARGE), (LARGE, 1), (1, LARGE), (300, LARGE)):
-        yield add(f"{size[0]} x {size[1]}", None, True, baseline, size)
+        yield add(f"{size[0]} x {size[1]}", None, baseline, size)
     # Too many coefficients, just few enough, too many scans.
-    yield add("10,000 x 10,000, progressive", False, True, progressive, (10000, 10000))
-    yield add("8,000 x 6,000, progressive", True, True, progressive, (8000, 6000))
-    yield add("16,384 x 16,384, progressive", False, True, progressive, (LARGE, LARGE))
-    yield add("of 20,000 scans", False, True, progressive, (4000, 4000), scans=20000)
-    yield add("of 1,000,000 comments", True, True, baseline, segments=segment(0xFE) * 1000000)
-    yield add("with 40 MB of comments", True, False, baseline, segments=segment(0xFE, b"x" * 65000) * 620)
-    yield add("with 40 MB of notes", True, False, baseline, segments=exif(b"\0" * 65000) * 620)
-    yield add("with a profile of 16 MB", True, False, baseline, segments=b"".join(
-        segment(0xE2, b"ICC_PROFILE\0" + bytes([i, 255]) + bytes(65000)) for i in range(1, 256)))
-    yield add("torn by 1,000,000 comments", None, False, baseline, segments=(segment(0xFE) + segment(0xE9)) * 1000000)
-    yield add("with notes in a circle", True, True, baseline, segments=exif(struct.pack(">IHI", 8, 0, 8)))
+    yield add("10,000 x 10,000, progressive", False, progressive, (10000, 10000))
+    yield add("8,000 x 6,000, progressive", True, progressive, (8000, 6000))
+    yield add("16,384 x 16,384, progressive", False, progressive, (LARGE, LARGE))
+    yield add("of 20,000 scans", False, progressive, (4000, 4000), scans=20000)
+    yield add("of 1,000,000 comments", True, baseline, segments=segment(0xFE) * 1000000)
+    yield add("with 40 MB of notes", True, baseline, segments=exif(b"\0" * 65000) * 620)
+    yield add("with notes in a circle", True, baseline, segments=exif(struct.pack(">IHI", 8, 0, 8)))
 
 
 def riff(kind, data):
@@ -139,18 +128,14 @@ def moving_webp(width, height, frame, count):
 
 
 def webps():
-    yield Bomb("webp 16,383 x 16,383", False, True, lambda: webp(16383, 16383))
-    yield Bomb("webp 8,192 x 8,192", None, True, lambda: webp(8192, 8192))
+    yield Bomb("webp 16,383 x 16,383", False, lambda: webp(16383, 16383))
+    yield Bomb("webp 8,192 x 8,192", None, lambda: webp(8192, 8192))
     for width, height in ((4000, 3000), (16383, 1), (1, 16383), (16383, 9)):
-        yield Bomb(f"webp {width} x {height}", True, True, lambda width=width, height=height: webp(width, height))
-    yield Bomb("webp of 1,000,000 frames", None, False, lambda: moving_webp(1, 1, 1, 1000000))
-    yield Bomb("webp of 16,383 x 16,383, one small frame", False, False, lambda: moving_webp(16383, 16383, 1, 1))
-    yield Bomb("webp of 5,000 x 5,000, moving", None, False, lambda: moving_webp(5000, 5000, 5000, 2))
-    for name, kind, flag in (("profile", b"ICCP", 0x20), ("notes", b"EXIF", 0x08)):
-        yield Bomb(f"webp with 40 MB of {name}", None, False, lambda kind=kind, flag=flag: webp(
-            40, 40, riff(kind, bytes(40 << 20)), lossless(40, 40), flags=flag))
-    yield Bomb("webp of 1,000,000 unknown chunks", None, False, lambda: webp(
-        40, 40, riff(b"TEST", b"") * 1000000, lossless(40, 40), flags=0))
+        yield Bomb(f"webp {width} x {height}", True, lambda width=width, height=height: webp(width, height))
+    yield Bomb("webp of 100,000 frames", None, lambda: moving_webp(1, 1, 1, 100000))
+    yield Bomb("webp of 16,383 x 16,383, one small frame", False, lambda: moving_webp(16383, 16383, 1, 1))
+    yield Bomb("webp with 40 MB of a profile", None,
+               lambda: webp(40, 40, riff(b"ICCP", bytes(40 << 20)), lossless(40, 40), flags=0x20))
 
 
 def gif(side, frame, frames=1):
@@ -165,30 +150,16 @@ def bmp(width, height):
     return b"BM" + struct.pack("<IHHI", 1206, 0, 0, 1078) + info + bytes(1024) + b"\0\1" * 64
 
 
-def svg(body=b"", before=b""):
-    return before + b'<svg xmlns="http://www.w3.org/2000/svg" width="40" height="40">' + body + b"</svg>"
-
-
 def others():
-    entities = b"".join(b'<!ENTITY %c "%s">' % (i + 1, b"&%c;" % i * 10) for i in range(97, 106))
-    for name, shows, quick, data in (
-            ("gif of 65,535 x 65,535, one small frame", False, True, gif(65535, 1)),
-            ("gif 8,192 x 8,192", None, False, gif(8192, 8192)),
-            ("gif of 500,000 frames", None, False, gif(16, 16, 500000)),
-            ("bmp 16,384 x 16,384", False, True, bmp(LARGE, LARGE)),
-            ("bmp 40 x -2^31", False, False, bmp(40, -2**31)),
-            ("no picture: svg", False, True, svg()),
-            ("no picture: svg of entities", False, False,
-             svg(b"<text>&j;</text>", b'<!DOCTYPE svg [<!ENTITY a "aaaaaaaaaa">' + entities + b"]>")),
-            ("no picture: compressed svg", False, False, gzip.compress(svg(b" " * (100 << 20)))),
-            ("no picture: text", False, True, b"not a picture\n" * 1000),
-            ("no picture: one byte", False, False, b"\xff"),
-            ("no picture: tiff", False, False, b"II*\0\x08\0\0\0" + bytes(4000)),
-            ("no picture: icon", False, False, b"\0\0\1\0\1\0\0\0" + bytes(4000)),
-            ("no picture: mng", False, False, b"\x8aMNG\r\n\x1a\n" + bytes(4000)),
-            ("no picture: xpm", False, False, b"/* XPM */\n" + bytes(4000)),
-            ("no picture: pbm", False, False, b"P6 60000 60000 255\n" + bytes(4000))):
-        yield Bomb(name, shows, quick, lambda data=data: data)
+    svg = b'<svg xmlns="http://www.w3.org/2000/svg" width="40" height="40"></svg>'
+    for name, shows, data in (
+            ("gif of 65,535 x 65,535, one small frame", False, gif(65535, 1)),
+            ("gif of 100,000 frames", None, gif(16, 16, 100000)),
+            ("bmp 16,384 x 16,384", False, bmp(LARGE, LARGE)),
+            ("bmp 40 x -2^31", False, bmp(40, -2**31)),
+            ("no picture: svg", False, svg),
+            ("no picture: text", False, b"not a picture\n" * 1000)):
+        yield Bomb(name, shows, lambda data=data: data)
 
 
 def all_bombs(folder):
