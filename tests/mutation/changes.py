@@ -101,15 +101,8 @@ class Source:
                 continue
             self.tokens.append(Token(match.lastgroup, match.group(), *match.span(), first))
             first = False
-        self.pair, self.owner = {}, []
-        self.find_pairs()
-
-    def text(self, index):
-        return self.tokens[index].text if 0 <= index < len(self.tokens) else ""
-
-    def find_pairs(self):
-        """Finds the partner of each bracket and the bracket around each token."""
-        around = []
+        # The partner of each bracket, and the bracket around each token.
+        self.pair, self.owner, around = {}, [], []
         for index, token in enumerate(self.tokens):
             if token.text in {")", "]", "}"} and around:
                 self.pair[index] = around.pop()
@@ -117,6 +110,9 @@ class Source:
             self.owner.append(around[-1] if around else -1)
             if token.text in {"(", "[", "{"}:
                 around.append(index)
+
+    def text(self, index):
+        return self.tokens[index].text if 0 <= index < len(self.tokens) else ""
 
     def left_out(self):
         """The tokens that cannot change what the product does."""
@@ -209,8 +205,8 @@ class Source:
         """The last token of the call or assignment that begins here, told by its form; None where none does."""
         if not self.may_begin_statement(index):
             return None
-        counts = self.text(index) in {"++", "--"}
-        at = index + (counts or self.text(index) == "*")
+        counts = {"++", "--"}
+        at = index + (self.text(index) in counts | {"*"})
         if self.tokens[at].kind != "word" or self.text(at) in NOT_A_STATEMENT:
             return None
         if self.text(at)[0].isupper() and self.text(at + 1) == "(":  # a constructor's declaration
@@ -223,11 +219,13 @@ class Source:
                 at = next((each for each in range(at, len(self.tokens)) if self.text(each) == ">"), at)
             at += 1
             at = self.pair[at] if at in self.pair else at + (self.text(at) != ">")
-        counts = counts or self.text(at + 1) in {"++", "--"}
-        at += self.text(at + 1) in {"++", "--"}
+        at += self.text(at + 1) in counts
         if self.text(at + 1) in ASSIGNMENTS:
-            at = self.end_of_value(at + 2)
-        elif self.text(at) != ")" and not counts:
+            at += 2
+            while not self.ends_statement(self.pair.get(at, at)):
+                at = self.pair.get(at, at) + 1
+            at = self.pair.get(at, at)
+        elif self.text(at) != ")" and not {self.text(index), self.text(at)} & counts:
             return None
         return at if self.ends_statement(at) and self.text(at) not in {"default", "delete"} else None
 
@@ -242,20 +240,14 @@ class Source:
             return bool(re.match("on[A-Z]", self.text(name))) and self.text(index + 1) != "=>"
         return self.qml and (before == "=>" or first and self.tokens[index - 1].kind != "sign")
 
-    def end_of_value(self, at):
-        while not self.ends_statement(self.pair.get(at, at)) and at + 1 < len(self.tokens):
-            at = self.pair.get(at, at) + 1
-        return self.pair.get(at, at)
-
     def ends_statement(self, at):
         if at + 1 >= len(self.tokens) or self.text(at + 1) == ";":
             return True
-        following, goes_on = self.tokens[at + 1], self.tokens[at].kind == "sign" and self.text(at) not in {")", "]", "}"}
-        if not self.qml or goes_on:
+        token, following = self.tokens[at], self.tokens[at + 1]
+        if not self.qml or token.kind == "sign" and token.text not in {")", "]", "}"}:
             return False
-        # Without a semicolon a line of QML ends where the next begins with no operator.
-        return following.text in {")", "]", "}", ","} or following.first and (
-            following.kind != "sign" or following.text in {"++", "--"})
+        # Without a semicolon it ends with its line, if the next does not begin with an operator.
+        return following.text in {")", "]", "}", ","} or following.first and following.kind != "sign"
 
 
 def changes_of(name, source):

@@ -3,5 +3,5 @@
 #include <QResource>
 
 namespace {
-[[maybe_unused]] const bool registered = QResource::registerResource(qEnvironmentVariable("MUTATED_LAYOUT"));
+[[maybe_unused]] const bool registered = QResource::registerResource(qEnvironmentVariable("MUTATED_LAYOUTS"));
 } // namespace
