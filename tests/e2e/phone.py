@@ -100,7 +100,7 @@ class Phone:
         os.environ.update(DISPLAY=display, XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                           XDG_DATA_HOME=str(self.home / "data"), XDG_CONFIG_HOME=str(self.home / "config"),
                           XDG_CACHE_HOME=str(self.home / "cache"), LC_ALL="C.UTF-8", NO_AT_BRIDGE="0",
-                          QT_QPA_PLATFORM="xcb")
+                          QT_QPA_PLATFORM="xcb", HOME=str(self.home))
         for name in ("WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY"):
             os.environ.pop(name, None)
         self.home.chmod(0o700)

@@ -1,6 +1,5 @@
 """The profile's photo, from the device's pictures to the dashboard and the next start."""
 
-import os
 import subprocess
 
 from customer import Customer
@@ -25,7 +24,6 @@ def wait_red(phone, what):
 @story
 def photo(stage):
     with Customer() as phone:
-        os.environ["HOME"] = str(phone.home)
         pictures = phone.home / "Pictures"
         pictures.mkdir()
         for name, colour in (("rojo", "red"), ("verde", "lime")):

@@ -3,7 +3,6 @@
 usage: tour.py APP DIRECTORY  (the demo service must be running)
 """
 
-import os
 import pathlib
 import subprocess
 import sys
@@ -101,7 +100,6 @@ def main():
     for old in directory.glob("*.png"):
         old.unlink()
     with Tour(directory) as tour:
-        os.environ["HOME"] = str(tour.home)
         make_pictures(tour.home / "Pictures")
         tour.arrive(executable)
         tour.quotation()
