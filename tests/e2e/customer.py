@@ -7,7 +7,16 @@ FORGOT, REGISTER = "¿Olvidaste tu contraseña?", "¿No tienes cuenta? Regístra
 RECOVERY, RECOVERY_FIELD = "Recuperar Contraseña", "Ingresa tu correo registrado"
 NUMBER = "Número de tracking..."
 SPLASH, DASHBOARD = "Desarrollado por Corvandel", "Bienvenido"
-BACKS = ("Atrás", "Volver al Panel")
+# What the dashboard leads to, by the last word of each entrance: what it shows, and the control that leads back.
+SCREENS = {"Casillero": ("Mi Casillero", "Volver al Panel"),
+           "Dev": ("Desarrollo de Software & IT Solutions", "Volver al Panel"),
+           "Cotizar": ("Cotizar Importación", "Atrás"), "Autos": ("Importar Vehículo", "Atrás"),
+           "Perfil": ("Toca la imagen para cambiar foto", "Atrás"),
+           "Paquetes": ("Mis Paquetes", "Atrás"), "todos": ("Mis Paquetes", "Atrás"),
+           "Cotizaciones": ("Mis Cotizaciones", "Atrás"), "todas": ("Mis Cotizaciones", "Atrás")}
+QUOTATION = {"Peso (Lbs)": "12.5", "Valor Declarado (USD)": "40", "Descripción del contenido": "Silla de playa"}
+VEHICLE = {"Marca (Ej: Toyota)": "Toyota", "Modelo (Ej: Corolla)": "Corolla", "Año": "2019",
+           "Ubicación o Subasta": "Copart Miami"}
 
 
 class Customer(Phone):
@@ -29,19 +38,37 @@ class Customer(Phone):
     def sign_in(self, customer, then, role=None, look=lambda: None):
         return self.send({EMAIL: customer[0], PASSWORD: customer[1]}, "Iniciar Sesión", then, role, look)
 
-    def enter(self, entrance, inside=None):
+    def enter(self, entrance, inside=None, way=None):
         """From the dashboard to another screen, once it has come in."""
-        self.press(entrance)
+        title, self.back = SCREENS[entrance.split()[-1]]
+        (way or self.press)(entrance)
+        # Some of the titles are on the dashboard too.
         self.wait_gone(DASHBOARD)
-        if inside:
-            self.find(inside)
+        self.find(title)
+        self.find(inside or self.back)
 
     def leave(self, *keys):
         """Back to the dashboard, by the control that the screen has for it or by keys."""
-        back = self.wait_for(lambda: next((name for name in BACKS if self.shows(name)), None), "a way back")
-        self.keys(*keys) if keys else self.press(back)
+        self.find(self.back)
+        self.keys(*keys) if keys else self.press(self.back)
         self.find(DASHBOARD)
-        self.wait_gone(back)
+        self.wait_gone(self.back)
+
+    def one_more(self, look, act, *arguments):
+        """The one thing that an act adds to a list, such as a request that is sent or an address that is opened."""
+        before = len(look())
+        act(*arguments)
+        self.wait_for(lambda: len(look()) > before, f"what {arguments} adds")
+        assert len(look()) == before + 1, f"{arguments} adds {len(look()) - before} instead of one"
+        return look()[-1]
+
+    def wait_heard(self, text):
+        """Until a screen reader was told: the text is an alert's name, and the alert has begun to show."""
+        def told():
+            alerts = [event for event in self.events if event[1] == "alert"]
+            return (any(e[0] == "object:property-change:accessible-name" and e[2] == text for e in alerts)
+                    and any(e[0].startswith("object:state-changed:showing") and e[3] == 1 for e in alerts))
+        self.wait_for(told, f"the announcement of «{text}»")
 
     def pick_photo(self, name, look=lambda: None):
         self.send({}, "Cambiar foto", "Elegir foto", "dialog")

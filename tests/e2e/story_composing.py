@@ -36,17 +36,16 @@ def stored_values(phone):
         return dict(store.execute("SELECT key, value FROM session"))
 
 
-def sent(server, count):
-    return json.loads(server.posts()[count - 1].body)
+def sent(phone, server, act, *arguments):
+    return json.loads(phone.one_more(server.posts, act, *arguments).body)
 
 
 @story
 def unfinished_address_is_sent(stage):
     with stage.scripted(prepare=Customer.start_composer) as (phone, server):
         fill_in(phone, "ana@", "#1", "Luc")
-        phone.click("Iniciar Sesión")
-        phone.wait_for(lambda: len(server.posts()) == 1, "the request")
-        assert sent(server, 1) == {"email": "ana@Luc", "password": "#1"}, sent(server, 1)
+        body = sent(phone, server, phone.click, "Iniciar Sesión")
+        assert body == {"email": "ana@Luc", "password": "#1"}, body
         # It is not there twice, and typing goes on after it.
         phone.find("Otra vez")
         phone.wait_focus(EMAIL)
@@ -54,9 +53,8 @@ def unfinished_address_is_sent(stage):
         phone.write(".")
         phone.keys("Tab", "Tab", "Tab")
         phone.wait_focus("Iniciar Sesión")
-        phone.keys("Return")
-        phone.wait_for(lambda: len(server.posts()) == 2, "the second request")
-        assert sent(server, 2) == {"email": "ana@Lucia.", "password": "#1"}, sent(server, 2)
+        body = sent(phone, server, phone.keys, "Return")
+        assert body == {"email": "ana@Lucia.", "password": "#1"}, body
 
 
 @story
@@ -111,9 +109,7 @@ def dead_key_in_the_middle(stage):
         phone.keys("l", "u", "c", "dead_acute", "i", "a")
         phone.wait_text(EMAIL, "lucía")
         phone.keys("dead_acute")
-        phone.click("Iniciar Sesión")
-        phone.wait_for(server.posts, "the request")
-        body = json.loads(server.posts()[0].body)
+        body = sent(phone, server, phone.click, "Iniciar Sesión")
         assert body["email"] in ("lucía", "lucía´"), body
         phone.find("Otra vez")
         phone.wait_focus(EMAIL)

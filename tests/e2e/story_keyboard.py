@@ -1,6 +1,6 @@
 """The whole app with the keyboard alone."""
 
-from customer import EMAIL, FORGOT, NAME, NUMBER, PASSWORD, RECOVERY, REGISTER, KeyboardCustomer
+from customer import EMAIL, FORGOT, NAME, NUMBER, PASSWORD, QUOTATION, RECOVERY, REGISTER, VEHICLE, KeyboardCustomer
 from stage import BRUNO, story
 
 
@@ -41,14 +41,12 @@ def keyboard_alone(stage):
         phone.walk_to("Aéreo")
         phone.keys("Right")
         phone.wait_for(lambda: "checked" in phone.find("Marítimo").states, "the choice")
-        phone.send({"Peso (Lbs)": "12.5", "Valor Declarado (USD)": "40", "Descripción del contenido": "Silla de playa"},
-                   "Enviar Cotización", "Enviado con éxito")
+        phone.send(QUOTATION, "Enviar Cotización", "Enviado con éxito")
         phone.leave("alt+Left")
         phone.find("2 Cotizaciones")
 
         phone.enter("Autos")
-        phone.send({"Marca (Ej: Toyota)": "Toyota", "Modelo (Ej: Corolla)": "Corolla", "Año": "2019",
-                    "Ubicación o Subasta": "Copart Miami"}, "Solicitar Importación", "Solicitud enviada")
+        phone.send(VEHICLE, "Solicitar Importación", "Solicitud enviada")
         phone.leave("Escape")
 
         phone.enter("Perfil")

@@ -3,7 +3,7 @@ tap does."""
 
 import contextlib
 
-from customer import EMAIL, FORGOT, NAME, NUMBER, PASSWORD, RECOVERY, RECOVERY_FIELD, REGISTER, Customer
+from customer import EMAIL, FORGOT, NAME, NUMBER, PASSWORD, RECOVERY, RECOVERY_FIELD, REGISTER, SCREENS, Customer
 from stage import story
 
 SECRET = "Secreto#77"
@@ -34,10 +34,7 @@ class Reader(Customer):
     def sends(self, name, path):
         """Pressing and tapping each send one request."""
         for way in self.ways():
-            before = len(self.server.posts())
-            way(name)
-            self.wait_for(lambda: len(self.server.posts()) == before + 1, f"the request of {name}")
-            assert self.server.posts()[-1].path == f"/{path}"
+            assert self.one_more(self.server.posts, way, name).path == f"/{path}"
 
     def leads(self, name, to, back):
         """Pressing and tapping each lead there; `back` leads back, by a press and by a tap too."""
@@ -52,10 +49,7 @@ class Reader(Customer):
     def opens(self, name, address):
         """Pressing and tapping each hand an address to the system."""
         for way in self.ways():
-            before = len(self.opened())
-            way(name)
-            self.wait_for(lambda: len(self.opened()) == before + 1, f"what {name} opens")
-            assert self.opened()[-1] == address, self.opened()
+            assert self.one_more(self.opened, way, name) == address, self.opened()
 
 
 @contextlib.contextmanager
@@ -78,10 +72,8 @@ def reader_at_the_door(stage):
             phone.wait_gone(FORGOT)
             phone.read("recovery", ["Cancelar", "Enviar"])
             phone.type(RECOVERY_FIELD, "otra@x")
-            before = len(phone.server.posts())
-            way("Enviar")
+            phone.one_more(phone.server.posts, way, "Enviar")
             phone.wait_gone("Enviar")
-            phone.wait_for(lambda: len(phone.server.posts()) == before + 1, "the recovery")
         phone.leads(REGISTER, "Crear Cuenta", "Atrás")
         phone.press(REGISTER)
         phone.wait_gone(REGISTER)
@@ -102,12 +94,9 @@ def reader_at_home(stage):
         phone.opens(row, "https://track.example/T1")
         phone.type(NUMBER, "T2")
         phone.opens("Buscar", "https://track.example/T2")
-        for name, inside, back in (("Casillero", "Mi Casillero", "Volver al Panel"), ("Dev", "Corvandel", "Volver al Panel"),
-                                   ("Cotizar", "Cotizar Importación", "Atrás"), ("Autos", "Importar Vehículo", "Atrás"),
-                                   ("Perfil", "Mi Perfil", "Atrás"), ("1 Paquetes", "Mis Paquetes", "Atrás"),
-                                   ("1 Cotizaciones", "Mis Cotizaciones", "Atrás"), ("Ver todos", "Mis Paquetes", "Atrás"),
-                                   ("Ver todas", "Mis Cotizaciones", "Atrás")):
-            phone.leads(name, inside, back)
+        for name in ("Casillero", "Dev", "Cotizar", "Autos", "Perfil", "1 Paquetes", "1 Cotizaciones", "Ver todos",
+                     "Ver todas"):
+            phone.leads(name, *SCREENS[name.split()[-1]])
         for way in phone.ways():
             way("Cerrar sesión")
             phone.find("Iniciar Sesión")

@@ -10,20 +10,12 @@ from customer import SPLASH, Customer
 from stage import ANA, story
 
 
-def heard_alert(phone, text):
-    """Whether a screen reader was told: the text is an alert's name, and the alert has begun to show."""
-    named = any(e[0] == "object:property-change:accessible-name" and e[1] == "alert" and e[2] == text
-                for e in phone.events)
-    shown = any(e[0].startswith("object:state-changed:showing") and e[1] == "alert" and e[3] == 1 for e in phone.events)
-    return named and shown
-
-
 @story
 def wrong_password(stage):
     with stage.customer() as phone:
         phone.send({}, "Iniciar Sesión", "Completa los campos")
         phone.sign_in((ANA[0], "casillero#1"), "Correo o contraseña incorrectos", "alert")
-        phone.wait_for(lambda: heard_alert(phone, "Correo o contraseña incorrectos"), "the announcement")
+        phone.wait_heard("Correo o contraseña incorrectos")
         phone.sign_in(ANA, "230 Paquetes")
         for event in phone.events:
             assert "asillero#1" not in "".join(map(str, event)), f"the password was told: {event}"

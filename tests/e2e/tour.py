@@ -8,7 +8,7 @@ import subprocess
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
-from customer import FORGOT, NUMBER, RECOVERY, REGISTER, SPLASH, Customer
+from customer import FORGOT, NUMBER, QUOTATION, RECOVERY, REGISTER, SPLASH, Customer
 from phone import Gone
 
 
@@ -46,8 +46,7 @@ class Tour(Customer):
     def quotation(self):
         self.enter("Cotizar")
         self.press("Marítimo")
-        self.send({"Peso (Lbs)": "12.5", "Valor Declarado (USD)": "40", "Descripción del contenido": "Silla de playa"},
-                  "Enviar Cotización", "Enviado con éxito")
+        self.send(QUOTATION, "Enviar Cotización", "Enviado con éxito")
         self.step("cotizar", "She asks for a quotation by sea.")
         self.leave()
         self.scroll_to("Ver todas")
@@ -65,12 +64,10 @@ class Tour(Customer):
         self.leave()
 
     def other_screens(self):
-        for tile, name, inside, what in (
-                ("Casillero", "casillero", "Mi Casillero", "Her mailbox, with the name to address parcels to."),
-                ("Autos", "autos", "Importar Vehículo", "A vehicle can be asked for here."),
-                ("Dev", "dev", "Desarrollo de Software & IT Solutions", "Who made the app."),
-                ("230 Paquetes", "paquetes", "Mis Paquetes", "All of her packages.")):
-            self.enter(tile, inside)
+        for tile, name, what in (("Casillero", "casillero", "Her mailbox, with the name to address parcels to."),
+                                 ("Autos", "autos", "A vehicle can be asked for here."),
+                                 ("Dev", "dev", "Who made the app."), ("230 Paquetes", "paquetes", "All of her packages.")):
+            self.enter(tile)
             self.step(name, what)
             self.leave()
 
