@@ -6,8 +6,8 @@ import re
 import stat
 import subprocess
 
-from customer import SPLASH, Customer
-from stage import ANA, story
+from customer import DASHBOARD, EMAIL, PASSWORD, SPLASH, Customer
+from stage import ANA, BRUNO, story
 
 
 @story
@@ -34,6 +34,20 @@ def service_stopped(stage):
 
 
 @story
+def another_customer(stage):
+    with stage.customer() as phone:
+        phone.sign_in(ANA, "Hola, Ana Lucía Peñalver Ríos")
+        phone.find("230 Paquetes")
+        phone.press("Cerrar sesión")
+        field = phone.find(EMAIL)
+        assert field.text() == "" and phone.find(PASSWORD).text() == "", "the new sign-in is not empty"
+        assert not phone.shows(SPLASH), "the splash came again"
+        phone.sign_in(BRUNO, "Hola, Bruno Díaz")
+        phone.find("2 Paquetes")
+        phone.find("1 Cotizaciones")
+
+
+@story
 def killed_at_any_moment(stage):
     with stage.customer() as phone:
         phone.kill()
@@ -49,6 +63,7 @@ def killed_at_any_moment(stage):
         phone.send({}, "Cerrar sesión", "Iniciar Sesión")
         phone.kill()
         phone.open_at_login(stage.app)
+        assert not phone.shows(DASHBOARD)
         folder = phone.home / "data" / "marovenda"
         assert stat.S_IMODE(folder.stat().st_mode) == 0o700, oct(folder.stat().st_mode)
         for file in folder.iterdir():
