@@ -58,6 +58,19 @@ class Element:
         text = self.accessible.get_text_iface()
         return text_of(text, 0, text.get_character_count()) if text else ""
 
+    def caret(self):
+        return self.accessible.get_text_iface().get_caret_offset()
+
+    def set_text(self, text):
+        """What a voice control or a braille display's keys do."""
+        self.accessible.get_editable_text_iface().set_text_contents(text)
+
+    def insert_text(self, place, text):
+        self.accessible.get_editable_text_iface().insert_text(place, text, len(text.encode()))
+
+    def delete_text(self, begin, end):
+        self.accessible.get_editable_text_iface().delete_text(begin, end)
+
     def box(self):
         from gi.repository import Atspi
         return self.accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
