@@ -5,7 +5,8 @@ import re
 import signal
 import subprocess
 
-from manager import iconify
+from customer import SPLASH, Customer
+from manager import ask_to_close, iconify
 from stage import story
 
 
@@ -52,7 +53,7 @@ def started_twice(stage):
         assert ended.returncode == 0, ended
         phone.wait_for(lambda: list(windows()) == [phone.app.pid, other.pid], "the first window, no longer an icon")
         # Nothing of it began anew.
-        assert phone.shows("Iniciar Sesión") and not phone.shows("Desarrollado por Corvandel")
+        assert phone.shows("Iniciar Sesión") and not phone.shows(SPLASH)
 
 
 @story
@@ -73,3 +74,29 @@ def started_beside_one_that_hangs(stage):
         phone.open_at_login(stage.release_app)
         ended = start_again(stage.release_app)
         assert ended.returncode == 0, ended
+
+
+@story
+def started_in_the_same_moment(stage):
+    with Customer() as phone:
+        several = [phone._spawn(stage.release_app) for _ in range(4)]
+
+        def left():
+            return [app for app in several if app.poll() is None]
+        phone.wait_for(lambda: len(left()) == 1, "the end of all but one")
+        phone.app = left()[0]
+        assert sorted(app.returncode for app in several if app is not phone.app) == [0, 0, 0]
+        phone.find("Iniciar Sesión")
+        assert list(windows()) == [phone.app.pid]
+
+
+@story
+def started_while_it_ends(stage):
+    with stage.alone(stage.release_app) as phone:
+        for _ in range(3):
+            ending = phone.app
+            ask_to_close(windows()[ending.pid])
+            phone.app = phone._spawn(stage.release_app)
+            phone.find("Iniciar Sesión")
+            assert ending.wait(60) == 0, (ending.returncode, phone.standard_error())
+            phone.wait_gone(SPLASH)
