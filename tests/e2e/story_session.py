@@ -1,7 +1,6 @@
 """Stories of signing in and out, and of what the device keeps."""
 
 import os
-import pathlib
 import re
 import stat
 import subprocess
