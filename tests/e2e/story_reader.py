@@ -111,7 +111,7 @@ def reader_in_the_services(stage):
         phone.enter("Casillero", "Ana MRV-42")
         phone.read("mailbox", ["Volver al Panel"])
         phone.leave()
-        phone.enter("Dev")
+        phone.enter("Dev", "Corvandel")
         site, mail = "🌐 Sitio Web: corvandel.example", "✉️ Correo: hola@corvandel.example"
         phone.read("credits", [site, mail, "Volver al Panel"])
         phone.opens(site, "https://corvandel.example/")
@@ -135,7 +135,7 @@ def reader_in_the_services(stage):
             phone.find(row, "list item")
             phone.read(entrance, ["Atrás"])
             phone.leave()
-        phone.enter("Perfil")
+        phone.enter("Perfil", "Mi Perfil")
         phone.read("profile", ["Atrás", "Cambiar foto", "Guardar Cambios"])
         phone.sends("Guardar Cambios", "api_perfil.php")
         phone.leads("Cambiar foto", "Elegir foto", "Cancelar")
