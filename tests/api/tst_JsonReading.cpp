@@ -83,9 +83,6 @@ void JsonReadingTest::errorsNameTheirPlace_data()
     QTest::newRow("first wrong field of several")
         << R"({"cotizaciones":7,"avatar":7,"paquetes":7})"_ba << u"avatar: number, must be text"_s;
     QTest::newRow("top level array") << "[]"_ba << u"array, must be object"_s;
-    QTest::newRow("top level text") << R"("a")"_ba << u"text, must be object"_s;
-    QTest::newRow("top level number") << "7"_ba << u"number, must be object"_s;
-    QTest::newRow("top level boolean") << "true"_ba << u"boolean, must be object"_s;
     QTest::newRow("top level null") << "null"_ba << u"null, must be object"_s;
 }
 
@@ -125,7 +122,6 @@ void JsonReadingTest::unlistedKeysAreIgnored_data()
     QTest::newRow("deep") << QByteArray(500, '[') + QByteArray(500, ']');
     QTest::newRow("nested listed keys") << R"({"status":7,"id":{"id":[7]},"paquetes":"x"})"_ba;
     QTest::newRow("a double's largest") << "1.7976931348623157e308"_ba;
-    QTest::newRow("a double's smallest") << "4.9e-324"_ba;
     QTest::newRow("smaller than a double") << "1e-400"_ba;
 }
 
@@ -179,8 +175,6 @@ void JsonReadingTest::textIsReadExactly_data()
     QTest::addColumn<QString>("text");
     QTest::newRow("empty") << R"("")"_ba << u""_s;
     QTest::newRow("escapes") << R"("\"\\\/\b\f\n\r\t")"_ba << u"\"\\/\b\f\n\r\t"_s;
-    QTest::newRow("accents") << "\"Ñandú €\""_ba << u"Ñandú €"_s;
-    QTest::newRow("escaped accents") << R"("\u00d1and\u00FA")"_ba << u"Ñandú"_s;
     QTest::newRow("beyond the first plane") << "\"📦\""_ba << u"📦"_s;
     QTest::newRow("escaped pair") << R"("\ud83d\uDCE6")"_ba << u"📦"_s;
     QTest::newRow("zero inside") << R"("a\u0000b")"_ba << QString::fromLatin1("a\0b", 3);
@@ -239,14 +233,9 @@ void JsonReadingTest::doublesTakeEveryNumber_data()
     const auto add = [](const char *token, double number) { QTest::newRow(token) << QByteArray(token) << number; };
     add("0", 0);
     add("-0.0", -0.0);
-    add("7", 7);
-    add("-7", -7);
     add("2.5", 2.5);
     add("0.1", 0.1);
     add("1E2", 100);
-    add("1e+2", 100);
-    add("25e-1", 2.5);
-    add("9223372036854775807", 9223372036854775807.0);
     add("18446744073709551615", 18446744073709551615.0);
     add("1.7976931348623157e308", std::numeric_limits<double>::max());
     add("5e-324", std::numeric_limits<double>::denorm_min());

@@ -16,7 +16,6 @@ class JsonWritingTest : public QObject {
 private Q_SLOTS:
     void textIsEscaped_data();
     void textIsEscaped();
-    void everyControlCharacterIsEscaped();
     void everyCodePointReadsBack();
     void longTextsAreWrittenWhole_data();
     void longTextsAreWrittenWhole();
@@ -53,11 +52,7 @@ void JsonWritingTest::textIsEscaped_data()
     QTest::newRow("line breaks and tabs") << u"\r\n\t\b\f"_s << R"("\r\n\t\b\f")"_ba;
     QTest::newRow("zero") << QString(QChar(0)) << R"("\u0000")"_ba;
     QTest::newRow("delete stands for itself") << u"\u007f"_s << "\"\x7f\""_ba;
-    QTest::newRow("accents") << u"ñÑáü€"_s << "\"ñÑáü€\""_ba;
-    QTest::newRow("combining") << u"n\u0303"_s << "\"n\xCC\x83\""_ba;
     QTest::newRow("beyond the first plane") << u"📦𝒳"_s << "\"\xF0\x9F\x93\xA6\xF0\x9D\x92\xB3\""_ba;
-    QTest::newRow("line separators") << u"\u2028\u2029"_s << "\"\xE2\x80\xA8\xE2\x80\xA9\""_ba;
-    QTest::newRow("byte-order mark") << u"\uFEFFa"_s << "\"\xEF\xBB\xBF\x61\""_ba;
     QTest::newRow("lone high surrogate") << QString(QChar(0xD83D)) << "\"\xEF\xBF\xBD\""_ba;
     QTest::newRow("lone low surrogate") << QString(QChar(0xDCE6)) + u'a' << "\"\xEF\xBF\xBD\x61\""_ba;
     QTest::newRow("two high surrogates") << QString(QChar(0xD83D)) + u"📦"_s << "\"\xEF\xBF\xBD\xF0\x9F\x93\xA6\""_ba;
@@ -69,16 +64,6 @@ void JsonWritingTest::textIsEscaped()
 {
     QFETCH(const QString, text);
     QTEST(textToken(text), "token");
-}
-
-void JsonWritingTest::everyControlCharacterIsEscaped()
-{
-    for (char16_t unit = 0; unit < 0x20; ++unit) {
-        const QByteArray token = textToken(QString(QChar(unit)));
-        QVERIFY2(token.startsWith("\"\\"), token.constData());
-        for (const char byte : token)
-            QVERIFY2(byte >= 0x20, token.constData());
-    }
 }
 
 void JsonWritingTest::everyCodePointReadsBack()
@@ -99,9 +84,7 @@ void JsonWritingTest::longTextsAreWrittenWhole_data()
     QTest::addColumn<QString>("piece");
     QTest::newRow("letters") << u"a"_s;
     QTest::newRow("accents") << u"ñ"_s;
-    QTest::newRow("control characters") << u"\u0001"_s;
     QTest::newRow("slashes") << u"/"_s;
-    QTest::newRow("pairs") << u"📦"_s;
     QTest::newRow("pairs at odd places") << u"a📦"_s;
     QTest::newRow("letters with a rare escape") << u"abcdefghijklmnopqrstuvwxyz0123456789/"_s;
 }
