@@ -13,7 +13,6 @@ private Q_SLOTS:
     void coloursThatNoTableHolds();
     void outlineHasTheDesignedCurve();
     void radiusIsLimitedByTheShorterSide();
-    void everySymbolIsDrawnInItsColour();
     void artworkIsThereForAllRatios_data();
     void artworkIsThereForAllRatios();
     void artworkIsWholeWithinItsItem();
@@ -54,30 +53,6 @@ void LookTest::radiusIsLimitedByTheShorterSide()
     QCOMPARE(ContinuousRectangle::limitedRadius({300, 54}, 16), 16);
     QVERIFY(qAbs(ContinuousRectangle::limitedRadius({300, 54}, 20) - 54 / 2 / 1.528665) < 1e-6);
     QCOMPARE(ContinuousRectangle::limitedRadius({0, 54}, 20), 0);
-}
-
-void LookTest::everySymbolIsDrawnInItsColour()
-{
-    const QStringList names{
-        u"shippingbox"_s, u"doc.text"_s,           u"car"_s,          u"person"_s,
-        u"info.circle"_s, u"person.circle.fill"_s, u"chevron.left"_s, u"rectangle.portrait.and.arrow.right"_s,
-        u"unknown"_s};
-    TestScreen screen("Rectangle { property alias name: symbol.name; color: 'white';"
-                      " Symbol { id: symbol; anchors.fill: parent; color: '#FF0000' } }",
-                      {96, 96});
-    for (const QString &name : names) {
-        screen.root()->setProperty("name", name);
-        const QImage drawn = screen.picture();
-        int inked = 0;
-        for (int y = 0; y < 96; ++y) {
-            for (int x = 0; x < 96; ++x) {
-                const QColor pixel = drawn.pixelColor(x, y);
-                QVERIFY(pixel.red() > 250);
-                inked += pixel.green() < 128;
-            }
-        }
-        QVERIFY2(name == u"unknown"_s ? inked == 0 : inked > 96 * 96 / 50, qUtf8Printable(name));
-    }
 }
 
 void LookTest::artworkIsThereForAllRatios_data()

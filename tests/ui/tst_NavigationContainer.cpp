@@ -18,7 +18,6 @@ private Q_SLOTS:
     void repeatedKeyIsNoPop();
     void flickPops();
     void swipeElsewhereOrOverACoveredScreenIsNoPop();
-    void barShowsTheTitleOnceTheLargeOneHasScrolledAway();
     void resizedWindowResizesEveryScreen();
 
 private:
@@ -233,18 +232,6 @@ void NavigationContainerTest::swipeElsewhereOrOverACoveredScreenIsNoPop()
         release(screen, 350);
         QCOMPARE(depth(screen), 2);
     }
-}
-
-void NavigationContainerTest::barShowsTheTitleOnceTheLargeOneHasScrolledAway()
-{
-    TestScreen screen(navigation());
-    push(screen);
-    QQuickItem *const next = screen.find(u"next"_s);
-    QVERIFY(!screen.texts(next).contains(u"Mis Paquetes"_s));
-    screen.find(u"area"_s)->setProperty("contentY", 100);
-    QTRY_VERIFY(screen.texts(next).contains(u"Mis Paquetes"_s));
-    screen.find(u"area"_s)->setProperty("contentY", 0);
-    QTRY_VERIFY(!screen.texts(next).contains(u"Mis Paquetes"_s));
 }
 
 void NavigationContainerTest::resizedWindowResizesEveryScreen()

@@ -5,7 +5,6 @@
 
 #include <QBuffer>
 #include <QColorSpace>
-#include <QFile>
 #include <QHash>
 #include <QImageWriter>
 #include <QTemporaryDir>
@@ -38,8 +37,6 @@ private Q_SLOTS:
     void lateDecodeOfTheFormerPhotoDoesNotShow_data();
     void lateDecodeOfTheFormerPhotoDoesNotShow();
     void picturesBeyondTheBoundsAreRefused();
-    void stripsAreCroppedBeforeTheyAreScaled_data();
-    void stripsAreCroppedBeforeTheyAreScaled();
     void jpegInPartsIsBoundedByItsMemory();
     void jpegInPartsIsBoundedByItsScans();
     void exifTurnsThePicture();
@@ -78,14 +75,6 @@ private:
         qToBigEndian(height, jpeg.data() + frame + 5);
         qToBigEndian(width, jpeg.data() + frame + 7);
         return jpeg;
-    }
-    static qint64 peakInMiB()
-    {
-        QFile file(u"/proc/self/status"_s);
-        if (!file.open(QFile::ReadOnly))
-            qFatal("no status");
-        const QByteArray status = file.readAll();
-        return status.mid(status.indexOf("VmHWM:") + 6).trimmed().split(' ').first().toLongLong() / 1024;
     }
 };
 
@@ -172,29 +161,6 @@ void PhotoDecoderTest::picturesBeyondTheBoundsAreRefused()
     QVERIFY(decodePhoto(encoded(halves(50, 50), "png"), 0).isNull());
     QVERIFY(!decodePhoto(encoded(halves(16384, 1), "png"), 20).isNull());
     QVERIFY(decodePhoto(encoded(halves(16385, 1), "png"), 20).isNull());
-}
-
-void PhotoDecoderTest::stripsAreCroppedBeforeTheyAreScaled_data()
-{
-    QTest::addColumn<QByteArray>("format");
-    QTest::addColumn<QSize>("size");
-    for (const char *format : {"png", "jpeg", "webp", "bmp"}) {
-        QTest::addRow("%s wide", format) << QByteArray(format) << QSize(16383, 1);
-        QTest::addRow("%s tall", format) << QByteArray(format) << QSize(1, 16383);
-    }
-}
-
-void PhotoDecoderTest::stripsAreCroppedBeforeTheyAreScaled()
-{
-    QFETCH(QByteArray, format);
-    QFETCH(QSize, size);
-    QImage strip(size, QImage::Format_RGB32);
-    strip.fill(Qt::red);
-    const QByteArray bytes = encoded(strip, format.constData());
-    const qint64 before = peakInMiB();
-    const QImage shown = decodePhoto(bytes, 100, PhotoShape::Square);
-    QVERIFY(shown.pixelColor(50, 50).red() > 200);
-    QVERIFY2(peakInMiB() - before < 256, "the whole strip was enlarged");
 }
 
 void PhotoDecoderTest::jpegInPartsIsBoundedByItsMemory()

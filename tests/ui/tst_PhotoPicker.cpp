@@ -1,5 +1,4 @@
 #include "MarovendaTest.h"
-#include "StalledFile.h"
 #include "TestScreen.h"
 
 #include <QAccessible>
@@ -27,7 +26,6 @@ private Q_SLOTS:
     void profileIsCoveredUntilEscapeClosesThePicker();
     void focusCannotLeave();
     void nothingBelowCanBeUsedWhileItFades();
-    void stalledPictureHoldsUpNoOther();
     void dialogOffersWhatCanBeDecoded();
 
 private:
@@ -58,23 +56,13 @@ private:
         QTRY_COMPARE(count(screen), photos);
         screen.settle();
     }
-    /// The second screen of a container.
-    static void openProfile(TestScreen &screen)
-    {
-        screen.tap(screen.find(u"open"_s));
-        QTRY_VERIFY(screen.settledAt(2));
-    }
-    static QColor middleOf(TestScreen &screen, const QString &photo)
-    {
-        return screen.picture().pixelColor(TestScreen::box(screen.named(photo)).center().toPoint());
-    }
     QString path(const QString &name) const { return m_home->filePath(u"Pictures/"_s + name); }
     QUrl url(const QString &name) const { return QUrl::fromLocalFile(path(name)); }
-    /// A picture of one colour, some minutes old.
-    void add(const QString &name, int minutes, const QColor &color = Qt::red) const
+    /// A picture some minutes old.
+    void add(const QString &name, int minutes) const
     {
         QImage image(30, 20, QImage::Format_RGB32);
-        image.fill(color);
+        image.fill(Qt::red);
         QFile file(path(name));
         if (!file.open(QFile::ReadWrite) || !image.save(&file, "png") || !file.flush() ||
             !file.setFileTime(m_now.addSecs(-60 * minutes), QFile::FileModificationTime))
@@ -225,7 +213,8 @@ void PhotoPickerTest::profileIsCoveredUntilEscapeClosesThePicker()
 {
     add(u"uno.png"_s, 10);
     TestScreen screen(TestScreen::pushing("PerfilView {}"));
-    openProfile(screen);
+    screen.tap(screen.find(u"open"_s));
+    QTRY_VERIFY(screen.settledAt(2));
     QQuickItem *const photo = screen.named(u"Cambiar foto"_s);
     photo->forceActiveFocus(Qt::TabFocusReason);
     screen.key(Qt::Key_Return);
@@ -277,23 +266,6 @@ void PhotoPickerTest::nothingBelowCanBeUsedWhileItFades()
     QTRY_VERIFY(!shown(screen));
     screen.tap(screen.named(u"Tapado"_s));
     QCOMPARE(screen.root()->property("presses").toInt(), 1);
-}
-
-void PhotoPickerTest::stalledPictureHoldsUpNoOther()
-{
-    add(u"lejos.png"_s, 1);
-    add(u"cerca.png"_s, 2, Qt::green);
-    const StalledFile stalled(path(u"lejos.png"_s));
-    TestScreen screen(TestScreen::pushing("PerfilView {}"));
-    openProfile(screen);
-    screen.tap(screen.named(u"Cambiar foto"_s));
-    QTRY_COMPARE(count(screen), 2);
-    screen.settle();
-    QTRY_VERIFY(stalled.isWaitedFor());
-    QTRY_COMPARE(middleOf(screen, u"cerca"_s), QColor(Qt::green));
-    // Nor does it hold up the photo that is on show already.
-    screen.tap(screen.named(u"cerca"_s));
-    QTRY_VERIFY(screen.find(u"avatar"_s)->property("decoded").toBool());
 }
 
 void PhotoPickerTest::dialogOffersWhatCanBeDecoded()
