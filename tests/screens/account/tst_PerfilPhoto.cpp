@@ -12,9 +12,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <sys/stat.h>
@@ -38,7 +36,6 @@ public:
         viewModel->mostrarFoto();
     }
     void leave() { m_page.reset(); }
-    void endTheEngine() { m_engine.reset(); }
     QByteArray photo() const { return viewModel->property("selectedImageData").toByteArray(); }
     QString msg() const { return viewModel->msgValue(); }
 
@@ -67,13 +64,10 @@ private Q_SLOTS:
     void whatCannotBeLoadedIsNoPhoto_data();
     void whatCannotBeLoadedIsNoPhoto();
     void savingDuringALoadSendsThePhotoOfThatMoment();
-    void largePhotoIsReadOffTheMainThread();
     void successStoresThePhotoOnShow_data();
     void successStoresThePhotoOnShow();
     void stalledFileHoldsUpNoLaterPick();
     void earlierPickShowsWhereTheLaterCannotBeLoaded();
-    void abandonedProfileEndsOnTheMainThread_data();
-    void abandonedProfileEndsOnTheMainThread();
 
 private:
     static constexpr auto path = "/api_perfil.php";
@@ -186,22 +180,6 @@ void PerfilPhotoTest::savingDuringALoadSendsThePhotoOfThatMoment()
     QTRY_COMPARE(profile.photo(), "b");
 }
 
-void PerfilPhotoTest::largePhotoIsReadOffTheMainThread()
-{
-    const QByteArray bytes(12 * 1024 * 1024, 'x');
-    server.reply(path, R"({"status":"success"})");
-    const Profile profile;
-    profile.viewModel->elegirFoto(file(u"large"_s, bytes));
-    int turns = 0;
-    for (; profile.photo().isEmpty() && turns < 1'000'000; ++turns)
-        QCoreApplication::processEvents();
-    QVERIFY2(turns > 2, qPrintable(QString::number(turns)));
-    QVERIFY(profile.photo() == bytes);
-    profile.viewModel->guardarCambios();
-    QTRY_VERIFY_WITH_TIMEOUT(Session::instance().userAvatarData() == bytes, 12'000);
-    QVERIFY(sentPhoto(0) == QString::fromLatin1(bytes.toBase64()));
-}
-
 void PerfilPhotoTest::successStoresThePhotoOnShow_data()
 {
     QTest::addColumn<QByteArray>("before");
@@ -283,33 +261,6 @@ void PerfilPhotoTest::earlierPickShowsWhereTheLaterCannotBeLoaded()
     QVERIFY(!loaded(missing()));
     stalled.letGo();
     QTRY_COMPARE(profile.photo(), "early");
-}
-
-void PerfilPhotoTest::abandonedProfileEndsOnTheMainThread_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("photo") << "photo"_ba;
-    QTest::newRow("cannot be loaded") << ""_ba;
-}
-
-void PerfilPhotoTest::abandonedProfileEndsOnTheMainThread()
-{
-    QFETCH(const QByteArray, bytes);
-    const QUrl item = file(u"x"_s, bytes);
-    const StalledFile stalled(item.toLocalFile());
-    Profile profile;
-    profile.viewModel->elegirFoto(item);
-    QTRY_VERIFY(stalled.isWaitedFor());
-    std::atomic<QThread *> endedOn = nullptr;
-    connect(
-        profile.viewModel, &QObject::destroyed, this, [&] { endedOn = QThread::currentThread(); },
-        Qt::DirectConnection);
-    profile.leave();
-    // Without an engine to wait for it goes at once, wherever the last that held it is.
-    profile.endTheEngine();
-    stalled.letGo();
-    QTRY_VERIFY(endedOn);
-    QCOMPARE(endedOn, QThread::currentThread());
 }
 
 MAROVENDA_TEST_MAIN(PerfilPhotoTest)
