@@ -40,10 +40,8 @@ def main():
                     if only in fault.name:
                         trial.run(fault, number)
         trial.finish()
-        if not only and not long:
-            silences.shortened(tally, bench)
-    if not only and long:
-        silences.real(tally, program)
+        if not only:
+            silences.all_silences(tally, bench)
     tally.finish()
 
 

@@ -159,10 +159,9 @@ class Connection:
     def send(self, data):
         self.connection.sendall(data)
 
-    def trickle(self, data, seconds=0):
-        """A byte at a time, each in a packet of its own, with a pause before each."""
+    def trickle(self, data):
+        """A byte at a time, each in a packet of its own."""
         for byte in data:
-            time.sleep(seconds)
             self.connection.sendall(bytes([byte]))
 
     def flood(self, block, times=-1):
