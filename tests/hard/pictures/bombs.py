@@ -26,14 +26,14 @@ def deflated_zeros(count):
     return b"".join(parts) + packer.compress(bytes(count & 0xFFFFF)) + packer.flush()
 
 
-def png(width, height, colour=6, depth=8, interlaced=0, before=b"", data=None, extra=0):
+def png(width, height, colour=6, interlaced=0, before=b"", data=None, extra=0):
     """Black or clear, grey (0), in colour (2) or that and clear (6); `before` stands before the picture's data, in which
     `extra` bytes are too many."""
-    row = 1 + (width * {0: 1, 2: 3, 6: 4}[colour] * depth + 7) // 8
+    row = 1 + width * {0: 1, 2: 3, 6: 4}[colour]
     if data is None:
         # The passes of an interlaced picture have more rows, each with a byte for its filter.
         data = deflated_zeros(row * height + interlaced * 2 * (height + 8) + extra)
-    header = struct.pack(">IIBBBBB", width, height, depth, colour, 0, 0, interlaced)
+    header = struct.pack(">IIBBBBB", width, height, 8, colour, 0, 0, interlaced)
     return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + before + chunk(b"IDAT", data) + chunk(b"IEND")
 
 

@@ -73,7 +73,8 @@ def all_silences(tally, bench):
 
 
 def upload_goes_on(tally, bench):
-    """An upload that is never silent for as long as the limit, and takes longer: slower than what the system takes at once."""
+    """An upload that takes longer than the limit without ever being silent for that long."""
+    # Slower than what the system takes at once.
     bench.server.script("/slow", lambda connection: (connection.sip(8_000_000), connection.send(whole(b"{}"))), "head")
     delivery = bench.send(url=bench.base + "slow", text="photo", padding=24_000_000, silence=LIMIT)
     bench.complete(delivery)
