@@ -52,9 +52,9 @@ def packed(value):
     return Reply(gzip.compress(body(value)), headers=["Content-Encoding: gzip"])
 
 
-def silent(after=b""):
-    """Holds the connection open behind these bytes."""
-    return Reply(raw=Held(after))
+def silent():
+    """Holds the connection open without an answer."""
+    return Reply(raw=Held(b""))
 
 
 class Server(ScriptedServer):
