@@ -52,7 +52,7 @@ StandardResponse failed(const QString &message) { return {error, message}; }
 StandardResponse done(const QString &message) { return {success, message}; }
 StandardResponse unknownCustomer() { return failed(u"No encontramos a ese cliente"_s); }
 
-std::string pathOf(QLatin1StringView endpoint) { return "/" + std::string(endpoint.data(), endpoint.size()); }
+std::string pathOf(QLatin1StringView endpoint) { return (u'/' + QString(endpoint)).toStdString(); }
 
 bool equalIgnoringCase(std::string_view one, std::string_view other)
 {
