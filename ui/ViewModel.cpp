@@ -42,8 +42,8 @@ void ViewModel::componentComplete()
 }
 
 /// When an object with an id is destroyed, Qt 6.4 uses the page whose context contains the id. That is safe while the
-/// page is being destroyed, or after its context has been destroyed. The garbage collector may keep the context longer
-/// than the page, but not longer than the engine.
+/// page is being destroyed, or after its context has been destroyed. The garbage collector may keep the context
+/// longer than the page, but not longer than the engine.
 void ViewModel::destroy()
 {
     if (m_pageIsBeingDestroyed || !m_engine) {

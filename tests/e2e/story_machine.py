@@ -9,7 +9,8 @@ from scripted import ScriptedServer, reply
 from service import demo_port
 from stage import BRUNO, story
 
-IDLE = 10
+# Long enough for a caret that blinks and a spinner that turns.
+IDLE = 3
 
 
 def spent(phone):
