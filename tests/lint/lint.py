@@ -12,11 +12,14 @@ import json
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 
 FOLDERS = ("api", "app", "bench", "check", "demo", "deployments", "screens", "session", "tests", "ui")
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
+# Sources that clang-tidy reads as one.
+TOGETHER = 8
 EXTREME = re.compile(r"\bMath\.(?:max|min)\(")
 
 
@@ -63,12 +66,31 @@ class Lint:
     def format(self):
         return self.run("clang-format", "--dry-run", "--Werror", *map(str, self.cpp), cwd=self.source)
 
-    def tidy(self, file):
-        command = self.commands[str(file)]
-        texts = [f.read_text() for f in self.uses(file)] + [(self.source / ".clang-tidy").read_text()]
-        texts.append(command.replace(str(self.build), "").replace(str(self.source), ""))
-        return self.remembered("clang-tidy", str(file.relative_to(self.source)), texts,
-                               lambda: self.run("clang-tidy", "--quiet", "-p", str(self.build), str(file)))
+    def groups(self):
+        """The sources that are compiled with the same options, a few together: clang-tidy takes most of its time for the
+        headers of libraries. The tests are formatted like all else, but may be as plain as they like."""
+        by_options = {}
+        for file in self.cpp:
+            if str(file) in self.commands and file.relative_to(self.source).parts[0] != "tests":
+                words = shlex.split(self.commands[str(file)])
+                at = words.index("-o")
+                rest = words[:at] + words[at + 2:]
+                first = next(i for i, word in enumerate(rest) if word.startswith("-"))  # behind the compiler
+                by_options.setdefault(tuple(w for w in rest[first:] if w not in ("-c", str(file))), []).append(file)
+        for options, files in by_options.items():
+            for at in range(0, len(files), TOGETHER):
+                yield options, files[at:at + TOGETHER]
+
+    def tidy(self, options, files):
+        text = "".join(f'#include "{file}"\n' for file in files)
+        used = dict.fromkeys(each for file in files for each in self.uses(file))
+        texts = [each.read_text() for each in used] + [(self.source / ".clang-tidy").read_text()]
+        texts.append(" ".join(options).replace(str(self.build), "").replace(str(self.source), ""))
+        together = self.cache / f"together-{hashlib.sha256(text.encode()).hexdigest()[:12]}.cpp"
+        together.write_text(text)
+        return self.remembered("clang-tidy", " ".join(str(file.relative_to(self.source)) for file in files), texts,
+                               lambda: self.run("clang-tidy", "--quiet", f"--config-file={self.source / '.clang-tidy'}",
+                                                str(together), "--", *options))
 
     def lint_qml(self):
         tool = next((t for t in ("/usr/lib/qt6/bin/qmllint", "qmllint6", "qmllint") if self.has(t)), None)
@@ -103,10 +125,9 @@ class Lint:
         yield "clang-format", self.format
         yield "qmllint", self.lint_qml
         yield "largest and smallest of two", self.extremes
-        for file in self.cpp:
-            # The tests are formatted like all else, but may be as plain as they like.
-            if str(file) in self.commands and file.relative_to(self.source).parts[0] != "tests":
-                yield f"clang-tidy {file.relative_to(self.source)}", lambda file=file: self.tidy(file)
+        for options, files in self.groups():
+            names = " ".join(str(file.relative_to(self.source)) for file in files)
+            yield f"clang-tidy {names}", lambda options=options, files=files: self.tidy(options, files)
 
 
 def main():
