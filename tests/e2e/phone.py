@@ -108,7 +108,7 @@ class Phone:
         return child
 
     def _start_display(self):
-        server, display = start_display(*self.size)
+        server, display = start_display(*self.size, self.home)
         self.children.append(server)
         os.environ.update(DISPLAY=display, XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                           XDG_DATA_HOME=str(self.home / "data"), XDG_CONFIG_HOME=str(self.home / "config"),
@@ -366,14 +366,15 @@ class Phone:
         """Until nothing has moved for a moment; what never stands still, the splash, is taken as it is then."""
         until, since, before = time.monotonic() + limit, time.monotonic(), b""
         while time.monotonic() < until:
-            now = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"], check=True,
-                                 stdout=subprocess.PIPE).stdout
+            now = (self.home / "Xvfb_screen0").read_bytes()
             if now != before:
                 since, before = time.monotonic(), now
             elif time.monotonic() - since > still:
                 return
+            time.sleep(0.02)
 
     def standard_error(self):
-        """What the app has said. A screen reader that asks for what has just gone makes later Qt say so too."""
+        """What the app has said. Qt tells of a screen reader that asks for what has just gone, and of an accessibility service
+        that takes more than a tenth of a second for a key."""
         return "".join(line for line in self.errors.read_text().splitlines(keepends=True)
-                       if not line.startswith("qt.accessibility.atspi: Could not find accessible on path"))
+                       if not line.startswith(("qt.accessibility.atspi: Could not find accessible on path", "QSpiApplication::")))

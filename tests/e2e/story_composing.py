@@ -106,7 +106,11 @@ def dead_key_in_the_middle(stage):
     with stage.scripted(prepare=compose) as (phone, server):
         phone.type(PASSWORD, "b")
         phone.focus(EMAIL)
-        phone.keys("l", "u", "c", "dead_acute", "i", "a")
+        phone.keys("l", "u", "c")
+        phone.wait_text(EMAIL, "luc")
+        phone.keys("dead_acute", "i")
+        phone.wait_text(EMAIL, "lucí")
+        phone.keys("a")
         phone.wait_text(EMAIL, "lucía")
         phone.keys("dead_acute")
         body = sent(phone, server, phone.click, "Iniciar Sesión")
