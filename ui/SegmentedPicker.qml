@@ -47,7 +47,7 @@ T.Control {
     }
     contentItem: Item {
         id: track
-        readonly property real share: width / Math.max(1, picker.options.length)
+        readonly property real share: width / picker.options.length
 
         Item {
             objectName: "thumb"

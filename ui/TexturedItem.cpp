@@ -21,22 +21,18 @@ public:
     SharedTexture find(const QQuickWindow *window, const QString &key, Make make)
     {
         const QMutexLocker lock(&m_mutex);
-        auto &entry = m_textures[std::pair(window, key)];
-        if (SharedTexture known = entry.lock())
+        const std::pair at(window, key);
+        if (SharedTexture known = m_textures.value(at).lock())
             return known;
+        m_textures.removeIf([](const auto &each) { return each.value().expired(); });
         SharedTexture made(make());
-        entry = made;
-        if (m_textures.size() > m_sweepAt) {
-            m_textures.removeIf([](const auto &each) { return each.value().expired(); });
-            m_sweepAt = std::max<qsizetype>(64, 2 * m_textures.size());
-        }
+        m_textures[at] = made;
         return made;
     }
 
 private:
     QMutex m_mutex;
     QHash<std::pair<const QQuickWindow *, QString>, std::weak_ptr<QSGTexture>> m_textures;
-    qsizetype m_sweepAt = 64;
 };
 
 TextureCache &textureCache()

@@ -11,6 +11,7 @@ class LookTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void coloursThatNoTableHolds();
+    void changedShapeIsDrawnAnew();
     void outlineHasTheDesignedCurve();
     void radiusIsLimitedByTheShorterSide();
     void artworkIsThereForAllRatios_data();
@@ -25,6 +26,22 @@ void LookTest::coloursThatNoTableHolds()
     QCOMPARE(screen.root()->property("hint").value<QColor>().rgba(), qRgba(0x3C, 0x3C, 0x43, qRound(0.30 * 255)));
     // Grey at 10 % over white.
     QCOMPARE(screen.root()->property("back").value<QColor>().rgba(), qRgb(244, 244, 244));
+}
+
+void LookTest::changedShapeIsDrawnAnew()
+{
+    TestScreen screen("ContinuousRectangle { radius: 4; color: 'blue' }", {60, 60});
+    QImage before = screen.picture();
+    for (const auto &[property, value] : {std::pair("radius", QVariant(12)),
+                                          {"color", QColor(Qt::green)},
+                                          {"borderWidth", 6},
+                                          {"borderColor", QColor(Qt::red)}}) {
+        screen.root()->setProperty(property, value);
+        const QImage after = screen.picture();
+        if (qstrcmp(property, "borderWidth") != 0) // transparent
+            QVERIFY2(after != before, property);
+        before = after;
+    }
 }
 
 void LookTest::outlineHasTheDesignedCurve()

@@ -71,7 +71,7 @@ private:
     /// With another size in its frame's header.
     static QByteArray resized(QByteArray jpeg, quint16 width, quint16 height)
     {
-        const qsizetype frame = jpeg.indexOf("\xFF\xC2");
+        const qsizetype frame = std::max(jpeg.indexOf("\xFF\xC2"), jpeg.indexOf("\xFF\xC0"));
         qToBigEndian(height, jpeg.data() + frame + 5);
         qToBigEndian(width, jpeg.data() + frame + 7);
         return jpeg;
@@ -168,7 +168,9 @@ void PhotoDecoderTest::jpegInPartsIsBoundedByItsMemory()
     const QByteArray jpeg = encoded(halves(64, 64), "jpeg", true);
     QVERIFY(!decodePhoto(jpeg, 20).isNull());
     QVERIFY(!decodePhoto(resized(jpeg, 4000, 3000), 20).isNull());
-    QVERIFY(decodePhoto(resized(jpeg, 16384, 16384), 20).isNull());
+    QVERIFY(decodePhoto(resized(jpeg, 12000, 9000), 20).isNull());
+    // In one part it needs memory for some lines only.
+    QVERIFY(!decodePhoto(resized(encoded(halves(64, 64), "jpeg"), 12000, 9000), 20).isNull());
 }
 
 void PhotoDecoderTest::jpegInPartsIsBoundedByItsScans()

@@ -6,7 +6,9 @@
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
+#include <QFile>
 #include <QGuiApplication>
+#include <QLibraryInfo>
 #include <QProcess>
 #include <QTest>
 
@@ -27,12 +29,18 @@ constexpr auto appearance = "org.freedesktop.appearance"_L1;
 class Portal : public QDBusVirtualObject {
 public:
     QHash<QString, QVariant> values;
+    /// The version of its file chooser; invalid without one.
+    QVariant fileChooser;
     int questions = 0;
 
     QString introspect(const QString &) const override { return {}; }
 
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
+        if (message.member() == u"Get"_s && !fileChooser.isValid())
+            return connection.send(message.createErrorReply(u"org.freedesktop.DBus.Error.UnknownInterface"_s, {}));
+        if (message.member() == u"Get"_s)
+            return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(fileChooser))));
         if (message.member() != u"Read"_s)
             return false;
         ++questions;
@@ -90,12 +98,16 @@ private Q_SLOTS:
     void init()
     {
         m_portal.values.clear();
+        m_portal.fileChooser = {};
         m_portal.questions = 0;
     }
     void motionIsReducedWhereTheDesktopSaysSo_data();
     void motionIsReducedWhereTheDesktopSaysSo();
     void changeIsFollowed();
     void nothingMovesWhenMotionIsReduced();
+    void photoPickerIsThePortals_data();
+    void photoPickerIsThePortals();
+    void portalIsPreferredUnlessAThemeIsChosen();
     void textScaleFollowsTheFontAgainstTheDesktopsStandard();
 
 private:
@@ -173,6 +185,46 @@ void PlatformSettingsTest::nothingMovesWhenMotionIsReduced()
     screen.key(Qt::Key_Escape);
     QCOMPARE(screen.root()->property("depth").toInt(), 1);
     QVERIFY(!screen.root()->property("moving").toBool());
+}
+
+void PlatformSettingsTest::photoPickerIsThePortals_data()
+{
+    QTest::addColumn<QByteArray>("theme");
+    QTest::addColumn<QVariant>("fileChooser");
+    QTest::addColumn<bool>("offered");
+    QTest::newRow("portal") << QByteArray("xdgdesktopportal") << QVariant(4u) << true;
+    QTest::newRow("portal without a file chooser") << QByteArray("xdgdesktopportal") << QVariant() << false;
+    QTest::newRow("another theme") << QByteArray("gtk3") << QVariant(4u) << false;
+}
+
+void PlatformSettingsTest::photoPickerIsThePortals()
+{
+    QFETCH(QByteArray, theme);
+    QFETCH(bool, offered);
+    QFETCH(QVariant, fileChooser);
+    m_portal.fileChooser = fileChooser;
+    const QByteArray before = qgetenv("QT_QPA_PLATFORMTHEME");
+    qputenv("QT_QPA_PLATFORMTHEME", theme);
+    PlatformSettings platform;
+    QVERIFY(!platform.photoPicker());
+    untilAnswered();
+    QTest::qWait(0);
+    QCOMPARE(platform.photoPicker(), offered);
+    qputenv("QT_QPA_PLATFORMTHEME", before);
+}
+
+void PlatformSettingsTest::portalIsPreferredUnlessAThemeIsChosen()
+{
+    const QByteArray before = qgetenv("QT_QPA_PLATFORMTHEME");
+    qputenv("QT_QPA_PLATFORMTHEME", "gtk3");
+    PlatformSettings::preferPortal();
+    QCOMPARE(qgetenv("QT_QPA_PLATFORMTHEME"), QByteArray("gtk3"));
+    qunsetenv("QT_QPA_PLATFORMTHEME");
+    PlatformSettings::preferPortal();
+    const bool there =
+        QFile::exists(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/platformthemes/libqxdgdesktopportal.so"_s);
+    QCOMPARE(qgetenv("QT_QPA_PLATFORMTHEME"), QByteArray(there ? "xdgdesktopportal" : ""));
+    qputenv("QT_QPA_PLATFORMTHEME", before);
 }
 
 void PlatformSettingsTest::textScaleFollowsTheFontAgainstTheDesktopsStandard()

@@ -40,6 +40,9 @@ void SecureFieldTest::roleNameAndBulletsAreHeard()
     QCOMPARE(field->textInterface()->text(0, 9), QString(9, u'\u2022'));
     QCOMPARE(field->textInterface()->text(2, 4), QString(2, u'\u2022'));
     QCOMPARE(field->textInterface()->text(-5, 900), QString(9, u'\u2022'));
+    // A negative end is that of the text.
+    QCOMPARE(field->textInterface()->text(3, -1), QString(6, u'\u2022'));
+    QCOMPARE(field->textInterface()->text(0, 0), QString());
 }
 
 void SecureFieldTest::clearTextIsNeverExposed()
@@ -71,6 +74,9 @@ void SecureFieldTest::assistiveTechnologyFocusesAndWrites()
     field->editableTextInterface()->insertText(5, u"!"_s);
     field->editableTextInterface()->deleteText(0, 1);
     QCOMPARE(screen.find(u"pass"_s)->property("text").toString(), u"uevo!"_s);
+    field->editableTextInterface()->replaceText(1, -1, u"no"_s);
+    field->editableTextInterface()->insertText(0, u"b"_s);
+    QCOMPARE(screen.find(u"pass"_s)->property("text").toString(), u"buno"_s);
     field->editableTextInterface()->replaceText(-3, 900, u"nuevo"_s);
     QCOMPARE(screen.find(u"pass"_s)->property("text").toString(), u"nuevo"_s);
     field->textInterface()->setSelection(0, 1, 3);
