@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype shownRows = 6;
+constexpr qsizetype listedNumbers = 6;
 
 } // namespace
 
@@ -19,11 +19,11 @@ QString Finding::where() const
     if (rows.isEmpty())
         return place;
     QStringList numbers;
-    for (qsizetype i = 0; i < std::min(shownRows, rows.size()); ++i)
+    for (qsizetype i = 0; i < std::min(listedNumbers, rows.size()); ++i)
         numbers += QString::number(rows[i]);
     QString list = numbers.join(u", "_s);
-    if (rows.size() > shownRows)
-        list += u" and %1 more"_s.arg(rows.size() - shownRows);
+    if (rows.size() > listedNumbers)
+        list += u" and %1 more"_s.arg(rows.size() - listedNumbers);
     // The first brackets belong to the list; a key may contain brackets too.
     const qsizetype at = place.indexOf("[]"_L1);
     return place.first(at + 1) + list + place.sliced(at + 1);

@@ -8,12 +8,20 @@ add_compile_definitions(
     QT_NO_FOREACH
     QT_DEPRECATED_WARNINGS_SINCE=0x060400)
 
+# GCC takes the classes of several sources that are compiled as one for classes of a header.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-Wno-subobject-linkage)
+endif()
+
 if(MAROVENDA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)
     # Reports name lines, for which this much is enough; it is written and linked faster.
     add_compile_options(-g1)
+    # Layouts as byte code compile faster than as C++; the release builds have them as C++.
+    set(QT_QMLCACHEGEN_ARGUMENTS --only-bytecode)
 endif()
+define_property(TARGET PROPERTY QT_QMLCACHEGEN_ARGUMENTS INITIALIZE_FROM_VARIABLE QT_QMLCACHEGEN_ARGUMENTS)
 
 if(MAROVENDA_DEV)
     add_compile_options(-O1)

@@ -1,15 +1,20 @@
-# marovenda_add_test(NAME SOURCES file... LIBRARIES target...)
+# marovenda_add_tests(NAME TESTS [folder/]Part... SOURCES file... LIBRARIES target...)
 #
-# An executable on Qt Test and a CTest of its name. It sees no display, no session bus and none of the user's own
-# directories (see MarovendaTest.h for those that it starts with).
-function(marovenda_add_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+# One executable NAME for the Qt Tests folder/tst_Part.cpp, and a CTest tst_Part for each of them. A test sees no display, no
+# session bus and none of the user's own directories (see MarovendaTest.h).
+function(marovenda_add_tests name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "TESTS;SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/tests)
     target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} Qt6::Test)
-    add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES
-        TIMEOUT 300
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;DBUS_SESSION_BUS_ADDRESS=disabled:;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} marovenda_test_support Qt6::Test)
+    foreach(part IN LISTS arg_TESTS)
+        string(REGEX REPLACE "[^/]+$" "tst_\\0" source ${part})
+        cmake_path(GET source FILENAME test)
+        target_sources(${name} PRIVATE ${source}.cpp)
+        add_test(NAME ${test} COMMAND ${name} ${test})
+        set_tests_properties(${test} PROPERTIES
+            TIMEOUT 300
+            ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;DBUS_SESSION_BUS_ADDRESS=disabled:;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+    endforeach()
 endfunction()

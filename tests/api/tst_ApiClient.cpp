@@ -288,5 +288,5 @@ void ApiClientTest::completionMayCallAgain()
     QCOMPARE(server.requests().size(), 2);
 }
 
-MAROVENDA_TEST_MAIN(ApiClientTest)
+MAROVENDA_TEST(ApiClientTest)
 #include "tst_ApiClient.moc"

@@ -164,5 +164,5 @@ void HttpLimitsTest::slowReplyGoesOn()
     QVERIFY(time.elapsed() > 1000);
 }
 
-MAROVENDA_TEST_MAIN(HttpLimitsTest)
+MAROVENDA_TEST(HttpLimitsTest)
 #include "tst_HttpLimits.moc"

@@ -201,5 +201,5 @@ void HttpTransportTest::manyExchangesRunAtOnce()
     QCOMPARE(server.requests().size(), count);
 }
 
-MAROVENDA_TEST_MAIN(HttpTransportTest)
+MAROVENDA_TEST(HttpTransportTest)
 #include "tst_HttpTransport.moc"

@@ -133,5 +133,5 @@ void JsonDocumentsTest::nestingUpToALimitIsTaken()
     QCOMPARE(result.error.isEmpty(), taken);
 }
 
-MAROVENDA_TEST_MAIN(JsonDocumentsTest)
+MAROVENDA_TEST(JsonDocumentsTest)
 #include "tst_JsonDocuments.moc"

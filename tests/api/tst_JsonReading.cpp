@@ -290,5 +290,5 @@ void JsonReadingTest::textsOfALongReplyStandAlone()
     QVERIFY(last.startsWith(texts[1001]) && last.size() == texts[1001].size() + 100'000);
 }
 
-MAROVENDA_TEST_MAIN(JsonReadingTest)
+MAROVENDA_TEST(JsonReadingTest)
 #include "tst_JsonReading.moc"

@@ -198,5 +198,5 @@ void JsonWritingTest::doubleThatIsNotFiniteRefusesTheRecord()
     QVERIFY(Json::write(with(&CotizacionRequest::peso, 1)));
 }
 
-MAROVENDA_TEST_MAIN(JsonWritingTest)
+MAROVENDA_TEST(JsonWritingTest)
 #include "tst_JsonWriting.moc"

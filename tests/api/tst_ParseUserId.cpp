@@ -46,5 +46,5 @@ void ParseUserIdTest::readsDecimalIntegersOnly()
 
 void ParseUserIdTest::absentIsNobody() { QCOMPARE(parseUserId(std::nullopt), 0); }
 
-MAROVENDA_TEST_MAIN(ParseUserIdTest)
+MAROVENDA_TEST(ParseUserIdTest)
 #include "tst_ParseUserId.moc"

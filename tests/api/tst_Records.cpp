@@ -95,5 +95,5 @@ void RecordsTest::recordIsWrittenByteForByte()
     QTEST(bytes, "expected");
 }
 
-MAROVENDA_TEST_MAIN(RecordsTest)
+MAROVENDA_TEST(RecordsTest)
 #include "tst_Records.moc"

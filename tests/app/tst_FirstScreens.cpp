@@ -88,5 +88,5 @@ void FirstScreensTest::appSaysInOneLineThatTheyAreMissingAndEnds()
              lines.first().constData());
 }
 
-MAROVENDA_TEST_MAIN(FirstScreensTest)
+MAROVENDA_TEST(FirstScreensTest)
 #include "tst_FirstScreens.moc"

@@ -141,5 +141,5 @@ void MarovendaAppTest::windowHasTheDesignedSizes()
     QCOMPARE(window->title(), u"Marovenda"_s);
 }
 
-MAROVENDA_TEST_MAIN(MarovendaAppTest)
+MAROVENDA_TEST(MarovendaAppTest)
 #include "tst_MarovendaApp.moc"

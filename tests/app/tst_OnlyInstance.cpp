@@ -280,5 +280,5 @@ void OnlyInstanceTest::anotherAnswerIsNone()
     QCOMPARE(start.result(), Start::Unanswered);
 }
 
-MAROVENDA_TEST_MAIN(OnlyInstanceTest)
+MAROVENDA_TEST(OnlyInstanceTest)
 #include "tst_OnlyInstance.moc"

@@ -72,5 +72,5 @@ void SplashViewTest::spinnerRestsWhileInvisible()
     QVERIFY(!timer->property("running").toBool());
 }
 
-MAROVENDA_TEST_MAIN(SplashViewTest)
+MAROVENDA_TEST(SplashViewTest)
 #include "tst_SplashView.moc"

@@ -1,3 +1,4 @@
+#include "MarovendaTest.h"
 #include "Exchange.h"
 #include "Json.h"
 #include "JsonTrouble.h"
@@ -136,5 +137,5 @@ void SameVerdictTest::replyThatTakesFiveSecondsIsAWarning()
     QCOMPARE(findings.sorted().first().what, u"5.0 s until the reply; the app shows no progress"_s);
 }
 
-QTEST_GUILESS_MAIN(SameVerdictTest)
+MAROVENDA_TEST(SameVerdictTest)
 #include "tst_SameVerdict.moc"

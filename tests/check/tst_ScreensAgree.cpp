@@ -177,5 +177,5 @@ void ScreensAgreeTest::forms()
     QCOMPARE(screen.text(u"msg"_s), said("/api_recuperar.php", body).texts.value(0));
 }
 
-MAROVENDA_TEST_MAIN(ScreensAgreeTest)
+MAROVENDA_TEST(ScreensAgreeTest)
 #include "tst_ScreensAgree.moc"

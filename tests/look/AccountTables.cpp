@@ -5,8 +5,6 @@ using namespace look;
 
 namespace {
 
-constexpr qreal bar = 44;
-
 Table splash()
 {
     return {

@@ -5,8 +5,6 @@ using namespace look;
 
 namespace {
 
-constexpr qreal bar = 44;
-
 /// An empty message keeps its line.
 Table emptyMessage() { return {{u"msg"_s, {below(u"enviar"_s, 12), height(22)}}}; }
 

@@ -2,6 +2,9 @@
 
 #include "Rules.h"
 
+/// The height of a navigation bar.
+inline constexpr qreal bar = 44;
+
 /// A field of a form between the paddings of its screen.
 inline QList<Rule> field(const QString &above, qreal distance, qreal side = 24)
 {

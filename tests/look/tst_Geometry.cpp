@@ -74,5 +74,5 @@ void GeometryTest::everyTargetIsLargeEnough()
     QCOMPARE(found, hasTargets);
 }
 
-MAROVENDA_TEST_MAIN(GeometryTest)
+MAROVENDA_TEST(GeometryTest)
 #include "tst_Geometry.moc"

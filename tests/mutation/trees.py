@@ -110,7 +110,9 @@ class Tree:
             targets = tuple(sorted({os.path.relpath(each, self.build) for each in paths} & built))
             inputs = self.inputs(targets) if targets and listed["name"] != "lint" else []
             if any(each.startswith(PRODUCT) for each in inputs):
-                own = [each for each in inputs if not each.startswith(PRODUCT) or each == "app/main.cpp"]
+                # Of an executable with several tests the others' sources say nothing of this one.
+                own = [each for each in inputs if (not each.startswith(PRODUCT) or each == "app/main.cpp") and
+                       (not pathlib.Path(each).stem.startswith("tst_") or pathlib.Path(each).stem == listed["name"])]
                 tests.append(types.SimpleNamespace(
                     name=listed["name"], command=command, environment=environment, limit=properties.get("TIMEOUT", 300),
                     targets=targets, folders={os.path.dirname(each) for each in inputs}, sources=own,

@@ -57,13 +57,13 @@ def apply(work):
     return new, commands
 
 
-def compile_like(model, name, source, build, work, moc):
-    """With the options of a file that is built, whose include folders become those of the copy."""
+def compile_for(target, name, source, build, work, moc):
+    """With the options of a target that is built, whose include folders become those of the copy."""
     for entry in json.loads((build / "compile_commands.json").read_text()):
-        if entry["file"] == str(source / model):
+        if f"/{target}.dir/" in entry["command"]:
             break
     else:
-        sys.exit(f"{model} is not built")
+        sys.exit(f"{target} is not built")
     words = shlex.split(entry["command"])
     inside = lambda word: word.replace(str(source), str(work)) if str(build) not in word else word
     options = [inside(w) for w in words if w.startswith(("-D", "-I", "-std", "-f", "-W"))]
@@ -91,11 +91,10 @@ def main():
             subprocess.run(command, shell=True, check=True, cwd=work)
     else:
         build, moc = between
-        models = {"screens/logistics/HorarioViewModel.cpp": "screens/logistics/CasilleroViewModel.cpp",
-                  "tests/screens/logistics/tst_HorarioView.cpp": "tests/screens/logistics/tst_CasilleroView.cpp"}
-        for name, model in models.items():
-            compile_like(model, name, source, build, work, moc)
-        compile_like("tests/api/tst_Records.cpp", "tests/api/tst_Records.cpp", source, build, work, moc)
+        for target, name in (("marovenda_logistics", "screens/logistics/HorarioViewModel.cpp"),
+                             ("tests_screens", "tests/screens/logistics/tst_HorarioView.cpp"),
+                             ("tests_api", "tests/api/tst_Records.cpp")):
+            compile_for(target, name, source, build, work, moc)
     print(f"{len(new)} new files; the walk-through holds")
 
 

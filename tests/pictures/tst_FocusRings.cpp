@@ -138,5 +138,5 @@ void FocusRingsTest::check(TestScreen &screen)
                        ": it has no ring, or one with a gap or hard to see; see picture-differences");
 }
 
-MAROVENDA_TEST_MAIN(FocusRingsTest)
+MAROVENDA_TEST(FocusRingsTest)
 #include "tst_FocusRings.moc"

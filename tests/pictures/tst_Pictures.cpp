@@ -142,5 +142,5 @@ void PicturesTest::everyReferenceHasItsScene()
     QCOMPARE(files, names);
 }
 
-MAROVENDA_TEST_MAIN(PicturesTest)
+MAROVENDA_TEST(PicturesTest)
 #include "tst_Pictures.moc"

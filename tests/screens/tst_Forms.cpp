@@ -285,5 +285,5 @@ void FormsTest::typingScrollsBackToTheField()
     QTRY_VERIFY(TestScreen::box(field).top() >= 0);
 }
 
-MAROVENDA_TEST_MAIN(FormsTest)
+MAROVENDA_TEST(FormsTest)
 #include "tst_Forms.moc"

@@ -145,5 +145,5 @@ void RepliesTest::replyIsAppliedInItsTurn()
     QTEST(found(), "turn");
 }
 
-MAROVENDA_TEST_MAIN(RepliesTest)
+MAROVENDA_TEST(RepliesTest)
 #include "tst_Replies.moc"

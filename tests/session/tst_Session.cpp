@@ -391,5 +391,5 @@ void SessionTest::nothingIsOpenedBeforeItsFirstUse()
     QVERIFY(QFile::exists(folder.file()));
 }
 
-MAROVENDA_TEST_MAIN(SessionTest)
+MAROVENDA_TEST(SessionTest)
 #include "tst_Session.moc"

@@ -209,5 +209,5 @@ void SessionStoreTest::endlessLogIsShortenedByItself()
     QVERIFY(folder.bytes().size() > photo.size());
 }
 
-MAROVENDA_TEST_MAIN(SessionStoreTest)
+MAROVENDA_TEST(SessionStoreTest)
 #include "tst_SessionStore.moc"

@@ -345,5 +345,5 @@ void SessionStoreDamageTest::logWithoutItsFileGoesAside()
     QVERIFY(folder.bytes(u".damaged-1-wal"_s) == log);
 }
 
-MAROVENDA_TEST_MAIN(SessionStoreDamageTest)
+MAROVENDA_TEST(SessionStoreDamageTest)
 #include "tst_SessionStoreDamage.moc"

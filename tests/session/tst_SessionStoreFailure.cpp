@@ -125,5 +125,5 @@ void SessionStoreFailureTest::lockedStoreRefusesTheWrite()
     QVERIFY(!store.replaced);
 }
 
-MAROVENDA_TEST_MAIN(SessionStoreFailureTest)
+MAROVENDA_TEST(SessionStoreFailureTest)
 #include "tst_SessionStoreFailure.moc"

@@ -23,8 +23,3 @@ int runMarovendaCheck(const std::function<int()> &check, int argc, char *argv[])
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return code;
 }
-
-int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int argc, char *argv[])
-{
-    return runMarovendaCheck([&] { return QTest::qExec(make().get(), argc, argv); }, argc, argv);
-}

@@ -5,16 +5,24 @@
 #include <functional>
 #include <memory>
 
-/// Runs the tests of what `make` makes in an application of their own: with a data directory that goes with the
-/// process, without a display, a session bus or a proxy. Returns the process's exit status.
-int runMarovendaTest(const std::function<std::unique_ptr<QObject>()> &make, int argc, char *argv[]);
-
-/// The same for a check that is no Qt Test: runs `check` there and returns what it returns.
+/// Runs a check in an application of its own: with a data directory that goes with the process, without a display, a
+/// session bus or a proxy. Returns what `check` returns.
 int runMarovendaCheck(const std::function<int()> &check, int argc, char *argv[]);
 
-/// The main function of a test.
-#define MAROVENDA_TEST_MAIN(Test)                                                                                    \
-    int main(int argc, char *argv[])                                                                                 \
-    {                                                                                                                \
-        return runMarovendaTest([] { return std::make_unique<Test>(); }, argc, argv);                                \
-    }
+/// A Qt Test of an executable, which runs it when it is called with the test's name: tst_Fields for FieldsTest.
+class MarovendaTest {
+public:
+    using Make = std::unique_ptr<QObject> (*)();
+
+    MarovendaTest(const char *className, Make make, bool inApplication);
+};
+
+#define MAROVENDA_TEST_AS(Test, inApplication)                                                                       \
+    static const MarovendaTest registered##Test(                                                                     \
+        #Test, []() -> std::unique_ptr<QObject> { return std::make_unique<Test>(); }, inApplication);
+
+/// A test that runs as a check does, see `runMarovendaCheck`.
+#define MAROVENDA_TEST(Test) MAROVENDA_TEST_AS(Test, true)
+
+/// A test that makes its applications itself.
+#define MAROVENDA_TEST_WITHOUT_APPLICATION(Test) MAROVENDA_TEST_AS(Test, false)

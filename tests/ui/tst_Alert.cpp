@@ -176,5 +176,5 @@ void AlertTest::focusComesBackToWhereItWas()
     QCOMPARE(field->property("cursorPosition").toInt(), 3);
 }
 
-MAROVENDA_TEST_MAIN(AlertTest)
+MAROVENDA_TEST(AlertTest)
 #include "tst_Alert.moc"

@@ -296,5 +296,5 @@ void BackgroundTest::nothingRunsAfterTheApplication()
     QVERIFY(!taken);
 }
 
-QTEST_APPLESS_MAIN(BackgroundTest)
+MAROVENDA_TEST_WITHOUT_APPLICATION(BackgroundTest)
 #include "tst_Background.moc"

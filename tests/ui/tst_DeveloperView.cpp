@@ -138,5 +138,5 @@ void DeveloperViewTest::longLinksAreNotCut()
     QVERIFY(TestScreen::box(screen.find(u"volver"_s)).bottom() <= size.height());
 }
 
-MAROVENDA_TEST_MAIN(DeveloperViewTest)
+MAROVENDA_TEST(DeveloperViewTest)
 #include "tst_DeveloperView.moc"

@@ -213,5 +213,5 @@ void FieldsTest::lowFieldHasALargeTarget()
     }
 }
 
-MAROVENDA_TEST_MAIN(FieldsTest)
+MAROVENDA_TEST(FieldsTest)
 #include "tst_Fields.moc"

@@ -73,5 +73,5 @@ void HeldKeysTest::repeatsAreToldFromPresses()
     QTEST(window.seen, "seen");
 }
 
-MAROVENDA_TEST_MAIN(HeldKeysTest)
+MAROVENDA_TEST(HeldKeysTest)
 #include "tst_HeldKeys.moc"

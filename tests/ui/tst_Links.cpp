@@ -66,5 +66,5 @@ void LinksTest::onlyAddressesOfHttpsAndMailtoLeave()
     QCOMPARE(m_opened.size(), address.isEmpty() ? 0 : 1);
 }
 
-MAROVENDA_TEST_MAIN(LinksTest)
+MAROVENDA_TEST(LinksTest)
 #include "tst_Links.moc"

@@ -104,5 +104,5 @@ void LookTest::artworkIsWholeWithinItsItem()
     QCOMPARE(bare.pixelColor(100, 50), QColor(Qt::red));
 }
 
-MAROVENDA_TEST_MAIN(LookTest)
+MAROVENDA_TEST(LookTest)
 #include "tst_Look.moc"

@@ -244,5 +244,5 @@ void NavigationContainerTest::resizedWindowResizesEveryScreen()
     QCOMPARE(screen.find(u"next"_s)->x(), 0);
 }
 
-MAROVENDA_TEST_MAIN(NavigationContainerTest)
+MAROVENDA_TEST(NavigationContainerTest)
 #include "tst_NavigationContainer.moc"

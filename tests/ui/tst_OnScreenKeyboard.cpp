@@ -140,5 +140,5 @@ void OnScreenKeyboardTest::contentReturnsWhenTheKeyboardCloses()
     QTRY_COMPARE(TestScreen::box(screen.find(u"pass"_s)), before);
 }
 
-MAROVENDA_TEST_MAIN(OnScreenKeyboardTest)
+MAROVENDA_TEST(OnScreenKeyboardTest)
 #include "tst_OnScreenKeyboard.moc"

@@ -280,5 +280,5 @@ void PhotoDecoderTest::listedEndingsAreThoseOfTheFormatsThatAreRead()
     QCOMPARE(listed, read);
 }
 
-MAROVENDA_TEST_MAIN(PhotoDecoderTest)
+MAROVENDA_TEST(PhotoDecoderTest)
 #include "tst_PhotoDecoder.moc"

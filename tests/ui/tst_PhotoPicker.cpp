@@ -302,5 +302,5 @@ void PhotoPickerTest::dialogOffersWhatCanBeDecoded()
     QCOMPARE(dialog->property("currentFolder").toUrl(), QUrl::fromLocalFile(path({}).chopped(1)));
 }
 
-MAROVENDA_TEST_MAIN(PhotoPickerTest)
+MAROVENDA_TEST(PhotoPickerTest)
 #include "tst_PhotoPicker.moc"

@@ -127,5 +127,5 @@ void PictureFolderTest::stalledRefreshHoldsUpNoLaterOne()
     QCOMPARE(folder.count(), 2);
 }
 
-MAROVENDA_TEST_MAIN(PictureFolderTest)
+MAROVENDA_TEST(PictureFolderTest)
 #include "tst_PictureFolder.moc"

@@ -251,5 +251,5 @@ void PlatformSettingsTest::textScaleFollowsTheFontAgainstTheDesktopsStandard()
     QGuiApplication::setFont(before);
 }
 
-MAROVENDA_TEST_MAIN(PlatformSettingsTest)
+MAROVENDA_TEST(PlatformSettingsTest)
 #include "tst_PlatformSettings.moc"

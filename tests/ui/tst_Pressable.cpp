@@ -147,5 +147,5 @@ void PressableTest::smallTextHasALargeTarget()
     QCOMPARE(screen.root()->property("presses").toInt(), 3);
 }
 
-MAROVENDA_TEST_MAIN(PressableTest)
+MAROVENDA_TEST(PressableTest)
 #include "tst_Pressable.moc"

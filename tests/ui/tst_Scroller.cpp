@@ -97,5 +97,5 @@ void ScrollerTest::indicatorShowsWhileItMoves()
     QVERIFY(!indicatorShown());
 }
 
-MAROVENDA_TEST_MAIN(ScrollerTest)
+MAROVENDA_TEST(ScrollerTest)
 #include "tst_Scroller.moc"

@@ -98,5 +98,5 @@ void SecureFieldTest::hasTheGeometryAndTheParentOfTheField()
     QVERIFY(field->state().invisible);
 }
 
-MAROVENDA_TEST_MAIN(SecureFieldTest)
+MAROVENDA_TEST(SecureFieldTest)
 #include "tst_SecureField.moc"

@@ -76,5 +76,5 @@ void ViewModelTest::outlivesTheEngineUntilItsCompletion()
     QTRY_VERIFY(!m_viewModel);
 }
 
-MAROVENDA_TEST_MAIN(ViewModelTest)
+MAROVENDA_TEST(ViewModelTest)
 #include "tst_ViewModel.moc"

@@ -100,5 +100,5 @@ void ViewModelsEndTest::isDeletedWhileAFileStalls()
     QVERIFY(!called);
 }
 
-QTEST_APPLESS_MAIN(ViewModelsEndTest)
+MAROVENDA_TEST_WITHOUT_APPLICATION(ViewModelsEndTest)
 #include "tst_ViewModelsEnd.moc"

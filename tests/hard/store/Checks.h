@@ -27,6 +27,9 @@ inline qint64 between(std::mt19937_64 &random, qint64 least, qint64 most)
     return least + static_cast<qint64>(random() % static_cast<std::uint64_t>(most - least + 1));
 }
 
+/// The store's folder in a check; the ones above it are missing at first.
+inline const auto below = QStringLiteral("/data/marovenda");
+
 /// The write with a number: always the same one, and no two alike.
 struct Write {
     explicit Write(qint64 number);

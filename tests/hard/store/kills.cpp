@@ -35,7 +35,7 @@ Together customer(qint64 number)
             {SessionStore::Key::UserEmail, (name + "@ ").repeated(number % 5 * 500 + 1)}};
 }
 
-Values after(Values values, const Together &written)
+Values afterWriting(Values values, const Together &written)
 {
     for (const auto &[key, value] : written)
         values[static_cast<std::size_t>(key)] = value;
@@ -126,8 +126,8 @@ void kill(Tally &tally, const QByteArray &what, Writes writes, std::mt19937_64 r
         const End end = killed(*folder, writes, number, plan, between(random, 0, 30), between(random, 0, 3000));
 
         for (; number <= end.lastTold; ++number)
-            values = after(values, writes(number));
-        const Values begun = after(values, writes(number));
+            values = afterWriting(values, writes(number));
+        const Values begun = afterWriting(values, writes(number));
         Watched store(folder->path());
         const Values found = store.values();
         const bool held =

@@ -12,9 +12,6 @@ using Stores::Watched;
 namespace Checks {
 namespace {
 
-/// The store's folder in a story; the ones above it are missing at first.
-const auto below = QStringLiteral("/data/marovenda");
-
 /// Notes what a life does to the files below `folder`: starts, writes and ends, with a mark after each write that was
 /// taken. Large writes make the log long enough to be carried over.
 QList<FileCalls::Call> life(const Folder &folder, qint64 writes, bool large)

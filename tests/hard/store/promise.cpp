@@ -99,8 +99,6 @@ private:
     qint64 m_taken = 0;
 };
 
-const auto below = u"/data/marovenda"_s;
-
 /// No two alike: SQLite does nothing where a value stays the same.
 QByteArray photo(int number) { return (QByteArray::number(number) + ' ').repeated(300'000); }
 

@@ -84,5 +84,5 @@ void PasswordRuleTest::passwordIsAllowed()
     QCOMPARE(isAllowedPassword(password), allowed);
 }
 
-MAROVENDA_TEST_MAIN(PasswordRuleTest)
+MAROVENDA_TEST(PasswordRuleTest)
 #include "tst_PasswordRule.moc"

@@ -263,5 +263,5 @@ void PerfilPhotoTest::earlierPickShowsWhereTheLaterCannotBeLoaded()
     QTRY_COMPARE(profile.photo(), "early");
 }
 
-MAROVENDA_TEST_MAIN(PerfilPhotoTest)
+MAROVENDA_TEST(PerfilPhotoTest)
 #include "tst_PerfilPhoto.moc"

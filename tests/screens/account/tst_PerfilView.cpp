@@ -87,5 +87,5 @@ void PerfilViewTest::leavingDiscardsAllButTheName()
     QVERIFY(pick());
 }
 
-MAROVENDA_TEST_MAIN(PerfilViewTest)
+MAROVENDA_TEST(PerfilViewTest)
 #include "tst_PerfilView.moc"

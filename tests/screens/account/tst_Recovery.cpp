@@ -141,5 +141,5 @@ void RecoveryTest::messageThatComesBehindTheAlertIsAnnouncedAfterIt()
     QTRY_COMPARE(told, QStringList(u"Revisa tu correo"_s));
 }
 
-MAROVENDA_TEST_MAIN(RecoveryTest)
+MAROVENDA_TEST(RecoveryTest)
 #include "tst_Recovery.moc"

@@ -111,5 +111,5 @@ void RegistroViewTest::blanksAroundAreNotSent()
     }
 }
 
-MAROVENDA_TEST_MAIN(RegistroViewTest)
+MAROVENDA_TEST(RegistroViewTest)
 #include "tst_RegistroView.moc"

@@ -82,5 +82,5 @@ void SigningInTest::successWritesTheSession()
     }
 }
 
-MAROVENDA_TEST_MAIN(SigningInTest)
+MAROVENDA_TEST(SigningInTest)
 #include "tst_SigningIn.moc"

@@ -77,5 +77,5 @@ void CasilleroViewTest::buttonReturnsToTheScreenBelow()
     QTRY_VERIFY(screen.settledAt(1));
 }
 
-MAROVENDA_TEST_MAIN(CasilleroViewTest)
+MAROVENDA_TEST(CasilleroViewTest)
 #include "tst_CasilleroView.moc"

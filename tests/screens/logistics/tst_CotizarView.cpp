@@ -122,5 +122,5 @@ void CotizarViewTest::modeIsHeardAsAChoice()
     QVERIFY(!heard(u"Aéreo"_s)->state().checked);
 }
 
-MAROVENDA_TEST_MAIN(CotizarViewTest)
+MAROVENDA_TEST(CotizarViewTest)
 #include "tst_CotizarView.moc"

@@ -412,5 +412,5 @@ void DashboardViewTest::tappedButtonIsNotScrolledTo()
     QCOMPARE(area->property("contentY").toReal(), away);
 }
 
-MAROVENDA_TEST_MAIN(DashboardViewTest)
+MAROVENDA_TEST(DashboardViewTest)
 #include "tst_DashboardView.moc"

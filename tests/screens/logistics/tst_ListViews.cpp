@@ -348,5 +348,5 @@ void ListViewsTest::groupKeepsItsShapeThroughAReply()
     QCOMPARE(shape(), QStringList({u"T4 first last plain"_s}));
 }
 
-MAROVENDA_TEST_MAIN(ListViewsTest)
+MAROVENDA_TEST(ListViewsTest)
 #include "tst_ListViews.moc"

@@ -112,5 +112,5 @@ void ParseDecimalTest::localeOfTheProcessDoesNotMatter()
     QCOMPARE(parseDecimal(u"12,5"_s), 0);
 }
 
-MAROVENDA_TEST_MAIN(ParseDecimalTest)
+MAROVENDA_TEST(ParseDecimalTest)
 #include "tst_ParseDecimal.moc"

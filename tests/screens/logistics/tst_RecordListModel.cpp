@@ -322,5 +322,5 @@ void RecordListModelTest::manyRowsTakeTimeInProportion()
     QCOMPARE(model.rowCount(), static_cast<int>(second.size()));
 }
 
-MAROVENDA_TEST_MAIN(RecordListModelTest)
+MAROVENDA_TEST(RecordListModelTest)
 #include "tst_RecordListModel.moc"
