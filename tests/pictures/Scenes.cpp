@@ -2,6 +2,7 @@
 
 #include "Session.h"
 
+#include <private/qabstractanimation_p.h>
 #include <QBuffer>
 #include <QDir>
 #include <QPainter>
@@ -265,6 +266,9 @@ std::unique_ptr<TestScreen> staged(const QByteArray &name, ScriptedServer &serve
     const auto scene = std::find_if(all.begin(), all.end(), [&](const Scene &each) { return each.name == name; });
     if (scene == all.end())
         qFatal("There is no scene %s", name.constData());
+    // No picture shows an animation under way.
+    QUnifiedTimer::instance()->setSlowModeEnabled(true);
+    QUnifiedTimer::instance()->setSlowdownFactor(1.0 / 50);
     scene->given(server);
     auto screen = std::make_unique<TestScreen>(scene->qml, size);
     if (!scene->when(*screen))
