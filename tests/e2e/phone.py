@@ -157,6 +157,7 @@ class Phone:
         context = GLib.MainContext.default()
         until = time.monotonic() + deadline
         while True:
+            began = time.monotonic()
             try:
                 found = look()
             except GLib.Error:
@@ -167,7 +168,9 @@ class Phone:
                 raise Gone(f"{what} did not come within {deadline:.0f} s; on screen: {self.describe()}")
             if self.app and self.app.poll() is not None:
                 raise Gone(f"the app ended with {self.app.returncode} while waiting for {what}")
-            tick = GLib.timeout_add(40, lambda: False)
+            # The app answers what is looked at: it needs time for something else too.
+            pause = max(40, int(2000 * (time.monotonic() - began)))
+            tick = GLib.timeout_add(pause, lambda: False)
             context.iteration(True)
             if context.find_source_by_id(tick):
                 GLib.source_remove(tick)
