@@ -1,4 +1,5 @@
 #include "Examine.h"
+#include "Exchange.h"
 #include "Forms.h"
 #include "MarovendaTest.h"
 #include "Screens.h"
@@ -11,7 +12,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// What marovenda-check says a screen would show is what the real screen shows, reply for reply.
+/// What marovenda-check says a screen would show is what the real screen shows, reply for reply, and how long it takes.
 class ScreensAgreeTest : public ServiceTest {
     Q_OBJECT
 private Q_SLOTS:
@@ -29,6 +30,7 @@ private Q_SLOTS:
     void casillero();
     void forms_data();
     void forms();
+    void replyThatTakesFiveSecondsIsAWarning();
 
 private:
     template <class Reply>
@@ -175,6 +177,21 @@ void ScreensAgreeTest::forms()
     screen.tap(screen.named(u"Enviar"_s));
     finish(screen, int(before) + 1);
     QCOMPARE(screen.text(u"msg"_s), said("/api_recuperar.php", body).texts.value(0));
+}
+
+void ScreensAgreeTest::replyThatTakesFiveSecondsIsAWarning()
+{
+    Check::Exchange exchange;
+    exchange.reply.body = "{}";
+    exchange.reply.status = 200;
+    exchange.usable = true;
+    Check::Findings findings;
+    exchange.milliseconds = 4999;
+    Check::judgeTransport(exchange, findings);
+    QCOMPARE(findings.count(Check::Severity::Warning), 0);
+    exchange.milliseconds = 5000;
+    Check::judgeTransport(exchange, findings);
+    QCOMPARE(findings.sorted().first().what, u"5.0 s until the reply; the app shows no progress"_s);
 }
 
 MAROVENDA_TEST(ScreensAgreeTest)

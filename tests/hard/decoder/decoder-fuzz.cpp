@@ -1,4 +1,11 @@
-#include "Judgement.h"
+// The fuzzer's target: bytes that the app's reader, its writer, marovenda-check and the second library judge alike.
+
+#include "JsonTrouble.h"
+#include "SecondLibrary.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 
 using namespace Qt::StringLiterals;
 using SecondLibrary::Document;
@@ -52,15 +59,24 @@ QByteArray judgeAs(QByteArrayView bytes, const Document &document)
     return judgeAgain(*result.record);
 }
 
-} // namespace
+/// Whether marovenda-check names a place where the reader refuses the bytes, and none where it does not.
+bool namesThePlace(QByteArrayView bytes, bool isJson)
+{
+    const auto trouble = Check::findJsonTrouble(bytes);
+    if (!trouble || isJson)
+        return !trouble && isJson;
+    return trouble->offset >= 0 && trouble->offset <= bytes.size() && !trouble->what.isEmpty();
+}
 
+/// Reads the bytes as each of the thirteen records and holds the result against the second library's view of them.
+/// Returns what is wrong, or nothing.
 QByteArray judge(QByteArrayView bytes, const Document &document)
 {
     using RecordTools::All;
     // What is refused as a whole is refused before any record: one of them is enough, another for each length.
     const bool isJson = document.kind == Document::Kind::json;
     const qsizetype only = bytes.size() % qsizetype(boost::mp11::mp_size<All>::value);
-    QByteArray wrong;
+    QByteArray wrong = namesThePlace(bytes, isJson) ? ""_ba : "marovenda-check finds another place, or none"_ba;
     qsizetype index = 0;
     RecordTools::forEachRecord<All>([&]<Record R>(const R &) {
         if ((!isJson && index++ != only) || !wrong.isEmpty())
@@ -70,4 +86,19 @@ QByteArray judge(QByteArrayView bytes, const Document &document)
             wrong.prepend(RecordTools::name<R> + ": "_ba);
     });
     return wrong;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
+
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const QByteArrayView bytes(data, static_cast<qsizetype>(size));
+    const QByteArray wrong = judge(bytes, SecondLibrary::parse(bytes));
+    if (!wrong.isEmpty()) {
+        std::fprintf(stderr, "%s\n", wrong.constData());
+        std::abort();
+    }
+    return 0;
 }
