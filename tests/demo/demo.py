@@ -1,17 +1,20 @@
 """The demo service as a program, and one request to it."""
 
+import contextlib
 import json
 import os
 import pathlib
 import re
+import select
 import signal
 import socket
+import sqlite3
 import subprocess
 import tempfile
 import unittest
 
 PROGRAM = os.environ["MAROVENDA_DEMO_SERVICE"]
-PATIENCE = 60
+PATIENCE, PAUSE = 60, 0.1
 
 
 def head(method, path, host="127.0.0.1"):
@@ -32,12 +35,18 @@ class Reply:
     """What the service sends until it closes the connection; a status of 0 where that is nothing."""
 
     def __init__(self, data):
+        self.data = data
         self.head, _, self.body = data.partition(b"\r\n\r\n")
         self.status = int(self.head[9:12] or 0)
 
     def json(self):
         assert b"Content-Type: application/json" in self.head, self.head
         return json.loads(self.body)
+
+    def sound(self):
+        """One whole reply with a record in it, as to everything that the service answers at all."""
+        length = re.search(rb"(?i)\r\ncontent-length: (\d+)", self.head)
+        return length and int(length[1]) == len(self.body) and isinstance(self.json(), dict)
 
 
 class DemoTest(unittest.TestCase):
@@ -68,15 +77,17 @@ class DemoTest(unittest.TestCase):
             told = process.communicate(timeout=PATIENCE)
             self.assertEqual((process.returncode, told), (0, ("", "")))
 
-    def exchange(self, request):
+    def exchange(self, request, whole=True):
+        """What may not be a whole request is followed by the word that there is no more, though not at once: the service does
+        not answer who seems to have gone."""
         with socket.create_connection(("127.0.0.1", self.port), PATIENCE) as connection:
             data = b""
-            try:
+            with contextlib.suppress(ConnectionError):  # refused before all of it was read
                 connection.sendall(request)
+                if not whole and not select.select([connection], [], [], PAUSE)[0]:
+                    connection.shutdown(socket.SHUT_WR)
                 while more := connection.recv(65536):
                     data += more
-            except ConnectionError:
-                pass  # refused before all of it was read
         return Reply(data)
 
     def ask(self, path, body=None):
@@ -85,3 +96,11 @@ class DemoTest(unittest.TestCase):
 
     def listing(self, customer):
         return self.ask(f"api_paquetes.php?user_id={customer}")
+
+    def rows(self, query):
+        """What the database holds."""
+        with contextlib.closing(sqlite3.connect(f"file:{self.database}?mode=ro", uri=True, timeout=PATIENCE)) as database:
+            return database.execute(query).fetchall()
+
+    def count(self, table):
+        return self.rows(f"SELECT count(*) FROM {table}")[0][0]

@@ -140,10 +140,6 @@ class RequestsTest(DemoTest):
         super().setUp()
         self.start()
 
-    def count(self, rows):
-        with sqlite3.connect(self.database) as database:
-            return database.execute(f"SELECT count(*) FROM {rows}").fetchone()[0]
-
     def test_customers_are_answered_and_remembered(self):
         for path, body, expected in STORY:
             with self.subTest(path, body=str(body)[:200]):
