@@ -47,7 +47,7 @@ if(NOT MSVC)
         $<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_BINARY_DIR}=build>)
 endif()
 
-# Hardens the builds that customers run; tests/hard/hardening checks the executables.
+# Hardens the builds that customers run; tests/packaging/hardening.py checks the executables.
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     add_compile_options(-fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)

@@ -113,15 +113,16 @@ class Phone:
         os.environ.update(DISPLAY=display, XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                           XDG_DATA_HOME=str(self.home / "data"), XDG_CONFIG_HOME=str(self.home / "config"),
                           XDG_CACHE_HOME=str(self.home / "cache"), LC_ALL="C.UTF-8", NO_AT_BRIDGE="0",
-                          QT_QPA_PLATFORM="xcb", HOME=str(self.home))
+                          QT_QPA_PLATFORM="xcb", HOME=str(self.home), TMPDIR=str(self.home / "tmp"))
         for name in ("WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY"):
             os.environ.pop(name, None)
         self.home.chmod(0o700)
+        (self.home / "tmp").mkdir()
         # The system's opener, as far as the app can tell: it notes what it is asked to open.
         tools = self.home / "bin"
         tools.mkdir()
         opener = tools / "xdg-open"
-        opener.write_text(f'#!/bin/sh\nprintf "%s\\n" "$1" >>"{self.home}/opened"\n')
+        opener.write_text(f'#!/bin/sh\nprintf "%s\\0" "$#" "$@" >>"{self.home}/opened"\n')
         opener.chmod(0o755)
         os.environ["PATH"] = f"{tools}:{os.environ['PATH']}"
 
@@ -190,10 +191,10 @@ class Phone:
 
     # The app
 
-    def open(self, executable, **environment):
+    def open(self, executable):
         self.errors = self.home / "stderr"
-        with open(self.errors, "a") as errors:
-            self.app = subprocess.Popen([executable], env={**os.environ, **environment}, stderr=errors)
+        with open(self.errors, "a") as errors, open(self.home / "stdout", "a") as output:
+            self.app = subprocess.Popen([executable], stdout=output, stderr=errors)
         self.wait_for(self._application, "the app")
 
     def close(self):
@@ -357,10 +358,20 @@ class Phone:
         self.wait_for(lambda: self._application().get_child_at_index(0).get_state_set().contains(
             self.atspi.StateType.ACTIVE), "the app's window to be active")
 
+    def calls(self):
+        """The arguments of each call of the system's opener."""
+        file = self.home / "opened"
+        fields = file.read_bytes().decode(errors="surrogateescape").split("\0")[:-1] if file.exists() else []
+        calls = []
+        while fields:
+            count = int(fields[0])
+            calls.append(fields[1:1 + count])
+            fields = fields[1 + count:]
+        return calls
+
     def opened(self):
         """Every address that the app has handed to the system."""
-        file = self.home / "opened"
-        return file.read_text().splitlines() if file.exists() else []
+        return [address for address, in self.calls()]
 
     def picture(self, path):
         subprocess.run(["import", "-window", "root", str(path)], check=True)

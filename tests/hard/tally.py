@@ -1,6 +1,5 @@
 """What a hard check counts: for each fault that it provokes, how often it tried and how often the product failed."""
 
-import subprocess
 import sys
 
 
@@ -16,18 +15,6 @@ class Tally:
             row[1] += 1
             print(f"{fault}: {what}", file=sys.stderr, flush=True)
         return held
-
-    def run(self, command, **options):
-        """Takes over the rows of a program that counts by itself."""
-        done = subprocess.run(command, stdout=subprocess.PIPE, text=True, check=False, **options)
-        failures = 0
-        for line in done.stdout.splitlines():
-            fault, tries, failed = line.split("\t")
-            self.note(fault, True, tries=int(tries))
-            self.rows[fault][1] += int(failed)
-            failures += int(failed)
-        good = done.returncode == (1 if failures else 0) and done.stdout
-        self.note("program that counts by itself", good, f"{command} {options} ended with {done.returncode}")
 
     def finish(self):
         """Prints a line for each fault and ends the process: with 1 when something failed or nothing was tried."""

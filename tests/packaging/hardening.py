@@ -1,8 +1,13 @@
-"""Reads back from the executables of a release that they were hardened."""
+"""Reads back from the executables of a release that they were hardened.
+
+usage: hardening.py RELEASE_TREE
+"""
 
 import json
+import pathlib
 import re
 import subprocess
+import sys
 
 PER_SOURCE = ("-fstack-protector-strong", "-fstack-clash-protection")
 DEFINITIONS = ("-D_FORTIFY_SOURCE=3", "-D_GLIBCXX_ASSERTIONS")
@@ -23,22 +28,29 @@ MISSING = {
 }
 
 
-def check(tally, build):
+def main():
+    build, wrong = pathlib.Path(sys.argv[1]), []
     names = {file.name for file in (build / "bin").glob("marovenda*")} | {"marovenda", "marovenda-demo-service"}
     for name in sorted(names):
         told = subprocess.run(["readelf", "--wide", "--segments", "--dynamic", "--dyn-syms", build / "bin" / name],
                               check=True, capture_output=True, text=True).stdout
         for wanted, patterns in ((True, FOUND), (False, MISSING)):
             for what, pattern in patterns.items():
-                tally.note(what, bool(re.search(pattern, told, re.MULTILINE)) == wanted, name)
+                if bool(re.search(pattern, told, re.MULTILINE)) != wanted:
+                    wrong.append(f"{name}: {what}")
         compiled = subprocess.run(["readelf", "--string-dump=.GCC.command.line", build / "bin" / name], check=True,
                                   capture_output=True, text=True).stdout
         ways = [line.split() for line in compiled.splitlines() if line.startswith("  [")]
         for switch in PER_SOURCE:
-            tally.note(f"every source with {switch}", ways and all(switch in way for way in ways), f"{name}: {ways}")
+            if not ways or not all(switch in way for way in ways):
+                wrong.append(f"{name}: every source with {switch}: {ways}")
     # The executables keep no record of the definitions.
     commands = json.loads((build / "compile_commands.json").read_text())
-    tally.note("sources found", len(commands) > 50, f"{len(commands)}")
-    for entry in commands:
-        for definition in DEFINITIONS:
-            tally.note(f"every source with {definition}", definition in entry["command"].split(), entry["file"])
+    wrong += [f"{entry['file']}: {definition}" for entry in commands for definition in DEFINITIONS
+              if definition not in entry["command"].split()]
+    print("\n".join(wrong) or f"{len(names)} executables of {len(commands)} sources are hardened")
+    sys.exit(bool(wrong) or len(commands) < 30)
+
+
+if __name__ == "__main__":
+    main()
