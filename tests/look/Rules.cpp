@@ -1,6 +1,9 @@
 #include "Rules.h"
 
 #include <QFont>
+#include <QJsonArray>
+
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -80,14 +83,6 @@ Style styleOf(const QString &name)
     return style;
 }
 
-Rule towards(const QString &other, const std::function<QString(const QRectF &, const QRectF &)> &judge)
-{
-    return [=](const TestScreen &screen, const QQuickItem *item) {
-        const QQuickItem *const found = elementNamed(screen, other);
-        return found ? judge(drawn(item), drawn(found)) : u"there is no "_s + other;
-    };
-}
-
 QQuickItem *elementBelow(const TestScreen &screen, const QString &name, const QQuickItem *from)
 {
     for (QQuickItem *item : screen.all(name, from)) {
@@ -106,8 +101,7 @@ QQuickItem *elementBelow(const TestScreen &screen, const QString &name, const QQ
     return nullptr;
 }
 
-} // namespace
-
+/// The element of a name; null when nothing on show has it.
 QQuickItem *elementNamed(const TestScreen &screen, const QString &name)
 {
     if (name.isEmpty())
@@ -117,132 +111,210 @@ QQuickItem *elementNamed(const TestScreen &screen, const QString &name)
     return from ? elementBelow(screen, name.mid(slash + 1), from) : nullptr;
 }
 
-namespace look {
-
-Rule size(qreal width, qreal height)
+/// By its name, or as "#rrggbb".
+QColor colourOf(const QJsonValue &value)
 {
-    return [=](const TestScreen &, const QQuickItem *item) {
-        return differs("width", drawn(item).width(), width) + differs("height", drawn(item).height(), height);
+    static const QHash<QString, QColor> names{
+        {u"blue"_s, QColor(0x00, 0x7A, 0xFF)},          {u"grey"_s, QColor(0x8E, 0x8E, 0x93)},
+        {u"green"_s, QColor(0x34, 0xC7, 0x59)},         {u"red"_s, QColor(0xFF, 0x3B, 0x30)},
+        {u"separator"_s, QColor(0x3C, 0x3C, 0x43, 74)},
     };
+    const QStringList parts = value.toString().split(u' ');
+    QColor colour = names.value(parts[0], QColor(parts[0]));
+    if (!colour.isValid())
+        qFatal("There is no colour %s", qUtf8Printable(parts[0]));
+    if (parts.size() > 1)
+        colour.setAlphaF(parts[1].toFloat());
+    return colour;
 }
 
-Rule height(qreal height)
-{
-    return
-        [=](const TestScreen &, const QQuickItem *item) { return differs("height", drawn(item).height(), height); };
-}
+/// One element, and where it is drawn.
+struct Element {
+    const TestScreen &screen;
+    const QQuickItem *item;
+    QRectF box = drawn(item);
 
-Rule left(qreal distance) { return inside({}, distance, -1, -1, -1); }
-Rule top(qreal distance) { return inside({}, -1, distance, -1, -1); }
-Rule right(qreal distance) { return inside({}, -1, -1, distance, -1); }
-Rule bottom(qreal distance) { return inside({}, -1, -1, -1, distance); }
-
-Rule below(const QString &other, qreal distance)
-{
-    return towards(other, [=](const QRectF &box, const QRectF &above) {
-        return differs("distance to what is above", box.top() - above.bottom(), distance);
-    });
-}
-
-Rule after(const QString &other, qreal distance)
-{
-    return towards(other, [=](const QRectF &box, const QRectF &before) {
-        return differs("distance to what is before", box.left() - before.right(), distance);
-    });
-}
-
-Rule centred()
-{
-    return towards({}, [](const QRectF &box, const QRectF &window) {
-        return differs("middle", box.center().x(), window.center().x());
-    });
-}
-
-Rule level(const QString &other)
-{
-    return towards(other, [](const QRectF &box, const QRectF &beside) {
-        return differs("height of the middle", box.center().y(), beside.center().y());
-    });
-}
-
-Rule balancedFrom(const QString &first, qreal from, qreal to)
-{
-    return towards(first, [=](const QRectF &last, const QRectF &begin) {
-        // Half a pixel on either side of the middle.
-        return differs("distance of the middle", (last.bottom() + begin.top() - from - to) / 2, 0);
-    });
-}
-
-Rule inside(const QString &other, qreal left, qreal top, qreal right, qreal bottom)
-{
-    return towards(other, [=](const QRectF &box, const QRectF &around) {
-        const auto side = [](const char *what, qreal found, qreal wanted) {
-            return wanted < 0 ? QString() : differs(what, found, wanted);
-        };
-        return side("left inside", box.left() - around.left(), left) +
-               side("top inside", box.top() - around.top(), top) +
-               side("right inside", around.right() - box.right(), right) +
-               side("bottom inside", around.bottom() - box.bottom(), bottom);
-    });
-}
-
-Rule text(const QString &style, const QColor &colour)
-{
-    return [=](const TestScreen &, const QQuickItem *item) {
-        const QQuickItem *const label = labelOf(item);
-        if (!label)
-            return u"it has no text"_s;
-        const QFont font = label->property("font").value<QFont>();
-        const Style wanted = styleOf(style);
-        return differs("size", font.pixelSize(), wanted.size) + differs("weight", font.weight(), wanted.weight) +
-               differs("line height", label->property("lineHeight").toReal(), wanted.line) +
-               (font.family() == u"Inter"_s ? QString() : u"the face is "_s + font.family()) +
-               differs("colour", label->property("color").value<QColor>(), colour);
-    };
-}
-
-Rule centredText()
-{
-    return [](const TestScreen &, const QQuickItem *item) {
-        const QQuickItem *const label = labelOf(item);
-        const bool centred = label && label->property("horizontalAlignment").toInt() == Qt::AlignHCenter;
-        return centred ? QString() : u"the text is not centred"_s;
-    };
-}
-
-Rule shape(qreal radius, const QColor &fill, bool outlined)
-{
-    return [=](const TestScreen &, const QQuickItem *item) {
-        const auto *const background = item->property("background").value<QQuickItem *>();
-        const QQuickItem *const found = childOf(background ? background : item, "ContinuousRectangle");
+    /// Where another one is drawn; the name of none is the window's.
+    QRectF other(const QJsonValue &name) const
+    {
+        const QQuickItem *const found = elementNamed(screen, name.toString());
         if (!found)
-            return u"it has no shape"_s;
-        QString all = differs("radius", found->property("radius").toReal(), radius) +
-                      differs("fill", found->property("color").value<QColor>(), fill) +
-                      differs("outline", found->property("borderWidth").toReal() * 10, outlined ? 10 : 0);
-        if (outlined)
-            all += differs("outline's colour", found->property("borderColor").value<QColor>(), faint(grey, 0.2));
-        return all;
-    };
-}
+            qFatal("There is no %s", qUtf8Printable(name.toString()));
+        return drawn(found);
+    }
+};
 
-Rule symbol(const QString &name, const QColor &colour)
+QString differsInside(const Element &element, const QJsonArray &sides)
 {
-    return [=](const TestScreen &, const QQuickItem *item) {
-        const QQuickItem *const found = childOf(item, "Symbol");
-        if (!found)
-            return u"it has no symbol"_s;
-        if (found->property("name").toString() != name)
-            return u"the symbol is "_s + found->property("name").toString();
-        return differs("colour", found->property("color").value<QColor>(), colour);
+    const QRectF &box = element.box;
+    const QRectF around = element.other(sides[0]);
+    const auto side = [](const char *what, qreal found, const QJsonValue &wanted) {
+        return wanted.isDouble() ? differs(what, found, wanted.toDouble()) : QString();
     };
+    return side("left inside", box.left() - around.left(), sides[1]) +
+           side("top inside", box.top() - around.top(), sides[2]) +
+           side("right inside", around.right() - box.right(), sides[3]) +
+           side("bottom inside", around.bottom() - box.bottom(), sides[4]);
 }
 
-Rule colour(const QColor &colour)
+QString differsText(const Element &element, const QJsonArray &wanted)
 {
-    return [=](const TestScreen &, const QQuickItem *item) {
-        return differs("colour", item->property("color").value<QColor>(), colour);
-    };
+    const QQuickItem *const label = labelOf(element.item);
+    if (!label)
+        return u"it has no text"_s;
+    const QFont font = label->property("font").value<QFont>();
+    const Style style = styleOf(wanted[0].toString());
+    return differs("size", font.pixelSize(), style.size) + differs("weight", font.weight(), style.weight) +
+           differs("line height", label->property("lineHeight").toReal(), style.line) +
+           (font.family() == u"Inter"_s ? QString() : u"the face is "_s + font.family()) +
+           differs("colour", label->property("color").value<QColor>(), colourOf(wanted[1]));
 }
 
-} // namespace look
+QString differsShape(const Element &element, const QJsonArray &wanted)
+{
+    const auto *const background = element.item->property("background").value<QQuickItem *>();
+    const QQuickItem *const found = childOf(background ? background : element.item, "ContinuousRectangle");
+    if (!found)
+        return u"it has no shape"_s;
+    const bool outlined = wanted[2] == u"outlined"_s;
+    QString all = differs("radius", found->property("radius").toReal(), wanted[0].toDouble()) +
+                  differs("fill", found->property("color").value<QColor>(), colourOf(wanted[1])) +
+                  differs("outline", found->property("borderWidth").toReal() * 10, outlined ? 10 : 0);
+    if (outlined)
+        all += differs("outline's colour", found->property("borderColor").value<QColor>(), colourOf(u"grey 0.2"_s));
+    return all;
+}
+
+QString differsSymbol(const Element &element, const QJsonArray &wanted)
+{
+    const QQuickItem *const found = childOf(element.item, "Symbol");
+    if (!found)
+        return u"it has no symbol"_s;
+    if (found->property("name").toString() != wanted[0].toString())
+        return u"the symbol is "_s + found->property("name").toString();
+    return differs("colour", found->property("color").value<QColor>(), colourOf(wanted[1]));
+}
+
+QString judge(const Element &element, const QJsonObject &wanted);
+
+using Rule = std::function<QString(const Element &, const QJsonArray &)>;
+
+/// A rule is called with its list; a single value is a list of one.
+const QHash<QString, Rule> rules{
+    {u"size"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differs("width", it.box.width(), to[0].toDouble()) +
+                differs("height", it.box.height(), to[1].toDouble());
+     }},
+    {u"height"_s,
+     [](const Element &it, const QJsonArray &to) { return differs("height", it.box.height(), to[0].toDouble()); }},
+    // Distances to the edges of the window.
+    {u"left"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differsInside(it, {{}, to[0]});
+     }},
+    {u"top"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differsInside(it, {{}, {}, to[0]});
+     }},
+    {u"right"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differsInside(it, {{}, {}, {}, to[0]});
+     }},
+    {u"bottom"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differsInside(it, {{}, {}, {}, {}, to[0]});
+     }},
+    // Inside another element, that far from its left, top, right and bottom.
+    {u"inside"_s, differsInside},
+    // Below another element, or to its right, that far.
+    {u"below"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differs("distance to what is above", it.box.top() - it.other(to[0]).bottom(), to[1].toDouble());
+     }},
+    {u"after"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differs("distance to what is before", it.box.left() - it.other(to[0]).right(), to[1].toDouble());
+     }},
+    // In the window, from left to right.
+    {u"centred"_s,
+     [](const Element &it, const QJsonArray &) {
+         return differs("middle", it.box.center().x(), it.other({}).center().x());
+     }},
+    // The middles of both stand at one height.
+    {u"level"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differs("height of the middle", it.box.center().y(), it.other(to[0]).center().y());
+     }},
+    // What is above another element is as high as what is below this one, between two heights; half a pixel on either
+    // side of the middle.
+    {u"balanced"_s,
+     [](const Element &it, const QJsonArray &to) {
+         const qreal both = it.box.bottom() + it.other(to[0]).top();
+         return differs("distance of the middle", (both - to[1].toDouble() - to[2].toDouble()) / 2, 0);
+     }},
+    // A style by its name, "bold" after it where it is, and a colour.
+    {u"text"_s, differsText},
+    {u"centredText"_s,
+     [](const Element &it, const QJsonArray &) {
+         const QQuickItem *const label = labelOf(it.item);
+         const bool centred = label && label->property("horizontalAlignment").toInt() == Qt::AlignHCenter;
+         return centred ? QString() : u"the text is not centred"_s;
+     }},
+    // The outline that the element is drawn on: radius, fill, and "outlined" where it is.
+    {u"shape"_s, differsShape},
+    {u"symbol"_s, differsSymbol},
+    // Of a plain rectangle or a line.
+    {u"colour"_s,
+     [](const Element &it, const QJsonArray &to) {
+         return differs("colour", it.item->property("color").value<QColor>(), colourOf(to[0]));
+     }},
+    // Of a form, that far below another element and from the sides.
+    {u"field"_s,
+     [](const Element &it, const QJsonArray &to) {
+         const qreal side = to[2].toDouble(24);
+         return judge(it, {{u"below"_s, to},
+                           {u"left"_s, side},
+                           {u"right"_s, side},
+                           {u"height"_s, 54},
+                           {u"shape"_s, QJsonArray{16, u"white"_s, u"outlined"_s}}});
+     }},
+    {u"mainButton"_s,
+     [](const Element &it, const QJsonArray &to) {
+         const qreal side = to[3].toDouble(24);
+         return judge(it, {{u"below"_s, to},
+                           {u"left"_s, side},
+                           {u"right"_s, side},
+                           {u"height"_s, 54},
+                           {u"shape"_s, QJsonArray{20, u"blue"_s}},
+                           {u"text"_s, QJsonArray{to[2].toString(u"body bold"_s), u"white"_s}},
+                           {u"centredText"_s, true}});
+     }},
+};
+
+QString judge(const Element &element, const QJsonObject &wanted)
+{
+    QString all;
+    for (auto each = wanted.begin(); each != wanted.end(); ++each) {
+        const auto rule = rules.constFind(each.key());
+        if (rule == rules.constEnd())
+            qFatal("There is no rule %s", qUtf8Printable(each.key()));
+        all += (*rule)(element, each->isArray() ? each->toArray() : QJsonArray{*each});
+    }
+    return all;
+}
+
+} // namespace
+
+QStringList differences(const TestScreen &screen, const QJsonObject &table)
+{
+    QStringList all;
+    for (auto each = table.begin(); each != table.end(); ++each) {
+        const QQuickItem *const item = elementNamed(screen, each.key());
+        if (!item)
+            all += u"there is no "_s + each.key();
+        else if (const QString what = judge({screen, item}, each->toObject()); !what.isEmpty())
+            all += each.key() + u": "_s + what;
+    }
+    return all;
+}

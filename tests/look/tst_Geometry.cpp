@@ -1,14 +1,16 @@
 #include "MarovendaTest.h"
+#include "Rules.h"
 #include "Scenes.h"
 #include "ServiceTest.h"
-#include "Tables.h"
 
 #include <QAccessible>
+#include <QFile>
+#include <QJsonDocument>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
-/// The numbers of the design against the real layouts.
+/// The numbers of the design, in design.json, against the real layouts.
 class GeometryTest : public ServiceTest {
     Q_OBJECT
 private Q_SLOTS:
@@ -23,26 +25,21 @@ private Q_SLOTS:
 
 void GeometryTest::everyScreenHoldsItsNumbers_data()
 {
-    QTest::addColumn<Table>("table");
-    for (const auto &[scene, table] : accountTables() + logisticsTables())
-        QTest::newRow(scene) << table;
+    QTest::addColumn<QJsonObject>("table");
+    QFile file(QStringLiteral(DESIGN));
+    QVERIFY(file.open(QFile::ReadOnly));
+    const QJsonObject tables = QJsonDocument::fromJson(file.readAll()).object();
+    QVERIFY(!tables.isEmpty());
+    for (auto each = tables.begin(); each != tables.end(); ++each)
+        QTest::newRow(each.key().toUtf8()) << each->toObject();
 }
 
 void GeometryTest::everyScreenHoldsItsNumbers()
 {
-    QFETCH(Table, table);
+    QFETCH(QJsonObject, table);
     const auto screen = staged(QTest::currentDataTag(), server);
     QVERIFY(screen);
-    QStringList wrong;
-    for (const auto &[name, rules] : std::as_const(table)) {
-        const QQuickItem *const element = elementNamed(*screen, name);
-        if (!element)
-            wrong += u"there is no "_s + name;
-        for (const Rule &rule : rules) {
-            if (const QString what = element ? rule(*screen, element) : QString(); !what.isEmpty())
-                wrong += name + u": "_s + what;
-        }
-    }
+    const QStringList wrong = differences(*screen, table);
     QVERIFY2(wrong.isEmpty(), qUtf8Printable(u'\n' + wrong.join(u'\n')));
 }
 
