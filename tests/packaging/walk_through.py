@@ -1,7 +1,6 @@
-"""Follows CONTRIBUTING.md's walk-through in a copy of the repository.
+"""Follows CONTRIBUTING.md's walk-through in a copy of the repository, and compiles what comes of it.
 
-usage: walk_through.py SOURCE_DIRECTORY BUILD_DIRECTORY MOC WORK_DIRECTORY      compiles what comes of it
-       walk_through.py --all SOURCE_DIRECTORY WORK_DIRECTORY                    runs its commands too, which takes minutes
+usage: walk_through.py SOURCE_DIRECTORY BUILD_DIRECTORY MOC WORK_DIRECTORY
 
 A block that is headed by a file's name is that new file, or with "diff" a change of it, which must fit exactly once.
 """
@@ -40,21 +39,19 @@ def change(file, lines):
 
 
 def apply(work):
-    """Makes the changes; returns the new files and the commands."""
-    new, commands = [], []
+    """Makes the changes; returns the new files."""
+    new = []
     for kind, name, text in blocks((work / "CONTRIBUTING.md").read_text()):
-        if kind == "sh":
-            commands += text.splitlines()
-        elif kind == "diff":
+        if kind == "diff":
             change(work / name, [line or " " for line in text.splitlines()])
-        else:
+        elif name:
             if (work / name).exists():
                 sys.exit(f"CONTRIBUTING.md: {name} is there already")
             (work / name).write_text(text)
             new.append(name)
-    if len(new) < 4 or not commands:
+    if len(new) < 4:
         sys.exit("CONTRIBUTING.md: the walk-through was not found")
-    return new, commands
+    return new
 
 
 def compile_for(target, name, source, build, work, moc):
@@ -81,20 +78,13 @@ def compile_for(target, name, source, build, work, moc):
 
 
 def main():
-    everything = sys.argv[1] == "--all"
-    source, *between, work = (pathlib.Path(a).absolute() for a in sys.argv[2 if everything else 1:])
+    source, build, moc, work = (pathlib.Path(argument).absolute() for argument in sys.argv[1:])
     copy(source, work)
-    new, commands = apply(work)
-    if everything:
-        for command in commands:
-            print(f"$ {command}", flush=True)
-            subprocess.run(command, shell=True, check=True, cwd=work)
-    else:
-        build, moc = between
-        for target, name in (("marovenda_logistics", "screens/logistics/HorarioViewModel.cpp"),
-                             ("tests_screens", "tests/screens/logistics/tst_HorarioView.cpp"),
-                             ("tests_api", "tests/api/tst_Records.cpp")):
-            compile_for(target, name, source, build, work, moc)
+    new = apply(work)
+    for target, name in (("marovenda_logistics", "screens/logistics/HorarioViewModel.cpp"),
+                         ("tests_screens", "tests/screens/logistics/tst_HorarioView.cpp"),
+                         ("tests_api", "tests/api/tst_Records.cpp")):
+        compile_for(target, name, source, build, work, moc)
     print(f"{len(new)} new files; the walk-through holds")
 
 
