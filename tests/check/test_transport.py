@@ -1,14 +1,16 @@
 """Each way in which a connection and what is around a reply's body can be wrong is named."""
 
+import datetime
 import json
 import pathlib
 import ssl
-import subprocess
 import sys
 import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+TESTS = pathlib.Path(__file__).resolve().parents[1]
+sys.path[:0] = [str(TESTS / "support"), str(TESTS / "hard" / "tls")]
+from certificates import Maker
 from namespaces import apart
 from program import ProgramTest, faults, notes, warnings
 from server import LISTING, LOGIN, Reply, Server, body, packed, silent
@@ -127,12 +129,12 @@ class TlsTest(ProgramTest):
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory(prefix="marovenda-check-")
         cls.path = pathlib.Path(cls.folder.name)
-        cls.openssl("req", "-x509", *cls.key("ca"), "-out", "ca.pem", "-days", "400", "-subj", "/CN=Prueba CA",
-                    "-addext", "basicConstraints=critical,CA:TRUE")
+        cls.maker = Maker(cls.path)
+        cls.maker.make("Prueba", part="root")
         trusted = cls.path / "certs"
         trusted.mkdir()
-        (trusted / "ca.pem").write_bytes((cls.path / "ca.pem").read_bytes())
-        cls.openssl("rehash", "certs")
+        (trusted / "Prueba.crt").write_bytes((cls.path / "Prueba.crt").read_bytes())
+        cls.maker.openssl("rehash", "certs")
         cls.trusting = [*apart("--mount"), "sh", "-c",
                         f'mount --bind {trusted} /etc/ssl/certs && exec "$@"', "sh"]
 
@@ -140,42 +142,32 @@ class TlsTest(ProgramTest):
     def tearDownClass(cls):
         cls.folder.cleanup()
 
-    @classmethod
-    def openssl(cls, *arguments):
-        subprocess.run(["openssl", *arguments], cwd=cls.path, check=True, capture_output=True)
-
-    @staticmethod
-    def key(name):
-        return ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-keyout", f"{name}.key"]
-
-    def certificate(self, name, host, dates):
-        (self.path / "ext").write_text(f"subjectAltName=DNS:{host}\n")
-        self.openssl("req", *self.key(name), "-out", f"{name}.csr", "-subj", f"/CN={host}")
-        self.openssl("x509", "-req", "-in", f"{name}.csr", "-CA", "ca.pem", "-CAkey", "ca.key", "-CAcreateserial",
-                     "-extfile", "ext", "-out", f"{name}.pem", *dates)
+    def certificate(self, days):
+        until = datetime.datetime.now(datetime.timezone.utc) + datetime.timedelta(days=days, hours=1)
+        self.maker.make("localhost", "Prueba", valid=("20200101000000Z", f"{until:%Y%m%d%H%M%SZ}"))
         context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        context.load_cert_chain(self.path / f"{name}.pem", self.path / f"{name}.key")
+        context.load_cert_chain(self.path / "localhost.pem")
         return context
 
     def test_good_certificate_is_described(self):
-        with Server(tls=self.certificate("good", "localhost", ["-days", "300"])) as server:
+        with Server(tls=self.certificate(300)) as server:
             report = self.trusted(server, status=0)
         self.assertEqual(report["findings"], [])
         tls = report["exchanges"][0]["tls"]
-        self.assertEqual((tls["protocol"], tls["subject"], tls["issuer"]), ("TLS 1.3", "localhost", "Prueba CA"))
+        self.assertEqual((tls["protocol"], tls["subject"], tls["issuer"]), ("TLS 1.3", "localhost", "Prueba"))
 
     def test_certificate_that_soon_expires_is_a_warning(self):
-        with Server(tls=self.certificate("soon", "localhost", ["-days", "5"])) as server:
+        with Server(tls=self.certificate(5)) as server:
             report = self.trusted(server, status=0)
         self.assertEqual([each["what"] for each in report["findings"]],
                          ["the certificate expires in 5 days; the app refuses it then"])
 
     def test_unknown_authority_is_refused(self):
-        with Server(tls=self.certificate("strange", "localhost", ["-days", "300"])) as server:
+        with Server(tls=self.certificate(300)) as server:
             report = self.json(server, status=1)
             self.assertEqual(server.requests, [])
         self.assertEqual([each["place"] for each in report["findings"]], ["TLS"])
-        self.assertEqual(report["exchanges"][0]["tls"]["issuer"], "Prueba CA")
+        self.assertEqual(report["exchanges"][0]["tls"]["issuer"], "Prueba")
 
     def test_server_without_tls_is_a_fault(self):
         with Server() as server:
