@@ -31,16 +31,13 @@ private:
 
 void MarovendaAppTest::motionHasTheDesignedTimeAndCurve_data()
 {
-    QTest::addColumn<QString>("item");
-    QTest::addColumn<QString>("property");
-    QTest::addColumn<int>("milliseconds");
-    QTest::addColumn<QList<QPointF>>("curve");
+    const auto row = columns<QString, QString, int, QList<QPointF>>("item", "property", "milliseconds", "curve");
     const QList<QPointF> easeIn{{0.42, 0}, {1, 1}, {1, 1}};
     const QList<QPointF> easeOut{{0, 0}, {0.58, 1}, {1, 1}};
-    QTest::newRow("logo fades in") << u"logo"_s << u"opacity"_s << 1000 << easeOut;
-    QTest::newRow("logo grows") << u"logo"_s << u"scale"_s << 1000 << easeOut;
-    QTest::newRow("splash goes") << u"splash"_s << u"opacity"_s << 300 << easeIn;
-    QTest::newRow("first screen comes") << u"first"_s << u"opacity"_s << 300 << easeIn;
+    row("logo fades in", u"logo"_s, u"opacity"_s, 1000, easeOut);
+    row("logo grows", u"logo"_s, u"scale"_s, 1000, easeOut);
+    row("splash goes", u"splash"_s, u"opacity"_s, 300, easeIn);
+    row("first screen comes", u"first"_s, u"opacity"_s, 300, easeIn);
 }
 
 void MarovendaAppTest::motionHasTheDesignedTimeAndCurve()
@@ -75,11 +72,10 @@ void MarovendaAppTest::motionHasTheDesignedTimeAndCurve()
 
 void MarovendaAppTest::storedNumberChoosesTheScreen_data()
 {
-    QTest::addColumn<qint64>("id");
-    QTest::addColumn<QByteArray>("screen");
-    QTest::newRow("nobody") << qint64(0) << QByteArray("LoginView");
-    QTest::newRow("somebody") << qint64(42) << QByteArray("DashboardView");
-    QTest::newRow("negative") << qint64(-1) << QByteArray("DashboardView");
+    const auto row = columns<qint64, QByteArray>("id", "screen");
+    row("nobody", 0, "LoginView");
+    row("somebody", 42, "DashboardView");
+    row("negative", -1, "DashboardView");
 }
 
 void MarovendaAppTest::storedNumberChoosesTheScreen()

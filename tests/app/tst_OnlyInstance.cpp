@@ -101,11 +101,10 @@ private:
 
 void OnlyInstanceTest::laterStartRaisesTheFirst_data()
 {
-    QTest::addColumn<QByteArray>("token");
-    QTest::addColumn<QByteArray>("received");
-    QTest::newRow("none") << QByteArray() << QByteArray();
-    QTest::newRow("any bytes") << QByteArray("a b\n%20\xFF/\t\"") << QByteArray("a b\n%20\xFF/\t\"");
-    QTest::newRow("overlong") << QByteArray(1'000'000, 'x') << QByteArray();
+    const auto row = columns<QByteArray, QByteArray>("token", "received");
+    row("none", "", "");
+    row("any bytes", "a b\n%20\xFF/\t\"", "a b\n%20\xFF/\t\"");
+    row("overlong", QByteArray(1'000'000, 'x'), "");
 }
 
 void OnlyInstanceTest::laterStartRaisesTheFirst()

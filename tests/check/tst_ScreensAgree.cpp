@@ -12,7 +12,8 @@
 
 using namespace Qt::StringLiterals;
 
-/// What marovenda-check says a screen would show is what the real screen shows, reply for reply, and how long it takes.
+/// What marovenda-check says a screen would show is what the real screen shows, reply for reply, and how long it
+/// takes.
 class ScreensAgreeTest : public ServiceTest {
     Q_OBJECT
 private Q_SLOTS:
@@ -22,7 +23,6 @@ private Q_SLOTS:
         Session::instance().setUserId(42);
         Session::instance().setUserNombre(u"Ana"_s);
     }
-    void cleanup() { ServiceTest::cleanup(); }
 
     void listing_data();
     void listing();

@@ -14,9 +14,6 @@ using namespace Qt::StringLiterals;
 class GeometryTest : public ServiceTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { ServiceTest::init(); }
-    void cleanup() { ServiceTest::cleanup(); }
-
     void everyScreenHoldsItsNumbers_data();
     void everyScreenHoldsItsNumbers();
     void everyTargetIsLargeEnough_data();

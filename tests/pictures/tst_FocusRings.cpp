@@ -60,9 +60,6 @@ bool isClosedRing(const QImage &without, const QImage &with, QPoint middle)
 class FocusRingsTest : public ServiceTest {
     Q_OBJECT
 private Q_SLOTS:
-    void init() { ServiceTest::init(); }
-    void cleanup() { ServiceTest::cleanup(); }
-
     void everyStopOfTheTabKeyHasAClosedRing_data();
     void everyStopOfTheTabKeyHasAClosedRing();
 

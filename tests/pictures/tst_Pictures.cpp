@@ -73,9 +73,6 @@ class PicturesTest : public ServiceTest {
     Q_OBJECT
 private Q_SLOTS:
     void initTestCase() { QGuiApplication::styleHints()->setCursorFlashTime(0); }
-    void init() { ServiceTest::init(); }
-    void cleanup() { ServiceTest::cleanup(); }
-
     void everyScreenLooksAsItsReference_data();
     void everyScreenLooksAsItsReference();
     void everyReferenceHasItsScene();
@@ -83,11 +80,10 @@ private Q_SLOTS:
 
 void PicturesTest::everyScreenLooksAsItsReference_data()
 {
-    QTest::addColumn<QByteArray>("scene");
-    QTest::addColumn<int>("variant");
+    const auto row = columns<QByteArray, int>("scene", "variant");
     for (const Scene &scene : scenes()) {
         for (int variant = 0; variant < variants.size(); ++variant)
-            QTest::newRow(scene.name + "-" + variants[variant].name) << scene.name << variant;
+            row(scene.name + "-" + variants[variant].name, scene.name, variant);
     }
 }
 

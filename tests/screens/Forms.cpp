@@ -34,6 +34,7 @@ const QList<Form> &forms()
                     R"("direccion":"Calle\\5  #2","ciudad":"Colón"})",
             .untouchedBody = {},
             .incomplete = u"Por favor completa todos los campos"_s,
+            .blank = u" \u00A0\u2003 "_s,
             .failure = u"Error al registrar"_s,
             .showsMessage = true,
             .emptyMessageTakesALine = false,

@@ -26,6 +26,8 @@ struct Form {
     /// What is sent of the untouched form, or what is shown where it is not sent.
     QByteArray untouchedBody;
     QString incomplete;
+    /// What counts as an empty field too.
+    QString blank = {};
     /// What is shown after a refusal; where `showsMessage`, only if the reply has no message.
     QString failure;
     bool showsMessage = false;

@@ -98,12 +98,11 @@ void FormsTest::untouchedFormIsSentOrSaidToBeIncomplete()
 
 void FormsTest::formWithAnEmptyFieldIsNotSent_data()
 {
-    QTest::addColumn<Form>("form");
-    QTest::addColumn<QString>("field");
+    const auto row = columns<Form, QString>("form", "field");
     for (const Form &form : forms()) {
         for (const Field &field : form.fields) {
             if (!form.incomplete.isEmpty())
-                QTest::addRow("%s, %s", form.view.constData(), qPrintable(field.name)) << form << field.name;
+                row(form.view + ", " + field.name.toUtf8(), form, field.name);
         }
     }
 }
@@ -114,7 +113,7 @@ void FormsTest::formWithAnEmptyFieldIsNotSent()
     QFETCH(const QString, field);
     const TestScreen screen(shown(form));
     fill(screen, form);
-    screen.enter(field, QString());
+    screen.enter(field, form.blank);
     screen.press(form.button);
     QCOMPARE(msg(screen), form.incomplete);
     fill(screen, form);
@@ -168,12 +167,10 @@ void FormsTest::everyPressSendsOneMoreAndTheLastReplyWins()
 
 void FormsTest::refusalIsShownAndKeepsTheForm_data()
 {
-    QTest::addColumn<Form>("form");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<std::optional<QString>>("message");
+    const auto add = columns<Form, QByteArray, std::optional<QString>>("form", "reply", "message");
     for (const Form &form : forms()) {
         const auto row = [&](const char *name, const QByteArray &reply, const std::optional<QString> &message = {}) {
-            QTest::addRow("%s, %s", form.view.constData(), name) << form << reply << message;
+            add(form.view + ", " + name, form, reply, message);
         };
         row("no bytes", "");
         row("empty object", "{}");
@@ -241,12 +238,10 @@ void FormsTest::successIsShown()
 
 void FormsTest::messageIsScrolledIntoView_data()
 {
-    QTest::addColumn<Form>("form");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<double>("textScale");
+    const auto row = columns<Form, QSize, double>("form", "size", "textScale");
     for (const Form &form : forms()) {
-        QTest::newRow(form.view + " on a small phone") << form << QSize(320, 480) << 1.0;
-        QTest::newRow(form.view + " in large text") << form << QSize(390, 844) << 2.0;
+        row(form.view + " on a small phone", form, {320, 480}, 1);
+        row(form.view + " in large text", form, {390, 844}, 2);
     }
 }
 

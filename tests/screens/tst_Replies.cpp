@@ -67,13 +67,8 @@ private:
 
 void RepliesTest::lateReplyFindsTheViewModelAndLetsItGo_data()
 {
-    QTest::addColumn<QByteArray>("view");
-    QTest::addColumn<QByteArray>("path");
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("place");
-    const auto row = [](const QByteArray &view, const QByteArray &path, const QString &button, const QString &place) {
-        QTest::newRow(view) << view << path << button << place;
-    };
+    const auto add = columns<QByteArray, QByteArray, QString, QString>("view", "path", "button", "place");
+    const auto row = [&add](const QByteArray &view, auto... more) { add(view, view, more...); };
     const QString none;
     row("PerfilView {}", "/api_perfil.php", u"guardar"_s, u"msg"_s);
     row("CotizarView {}", "/api_cotizar.php", u"enviar"_s, u"msg"_s);
@@ -104,13 +99,9 @@ void RepliesTest::lateReplyFindsTheViewModelAndLetsItGo()
 
 void RepliesTest::replyIsAppliedInItsTurn_data()
 {
-    QTest::addColumn<int>("turn");
-    QTest::addColumn<std::function<int()>>("found");
     // The dashboard, the quotations and the quotation form apply a reply one turn of the main loop after its
     // completion, the other screens in it.
-    const auto row = [](const char *name, int turn, const std::function<int()> &found) {
-        QTest::newRow(name) << turn << found;
-    };
+    const auto row = columns<int, std::function<int()>>("turn", "found");
     row("dashboard", 1, [] {
         DashboardViewModel it;
         return turnOf(&it, &DashboardViewModel::dataChanged, [&] { it.cargarDatos(); });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTest>
 
 #include <functional>
 #include <memory>
@@ -20,6 +21,15 @@ public:
 #define MAROVENDA_TEST_AS(Test, inApplication)                                                                       \
     static const MarovendaTest registered##Test(                                                                     \
         #Test, []() -> std::unique_ptr<QObject> { return std::make_unique<Test>(); }, inApplication);
+
+/// Adds columns to a test's data and returns what adds a row:
+/// `const auto row = columns<QString, int>("text", "length"); row("nothing", QString(), 0);`
+template <class... Values, class... Names>
+auto columns(Names... names)
+{
+    (QTest::addColumn<Values>(names), ...);
+    return [](const QByteArray &tag, const Values &...values) { (QTest::newRow(tag) << ... << values); };
+}
 
 /// A test that runs as a check does, see `runMarovendaCheck`.
 #define MAROVENDA_TEST(Test) MAROVENDA_TEST_AS(Test, true)

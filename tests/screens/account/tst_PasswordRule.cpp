@@ -14,11 +14,7 @@ private Q_SLOTS:
 
 void PasswordRuleTest::passwordIsAllowed_data()
 {
-    QTest::addColumn<QString>("password");
-    QTest::addColumn<bool>("allowed");
-    const auto add = [](const char *name, const QString &password, bool allowed) {
-        QTest::newRow(name) << password << allowed;
-    };
+    const auto add = columns<QString, bool>("password", "allowed");
     add("nothing", QString(), false);
     add("capital and stop", u"A."_s, true);
     add("stop and capital", u".A"_s, true);
@@ -66,13 +62,11 @@ void PasswordRuleTest::passwordIsAllowed_data()
     add("letter beyond 16 bits", u"A\U00010400"_s, false);
     // The rule is looked for within a line, and what ends a line is special.
     for (const char16_t end : {u'\n', u'\v', u'\f', u'\r', u'\u0085', u'\u2028', u'\u2029'}) {
-        const auto row = [&](const char *name, const QString &password, bool allowed) {
-            QTest::addRow("%s U+%04X", name, unsigned(end)) << password << allowed;
-        };
-        row("capital before", u"A"_s + end + u"b"_s, true);
-        row("capital behind", u"a"_s + end + u"B"_s, false);
-        row("stop before, capital behind", u"a."_s + end + u"B"_s, false);
-        row("capital and stop behind", u"a"_s + end + u"B."_s, true);
+        const QByteArray name = QByteArray::number(end, 16);
+        add(name + " after a capital", u"A"_s + end + u"b"_s, true);
+        add(name + " before a capital", u"a"_s + end + u"B"_s, false);
+        add(name + " between stop and capital", u"a."_s + end + u"B"_s, false);
+        add(name + " before capital and stop", u"a"_s + end + u"B."_s, true);
     }
     add("half a pair", QString(u"A"_s + QChar(0xD83D)), true);
 }

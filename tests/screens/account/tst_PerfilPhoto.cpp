@@ -182,21 +182,13 @@ void PerfilPhotoTest::savingDuringALoadSendsThePhotoOfThatMoment()
 
 void PerfilPhotoTest::successStoresThePhotoOnShow_data()
 {
-    QTest::addColumn<QByteArray>("before");
-    QTest::addColumn<bool>("picks");
-    QTest::addColumn<bool>("leaves");
-    QTest::addColumn<QByteArray>("status");
-    QTest::addColumn<QByteArray>("stored");
-    QTest::newRow("picked") << "before"_ba << true << false << "success"_ba
-                            << "picked"_ba;
-    QTest::newRow("picked, then left") << "before"_ba << true << true << "success"_ba
-                                       << "picked"_ba;
-    QTest::newRow("picked and refused") << "before"_ba << true << false << "Success"_ba
-                                        << "meanwhile"_ba;
-    QTest::newRow("stored before") << "before"_ba << false << false << "success"_ba
-                                   << "before"_ba;
-    QTest::newRow("none") << ""_ba << false << false << "success"_ba
-                          << "meanwhile"_ba;
+    const auto row =
+        columns<QByteArray, bool, bool, QByteArray, QByteArray>("before", "picks", "leaves", "status", "stored");
+    row("picked", "before", true, false, "success", "picked");
+    row("picked, then left", "before", true, true, "success", "picked");
+    row("picked and refused", "before", true, false, "Success", "meanwhile");
+    row("stored before", "before", false, false, "success", "before");
+    row("none", "", false, false, "success", "meanwhile");
 }
 
 void PerfilPhotoTest::successStoresThePhotoOnShow()

@@ -57,15 +57,13 @@ void RecoveryTest::everyOpeningAsksWithAnEmptyField()
 
 void RecoveryTest::outcomeIsShown_data()
 {
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QString>("shown");
-    QTest::newRow("no bytes") << QByteArray() << u"Solicitud procesada"_s;
-    QTest::newRow("success") << QByteArray(R"({"status":"success"})") << u"Solicitud procesada"_s;
-    QTest::newRow("failure") << QByteArray(R"({"status":"error"})") << u"Solicitud procesada"_s;
-    QTest::newRow("success with message") << QByteArray(R"({"status":"success","message":"Revisa"})") << u"Revisa"_s;
-    QTest::newRow("failure with message")
-        << QByteArray(R"({"status":"error","message":" \n No existe\t"})") << u" \n No existe\t"_s;
-    QTest::newRow("empty message") << QByteArray(R"({"message":""})") << QString();
+    const auto row = columns<QByteArray, QString>("reply", "shown");
+    row("no bytes", "", u"Solicitud procesada"_s);
+    row("success", R"({"status":"success"})", u"Solicitud procesada"_s);
+    row("failure", R"({"status":"error"})", u"Solicitud procesada"_s);
+    row("success with message", R"({"status":"success","message":"Revisa"})", u"Revisa"_s);
+    row("failure with message", R"({"status":"error","message":" \n No existe\t"})", u" \n No existe\t"_s);
+    row("empty message", R"({"message":""})", QString());
 }
 
 void RecoveryTest::outcomeIsShown()

@@ -10,8 +10,6 @@ using namespace Qt::StringLiterals;
 class RegistroViewTest : public ServiceTest {
     Q_OBJECT
 private Q_SLOTS:
-    void blankFieldIsMissing_data();
-    void blankFieldIsMissing();
     void passwordMustFollowTheRule_data();
     void passwordMustFollowTheRule();
     void blanksAroundAreNotSent_data();
@@ -36,30 +34,11 @@ private:
     }
 };
 
-void RegistroViewTest::blankFieldIsMissing_data()
-{
-    QTest::addColumn<QString>("field");
-    for (const char *field : fields)
-        QTest::newRow(field) << QString::fromLatin1(field);
-}
-
-void RegistroViewTest::blankFieldIsMissing()
-{
-    QFETCH(const QString, field);
-    const TestScreen screen("RegistroView {}");
-    fill(screen);
-    screen.enter(u"pass"_s, u"corta"_s); // breaks the rule too, which is looked at later
-    screen.enter(field, u" \u00A0\u2003 "_s);
-    screen.press(u"registrar"_s);
-    QCOMPARE(screen.text(u"msg"_s), u"Por favor completa todos los campos"_s);
-    verifyNothingWasSent(screen);
-}
-
 void RegistroViewTest::passwordMustFollowTheRule_data()
 {
-    QTest::addColumn<QString>("password");
-    QTest::newRow("no capital") << u"clave.1"_s;
-    QTest::newRow("special only outside") << u" Clave "_s;
+    const auto row = columns<QString>("password");
+    row("no capital", u"clave.1"_s);
+    row("special only outside", u" Clave "_s);
 }
 
 void RegistroViewTest::passwordMustFollowTheRule()
@@ -76,11 +55,7 @@ void RegistroViewTest::passwordMustFollowTheRule()
 
 void RegistroViewTest::blanksAroundAreNotSent_data()
 {
-    QTest::addColumn<QString>("blank");
-    QTest::addColumn<bool>("trimmed");
-    const auto add = [](const char *name, const QString &blank, bool trimmed) {
-        QTest::newRow(name) << blank << trimmed;
-    };
+    const auto add = columns<QString, bool>("blank", "trimmed");
     add("ASCII", u" \t\n\r"_s, true);
     add("Unicode", u"\u0085\u00A0\u2003\u202F\u3000\u2028\u2029"_s, true);
     add("zero-width space", u"\u200B"_s, false);

@@ -17,17 +17,12 @@ private Q_SLOTS:
 
 void SigningInTest::successWritesTheSession_data()
 {
-    QTest::addColumn<bool>("registering");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<qint64>("id");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("late");
+    const auto add = columns<bool, QByteArray, qint64, QString, bool>("registering", "reply", "id", "name", "late");
     const QByteArray all = R"("message":"Hola","id":"+42","nombre":" Ana Lucía ")";
     for (const bool registering : {false, true}) {
-        const auto row = [&](const char *name, const QByteArray &reply, qint64 id, const QString &stored,
+        const auto row = [&](const QByteArray &name, const QByteArray &reply, qint64 id, const QString &stored,
                              bool late = false) {
-            QTest::addRow("%s: %s", registering ? "registration" : "sign-in", name)
-                << registering << reply << id << stored << late;
+            add((registering ? "registration: " : "sign-in: ") + name, registering, reply, id, stored, late);
         };
         row("all there", all, 42, u" Ana Lucía "_s);
         row("after the screen has gone", all, 42, u" Ana Lucía "_s, true);

@@ -37,13 +37,11 @@ void CasilleroViewTest::addressIsThereBeforeTheReply()
 
 void CasilleroViewTest::nameCountsWhateverTheStatus_data()
 {
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QString>("shown");
-    QTest::newRow("error with name") << R"({"status":"error","message":"No","nombreCompleto":"Ana Ñ"})"_ba
-                                     << u"Ana Ñ"_s;
-    QTest::newRow("empty name") << R"({"nombreCompleto":""})"_ba << QString();
-    QTest::newRow("success without name") << R"({"status":"success","message":"Hola"})"_ba << u"Error"_s;
-    QTest::newRow("no bytes") << ""_ba << u"Error"_s;
+    const auto row = columns<QByteArray, QString>("reply", "shown");
+    row("error with name", R"({"status":"error","message":"No","nombreCompleto":"Ana Ñ"})", u"Ana Ñ"_s);
+    row("empty name", R"({"nombreCompleto":""})", QString());
+    row("success without name", R"({"status":"success","message":"Hola"})", u"Error"_s);
+    row("no bytes", "", u"Error"_s);
 }
 
 void CasilleroViewTest::nameCountsWhateverTheStatus()

@@ -24,13 +24,12 @@ private Q_SLOTS:
 
 void CotizarViewTest::modeTravelsWithoutAccents_data()
 {
-    QTest::addColumn<QString>("tipo");
-    QTest::addColumn<QString>("sent");
-    QTest::newRow("sea") << u"Marítimo"_s << u"maritimo"_s;
-    QTest::newRow("sea, decomposed") << u"Mari\u0301timo"_s << u"maritimo"_s;
-    QTest::newRow("sea, without accent") << u"Maritimo"_s << u"aereo"_s;
-    QTest::newRow("sea, lower case") << u"marítimo"_s << u"aereo"_s;
-    QTest::newRow("nothing") << QString() << u"aereo"_s;
+    const auto row = columns<QString, QString>("tipo", "sent");
+    row("sea", u"Marítimo"_s, u"maritimo"_s);
+    row("sea, decomposed", u"Mari\u0301timo"_s, u"maritimo"_s);
+    row("sea, without accent", u"Maritimo"_s, u"aereo"_s);
+    row("sea, lower case", u"marítimo"_s, u"aereo"_s);
+    row("nothing", QString(), u"aereo"_s);
 }
 
 void CotizarViewTest::modeTravelsWithoutAccents()

@@ -135,15 +135,8 @@ void DashboardViewTest::fetchesEachTimeItComesOnScreen()
 
 void DashboardViewTest::replyIsShown_data()
 {
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<int>("paqueteCount");
-    QTest::addColumn<int>("cotizacionCount");
-    QTest::addColumn<QStringList>("packageRows");
-    QTest::addColumn<QStringList>("quotationRows");
-    const auto row = [](const char *name, const QByteArray &reply, int paqueteCount, int cotizacionCount,
-                        const QStringList &packageRows, const QStringList &quotationRows) {
-        QTest::newRow(name) << reply << paqueteCount << cotizacionCount << packageRows << quotationRows;
-    };
+    const auto row = columns<QByteArray, int, int, QStringList, QStringList>(
+        "reply", "paqueteCount", "cotizacionCount", "packageRows", "quotationRows");
     const auto package = [](const QString &tracking, const QString &detail = u"Caja"_s,
                             const QString &badge = u"EN TRÁNSITO"_s) {
         return QStringList{u"📦"_s, u"Tracking: "_s + tracking, detail, badge};
@@ -237,12 +230,10 @@ void DashboardViewTest::rowsOpenTheirTracking()
 
 void DashboardViewTest::pressGoesOnThroughAReply_data()
 {
-    QTest::addColumn<bool>("byKey");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<bool>("opens");
+    const auto add = columns<bool, QByteArray, bool>("byKey", "reply", "opens");
     for (const bool byKey : {false, true}) {
-        const auto row = [&](const char *name, const QByteArray &rows, bool opens = true) {
-            QTest::addRow("%s: %s", byKey ? "key" : "finger", name) << byKey << rows << opens;
+        const auto row = [&](const QByteArray &name, const QByteArray &rows, bool opens = true) {
+            add((byKey ? "key: " : "finger: ") + name, byKey, rows, opens);
         };
         row("same rows", R"([{"tracking":"A"},{"tracking":"B"},{"tracking":"C"}])");
         row("the row says something else",
@@ -290,15 +281,14 @@ void DashboardViewTest::pressGoesOnThroughAReply()
 
 void DashboardViewTest::searchOpensTheTrackingPage_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QByteArray>("number");
-    QTest::newRow("blanks around") << u" \tMRV-1\u00A0\u2029"_s << "MRV-1"_ba;
-    QTest::newRow("blanks inside") << u" MRV  1 \u00A0 2 "_s << "MRV%20%201%20%C2%A0%202"_ba;
-    QTest::newRow("no escaping of its own") << u"a/b?c=d&e#f"_s << "a/b?c=d&e#f"_ba;
-    QTest::newRow("lower case is a number") << u"n/a"_s << "n/a"_ba;
-    QTest::newRow("empty") << QString() << QByteArray();
-    QTest::newRow("blank") << u"  \t "_s << QByteArray();
-    QTest::newRow("absent, blanks around") << u" N/A "_s << QByteArray();
+    const auto row = columns<QString, QByteArray>("text", "number");
+    row("blanks around", u" \tMRV-1\u00A0\u2029"_s, "MRV-1");
+    row("blanks inside", u" MRV  1 \u00A0 2 "_s, "MRV%20%201%20%C2%A0%202");
+    row("no escaping of its own", u"a/b?c=d&e#f"_s, "a/b?c=d&e#f");
+    row("lower case is a number", u"n/a"_s, "n/a");
+    row("empty", QString(), "");
+    row("blank", u"  \t "_s, "");
+    row("absent, blanks around", u" N/A "_s, "");
 }
 
 void DashboardViewTest::searchOpensTheTrackingPage()

@@ -79,45 +79,34 @@ private:
 
 void ListViewsTest::allRowsAreShownInOrder_data()
 {
-    QTest::addColumn<QByteArray>("view");
-    QTest::addColumn<QStringList>("shown");
-    QTest::addColumn<QStringList>("heard");
-    QTest::addColumn<QVariantList>("identities");
-    QTest::newRow("packages") << "MisPaquetesView"_ba
-                              << QStringList{u"Tracking: B"_s,   u"EN TRÁNSITO"_s, u"b"_s,
-                                             u"Tracking: A"_s,   u"RECIBIDO"_s,    u"Sin descripción"_s,
-                                             u"Tracking: A"_s,   u"RECIBIDO"_s,    u"Sin descripción"_s,
-                                             u"Tracking: N/A"_s, u"RECIBIDO"_s,    u"Sin descripción"_s}
-                              << QStringList{u"Tracking: B, b, EN TRÁNSITO"_s,
-                                             u"Tracking: A, Sin descripción, RECIBIDO"_s,
-                                             u"Tracking: A, Sin descripción, RECIBIDO"_s,
-                                             u"Tracking: N/A, Sin descripción, RECIBIDO"_s}
-                              << QVariantList{u"B"_s, u"A"_s, u"A"_s, QVariant()};
-    QTest::newRow("quotations") << "MisCotizacionesView"_ba
-                                << QStringList{u"b"_s,          u"ENVIADA"_s,   u"Origen: O"_s,
-                                               u"a"_s,          u"PENDIENTE"_s, u"Origen: O"_s,
-                                               u"Cotización"_s, u"PENDIENTE"_s, u"Origen: N/A"_s}
-                                << QStringList{u"b, ENVIADA, Origen: O"_s, u"a, PENDIENTE, Origen: O"_s,
-                                               u"Cotización, PENDIENTE, Origen: N/A"_s}
-                                << QVariantList{0, 1, 2};
+    const auto row = columns<QByteArray, QString, QString, QVariantList>("view", "shown", "heard", "identities");
+    row("packages", "MisPaquetesView",
+        u"Tracking: B|EN TRÁNSITO|b|Tracking: A|RECIBIDO|Sin descripción|Tracking: A|RECIBIDO|Sin descripción|"
+        "Tracking: N/A|RECIBIDO|Sin descripción"_s,
+        u"Tracking: B, b, EN TRÁNSITO|Tracking: A, Sin descripción, RECIBIDO|"
+        "Tracking: A, Sin descripción, RECIBIDO|Tracking: N/A, Sin descripción, RECIBIDO"_s,
+        {u"B"_s, u"A"_s, u"A"_s, QVariant()});
+    row("quotations", "MisCotizacionesView",
+        u"b|ENVIADA|Origen: O|a|PENDIENTE|Origen: O|Cotización|PENDIENTE|Origen: N/A"_s,
+        u"b, ENVIADA, Origen: O|a, PENDIENTE, Origen: O|Cotización, PENDIENTE, Origen: N/A"_s, {0, 1, 2});
 }
 
 void ListViewsTest::allRowsAreShownInOrder()
 {
     QFETCH(const QByteArray, view);
-    QFETCH(const QStringList, shown);
-    QFETCH(const QStringList, heard);
+    QFETCH(const QString, shown);
+    QFETCH(const QString, heard);
     QFETCH(const QVariantList, identities);
     server.reply(listing,
                  R"({"status":"error","paquetes":[{"tracking":"B","descripcion":"b","estado":"en tránsito",)"
                  R"("fecha_recibido":"ayer"},{"tracking":"A"},{"tracking":"A"},{}],"cotizaciones":[)"
                  R"({"origen":"O","descripcion":"b","estado":"enviada"},{"origen":"O","descripcion":"a"},{}]})");
     TestScreen screen(list(view));
-    QTRY_COMPARE(rows(screen), shown);
+    QTRY_COMPARE(rows(screen), shown.split(u'|'));
     settle(screen);
     QCOMPARE(server.requests().first().path, "/api_paquetes.php?user_id=42");
     // The way back, the title and the list come before them.
-    QTRY_COMPARE(screen.names().sliced(3), heard);
+    QTRY_COMPARE(screen.names().sliced(3), heard.split(u'|'));
     const auto *const model = screen.find(u"rows"_s)->property("model").value<QAbstractItemModel *>();
     QVariantList found;
     for (int row = 0; row < model->rowCount(); ++row)
@@ -127,16 +116,13 @@ void ListViewsTest::allRowsAreShownInOrder()
 
 void ListViewsTest::replyWithoutRowsEmptiesTheList_data()
 {
-    QTest::addColumn<QByteArray>("view");
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QStringList>("shown");
+    const auto row = columns<QByteArray, QByteArray, QStringList>("view", "reply", "shown");
     for (const QByteArray &view : {"MisPaquetesView"_ba, "MisCotizacionesView"_ba}) {
         const bool packages = view == "MisPaquetesView";
         const QStringList shown = packages ? QStringList() : QStringList(none);
-        QTest::newRow(view + ": no bytes") << view << ""_ba << shown;
-        QTest::newRow(view + ": the other list alone")
-            << view << (packages ? R"({"cotizaciones":[{}]})"_ba : R"({"paquetes":[{}]})"_ba) << shown;
-        QTest::newRow(view + ": empty") << view << R"({"paquetes":[],"cotizaciones":[]})"_ba << shown;
+        row(view + ": no bytes", view, "", shown);
+        row(view + ": other list", view, packages ? R"({"cotizaciones":[{}]})" : R"({"paquetes":[{}]})", shown);
+        row(view + ": empty", view, R"({"paquetes":[],"cotizaciones":[]})", shown);
     }
 }
 
@@ -224,17 +210,14 @@ void ListViewsTest::keysWalkTheRows()
 
 void ListViewsTest::rowsStayWhereTheyAreThroughAReply_data()
 {
-    QTest::addColumn<QByteArray>("view");
-    QTest::addColumn<int>("first");
-    QTest::addColumn<int>("last");
-    QTest::addColumn<QByteArray>("state");
-    QTest::newRow("packages of another state") << QByteArray("MisPaquetesView") << 1 << 60 << QByteArray("x");
-    QTest::newRow("packages above") << QByteArray("MisPaquetesView") << -1 << 60 << QByteArray("recibido");
-    QTest::newRow("packages below") << QByteArray("MisPaquetesView") << 1 << 70 << QByteArray("recibido");
-    QTest::newRow("fewer packages above") << QByteArray("MisPaquetesView") << 4 << 60 << QByteArray("recibido");
-    QTest::newRow("fewer packages below") << QByteArray("MisPaquetesView") << 1 << 50 << QByteArray("recibido");
-    QTest::newRow("quotations of another state") << QByteArray("MisCotizacionesView") << 1 << 60 << QByteArray("x");
-    QTest::newRow("more quotations") << QByteArray("MisCotizacionesView") << 1 << 70 << QByteArray("recibido");
+    const auto row = columns<QByteArray, int, int, QByteArray>("view", "first", "last", "state");
+    row("packages of another state", "MisPaquetesView", 1, 60, "x");
+    row("packages above", "MisPaquetesView", -1, 60, "recibido");
+    row("packages below", "MisPaquetesView", 1, 70, "recibido");
+    row("fewer packages above", "MisPaquetesView", 4, 60, "recibido");
+    row("fewer packages below", "MisPaquetesView", 1, 50, "recibido");
+    row("quotations of another state", "MisCotizacionesView", 1, 60, "x");
+    row("more quotations", "MisCotizacionesView", 1, 70, "recibido");
 }
 
 void ListViewsTest::rowsStayWhereTheyAreThroughAReply()

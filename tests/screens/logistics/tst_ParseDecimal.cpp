@@ -50,12 +50,10 @@ private Q_SLOTS:
 
 void ParseDecimalTest::readsAsCDoes_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<double>("number");
+    const auto add = columns<QString, double>("text", "number");
     const double infinity = std::numeric_limits<double>::infinity();
-    const auto row = [](const QString &text, double number) {
-        QTest::newRow(qPrintable(u"\"%1\""_s.arg(QString::fromUtf8(text.toUtf8().toPercentEncoding("., +")))))
-            << text << number;
+    const auto row = [&add](const QString &text, double number) {
+        add('"' + text.toUtf8().toPercentEncoding("., +") + '"', text, number);
     };
     row(u""_s, 0);
     row(u"12.5"_s, 12.5);
@@ -81,8 +79,8 @@ void ParseDecimalTest::readsAsCDoes_data()
           u"."_s,   u"+"_s,    u"-"_s,        u"--1"_s,     u"+-1"_s,   u"5 lbs"_s, u"$5"_s,  u"٥"_s,
           u"５"_s,  u"−5"_s,   u"infinite"_s, u"0x"_s,      u"1_000"_s, u"1.2.3"_s})
         row(bad, 0);
-    QTest::newRow("NUL inside") << QString(u"5"_s + QChar(0) + u"5"_s) << 0.0;
-    QTest::newRow("NUL after") << QString(u"5"_s + QChar(0)) << 0.0;
+    row(u"5"_s + QChar(0) + u"5"_s, 0);
+    row(u"5"_s + QChar(0), 0);
 }
 
 void ParseDecimalTest::readsAsCDoes()

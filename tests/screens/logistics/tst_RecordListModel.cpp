@@ -179,12 +179,9 @@ private:
 
 void RecordListModelTest::tellsWhatIsDifferent_data()
 {
-    QTest::addColumn<bool>("byPosition");
-    QTest::addColumn<QString>("before");
-    QTest::addColumn<QString>("after");
-    QTest::addColumn<QStringList>("said");
-    const auto row = [](const char *name, const QString &before, const QString &after, const QStringList &said,
-                        bool byPosition = false) { QTest::newRow(name) << byPosition << before << after << said; };
+    const auto add = columns<QString, QString, QStringList, bool>("before", "after", "said", "byPosition");
+    const auto row = [&add](const char *name, const QString &before, const QString &after, const QStringList &said,
+                            bool byPosition = false) { add(name, before, after, said, byPosition); };
     row("same rows", u"A:x B:y C"_s, u"A:x B:y C"_s, {});
     row("no rows", u""_s, u""_s, {});
     row("one changed field", u"A:x B:y C:z"_s, u"A:x B:n C:z"_s, {u"change 1-1 text"_s});
@@ -272,9 +269,7 @@ void RecordListModelTest::anyRowsBecomeAnyOthers()
 
 void RecordListModelTest::manyRowsTakeTimeInProportion_data()
 {
-    QTest::addColumn<QStringList>("before");
-    QTest::addColumn<QStringList>("after");
-    QTest::addColumn<qsizetype>("signalCount");
+    const auto row = columns<QStringList, QStringList, qsizetype>("before", "after", "signalCount");
     constexpr int many = 20'000;
     QStringList rows, halfChanged, odd, twice, alike;
     for (int i = 0; i < many; ++i) {
@@ -287,14 +282,13 @@ void RecordListModelTest::manyRowsTakeTimeInProportion_data()
         alike.append(u"-:"_s + id);
     }
     const QStringList reversed(rows.rbegin(), rows.rend());
-    QTest::newRow("every second changed") << rows << halfChanged << qsizetype(1001);
-    QTest::newRow("every second removed") << rows << odd << qsizetype(1);
-    QTest::newRow("one after each inserted") << rows << twice << qsizetype(1);
-    QTest::newRow("every second of the first removed")
-        << rows << odd.first(1000) + rows.sliced(2000) << qsizetype(1000);
-    QTest::newRow("one more") << rows << odd.first(1001) + rows.sliced(2002) << qsizetype(1);
-    QTest::newRow("all of one identity") << alike << QStringList(u"n"_s) + alike.sliced(1) << qsizetype(3);
-    QTest::newRow("reversed") << rows << reversed << qsizetype(1);
+    row("every second changed", rows, halfChanged, 1001);
+    row("every second removed", rows, odd, 1);
+    row("one after each inserted", rows, twice, 1);
+    row("every second of the first removed", rows, odd.first(1000) + rows.sliced(2000), 1000);
+    row("one more", rows, odd.first(1001) + rows.sliced(2002), 1);
+    row("all of one identity", alike, QStringList(u"n"_s) + alike.sliced(1), 3);
+    row("reversed", rows, reversed, 1);
 }
 
 void RecordListModelTest::manyRowsTakeTimeInProportion()
