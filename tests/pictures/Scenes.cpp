@@ -20,11 +20,6 @@ constexpr auto listing = "/api_paquetes.php";
 
 bool until(const std::function<bool()> &come) { return QTest::qWaitFor(come, 20000); }
 
-QByteArray alone(const QByteArray &view, const QByteArray &properties = {})
-{
-    return "NavigationContainer { root: Component { " + view + " { " + properties + " } } }";
-}
-
 /// As pushed on another screen, so that there is a way back.
 QByteArray pushed(const QByteArray &view)
 {
@@ -137,9 +132,9 @@ QList<Scene> accountScenes()
     return {
         {"inicio", "SplashView { logoOpacity: 1; logoScale: 1; spinning: false }", nothing,
          shows(u"Desarrollado por Corvandel"_s)},
-        {"ingreso", alone("LoginView"), nothing, shows(u"Iniciar Sesión"_s)},
-        {"ingreso-error", alone("LoginView"), replies("/api_login.php", refusal), fillAndSend},
-        {"recuperar", alone("LoginView"), nothing, openAlert},
+        {"ingreso", TestScreen::alone("LoginView {}"), nothing, shows(u"Iniciar Sesión"_s)},
+        {"ingreso-error", TestScreen::alone("LoginView {}"), replies("/api_login.php", refusal), fillAndSend},
+        {"recuperar", TestScreen::alone("LoginView {}"), nothing, openAlert},
         {"registro", pushed("RegistroView"), nothing, shows(u"Crear Cuenta"_s)},
         {"registro-clave", pushed("RegistroView"), nothing, weakPassword},
         {"registro-error", pushed("RegistroView"), nothing,
@@ -229,12 +224,11 @@ QList<Scene> logisticsScenes()
             return until([&] { return screen.find(u"paqueteCount"_s)->property("count").toInt() == packages; });
         };
     };
+    const QByteArray dashboard = TestScreen::alone("DashboardView { screens: ServiceScreens {} }");
     return {
-        {"panel-vacio", alone("DashboardView", "screens: ServiceScreens {}"), rows("{}", u"Ana"_s),
-         shows(u"Mi Resumen"_s)},
-        {"panel", alone("DashboardView", "screens: ServiceScreens {}"),
-         rows(someRows(), u"Ana Lucía Peñalver Ríos"_s), counts(4)},
-        {"panel-largo", alone("DashboardView", "screens: ServiceScreens {}"), rows(longRows(), longName), counts(2)},
+        {"panel-vacio", dashboard, rows("{}", u"Ana"_s), shows(u"Mi Resumen"_s)},
+        {"panel", dashboard, rows(someRows(), u"Ana Lucía Peñalver Ríos"_s), counts(4)},
+        {"panel-largo", dashboard, rows(longRows(), longName), counts(2)},
         {"cotizar", pushed("CotizarView"), nothing, shows(u"Enviar Cotización"_s)},
         {"cotizar-enviado", pushed("CotizarView"), replies("/api_cotizar.php", R"({"status":"success"})"),
          presses(u"enviar"_s, u"Enviado con éxito"_s)},

@@ -15,7 +15,7 @@ QString someText(quint32 choice)
 Reply someReply(const QByteArray &path, quint32 choice)
 {
     Reply reply;
-    const bool listing = path == "paquetes";
+    const bool listing = path == "/api_paquetes.php";
     switch (choice % 7) {
     case 0:
         // The platform may repeat a GET whose connection dies.

@@ -57,42 +57,37 @@ QByteArray Reply::bytes() const
 const QList<Model::Page> &Model::pages()
 {
     static const QList<Page> all{
-        {Kind::Login, u"iniciarSesion"_s, {}},
-        {Kind::Registro, u"registrar"_s, u"registro"_s},
-        {Kind::Dashboard, u"greeting"_s, {}, "paquetes"},
-        {Kind::Casillero, u"info"_s, u"CasilleroTile"_s, "casillero"},
-        {Kind::Cotizar, u"peso"_s, u"CotizarTile"_s},
-        {Kind::Autos, u"marca"_s, u"AutosTile"_s},
-        {Kind::Perfil, u"guardar"_s, u"PerfilTile"_s},
+        {Kind::Login, u"iniciarSesion"_s, {}, {}, "LoginView"},
+        {Kind::Registro, u"registrar"_s, u"registro"_s, {}, "RegistroView"},
+        {Kind::Dashboard, u"greeting"_s, {}, "/api_paquetes.php", "DashboardView"},
+        {Kind::Casillero, u"info"_s, u"CasilleroTile"_s, "/api_casillero.php"},
+        {Kind::Cotizar, u"peso"_s, u"CotizarTile"_s, {}, "CotizarView"},
+        {Kind::Autos, u"marca"_s, u"AutosTile"_s, {}, "ImportarAutoView"},
+        {Kind::Perfil, u"guardar"_s, u"PerfilTile"_s, {}, "PerfilView"},
         {Kind::Dev, u"sitio"_s, u"DevTile"_s},
-        {Kind::Paquetes, u"rows"_s, u"paqueteCount"_s, "paquetes"},
-        {Kind::Cotizaciones, u"rows"_s, u"cotizacionCount"_s, "paquetes"},
+        {Kind::Paquetes, u"rows"_s, u"paqueteCount"_s, "/api_paquetes.php"},
+        {Kind::Cotizaciones, u"rows"_s, u"cotizacionCount"_s, "/api_paquetes.php"},
     };
     return all;
 }
 
 const Model::Page &Model::pageOf(Kind kind) { return *std::ranges::find(pages(), kind, &Page::kind); }
 
-Model::Form Model::formOf(Kind kind)
+const Form &Model::formOf(Kind kind)
 {
-    static const QList<Form> forms{
-        {Kind::Login, u"email pass"_s, u"iniciarSesion"_s, "login", {}, u"Error de credenciales"_s},
-        {Kind::Registro,
-         u"nom email direccion ciudad pass"_s,
-         u"registrar"_s,
-         "registro",
-         {},
-         u"Error al registrar"_s},
-        {Kind::Dashboard, u"trackingText"_s, u"buscar"_s},
-        {Kind::Cotizar, u"peso valor descripcion"_s, u"enviar"_s, "cotizar", u"Enviado con éxito"_s,
-         u"Error al cotizar"_s},
-        {Kind::Autos, u"marca modelo anio ubicacion"_s, u"enviar"_s, "auto", u"Solicitud enviada"_s,
-         u"Error al enviar"_s},
-        {Kind::Perfil, u"nombre email"_s, u"guardar"_s, "perfil", u"Perfil actualizado con éxito"_s,
-         u"Error al actualizar"_s},
-    };
-    const auto found = std::ranges::find(forms, kind, &Form::kind);
-    return found == forms.end() ? Form{kind, {}, {}} : *found;
+    static const Form none;
+    static const Form search{"DashboardView", {}, {{u"trackingText"_s, {}}}, u"buscar"_s, {}, {}, {}, {}, {}, {}};
+    const QByteArray &view = pageOf(kind).form;
+    const auto found = std::ranges::find(forms(), view, &Form::view);
+    return found != forms().end() ? *found : view == search.view ? search : none;
+}
+
+QStringList Model::fieldsOf(Kind kind)
+{
+    QStringList names;
+    for (const Field &field : formOf(kind).fields)
+        names.append(field.name);
+    return names;
 }
 
 void Model::showRoot()
@@ -147,7 +142,7 @@ void Model::press()
         return register_();
     if (top().kind == Kind::Login && (top().fields[u"email"_s].isEmpty() || top().fields[u"pass"_s].isEmpty()))
         top().msg = u"Completa los campos"_s;
-    else if (const QByteArray path = formOf(top().kind).sends; !path.isEmpty())
+    else if (const QByteArray path = formOf(top().kind).path; !path.isEmpty())
         request(path);
 }
 
@@ -163,29 +158,29 @@ void Model::register_()
         top().msg = u"La contraseña debe incluir al menos una mayúscula y un carácter especial"_s;
         return;
     }
-    request("registro");
+    request("/api_registro.php");
 }
 
 void Model::sendRecovery()
 {
     top().alert = false;
     if (!top().fields[u"alertInput"_s].isEmpty())
-        request("recuperar");
+        request("/api_recuperar.php");
 }
 
 void Model::answer(qsizetype index, const Reply &reply)
 {
     const Pending request = pending.takeAt(index);
     Screen &screen = *request.screen;
-    const Form form = formOf(screen.kind);
-    if (request.path == "login" || request.path == "registro") {
+    const Form &form = formOf(screen.kind);
+    if (request.path == "/api_login.php" || request.path == "/api_registro.php") {
         signInAnswered(request, reply, form.failure);
-    } else if (request.path == "recuperar") {
+    } else if (request.path == "/api_recuperar.php") {
         screen.msg = reply.present() && reply.message ? *reply.message : u"Solicitud procesada"_s;
-    } else if (request.path == "paquetes") {
+    } else if (request.path == "/api_paquetes.php") {
         screen.paquetes = reply.present() ? reply.paquetes.value_or(0) : 0;
         screen.cotizaciones = reply.present() ? reply.cotizaciones.value_or(0) : 0;
-    } else if (request.path == "casillero") {
+    } else if (request.path == "/api_casillero.php") {
         screen.info = reply.present() && reply.nombreCompleto ? *reply.nombreCompleto : u"Error"_s;
     } else {
         screen.msg = reply.success() ? form.success : form.failure;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Forms.h"
+
 #include <QHash>
 #include <QList>
 #include <QString>
@@ -46,24 +48,16 @@ public:
         /// An item that only screens of this kind have, and the item that opens them; empty for a first screen.
         QString mark;
         QString entrance;
-        /// What they request when they appear.
+        /// What they request when they appear, and which form they have.
         QByteArray appears{};
+        QByteArray form{};
     };
     static const QList<Page> &pages();
     static const Page &pageOf(Kind kind);
 
-    /// What a customer fills in on screens of a kind, what sends it, and what they say afterwards.
-    struct Form {
-        Kind kind;
-        QString fields;
-        QString button;
-        QByteArray sends{};
-        QString success{};
-        QString failure{};
-    };
     /// Without fields for a kind that has no form.
-    static Form formOf(Kind kind);
-    static QStringList fieldsOf(Kind kind) { return formOf(kind).fields.split(u' ', Qt::SkipEmptyParts); }
+    static const Form &formOf(Kind kind);
+    static QStringList fieldsOf(Kind kind);
 
     /// A request without its reply, and the screen that waits for it, which may have gone.
     struct Pending {
