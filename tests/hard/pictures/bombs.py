@@ -52,6 +52,7 @@ def torn_png(count):
 def pngs():
     yield Bomb("png 30,000 x 30,000", False, lambda: png(30000, 30000, data=bytes(1000)))
     yield Bomb("png 2^31 - 1 squared", False, lambda: png(2**31 - 1, 2**31 - 1, data=bytes(1000)))
+    yield Bomb("png 16,384 x 16,384", False, lambda: png(LARGE, LARGE, 0))
     for width, height in ((LARGE, 1), (1, LARGE), (LARGE, 7), (8000, 4000)):
         yield Bomb(f"png {width} x {height}", True, lambda width=width, height=height: png(width, height))
     yield Bomb("png 4,000 x 3,000 interlaced", True, lambda: png(4000, 3000, 2, interlaced=1))
@@ -168,11 +169,15 @@ def all_bombs(folder):
     yield from jpegs(*((folder / f"jpeg-{name}").read_bytes() for name in ("baseline", "progressive")))
     yield from webps()
     yield from others()
+    for name in add_good(folder):
+        yield Bomb(f"good picture: {name}", True, (folder / name).read_bytes)
 
 
 def add_good(folder):
-    """What Qt does not write: an interlaced PNG, a moving WebP, a JPEG on its side."""
-    (folder / "png-interlaced").write_bytes(png(29, 17, 0, interlaced=1))
-    (folder / "webp-moving").write_bytes(moving_webp(16, 16, 16, 2))
+    """What Qt does not write: an interlaced PNG, a moving WebP, a JPEG on its side. Returns their names."""
     lying = exif(b"\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0")
-    (folder / "jpeg-lying").write_bytes(jpeg((folder / "jpeg-baseline").read_bytes(), segments=lying))
+    good = {"png-interlaced": png(29, 17, 0, interlaced=1), "webp-moving": moving_webp(16, 16, 16, 2),
+            "jpeg-lying": jpeg((folder / "jpeg-baseline").read_bytes(), segments=lying)}
+    for name, data in good.items():
+        (folder / name).write_bytes(data)
+    return good

@@ -1,10 +1,9 @@
 """Feeds the app's picture code with bombs, damage and files that are none, and looks whether the window goes on.
 
-usage: check.py WATCHED PLAIN quick|long
+usage: check.py FUZZER PROGRAM quick|long      PICTURES_ONLY=PART tries only the bombs whose names hold that
 
-WATCHED and PLAIN are the same program with and without the sanitizers, see main.cpp. PICTURES_SEED in the environment
-stands for the first seed of the mutations, so that a failure can be repeated; PICTURES_ONLY for a part of the names of the
-only bombs to try.
+The fuzzer has the sanitizers, which see every wrong access; the program, see main.cpp, has none, since they multiply the
+memory that is to be measured.
 """
 
 import collections
@@ -12,7 +11,6 @@ import concurrent.futures
 import itertools
 import os
 import pathlib
-import random
 import subprocess
 import sys
 import tempfile
@@ -27,16 +25,15 @@ from tally import Tally
 MOST_MEMORY = 256  # MiB
 LONGEST_GAP = 100  # ms
 LONGEST_SECONDS = 20
-KINDS = ("png", "jpeg", "webp")
 DEADLINE = 150  # seconds until a program counts as hung
 
 Shown = collections.namedtuple("Shown", "ended decoded loaded gap run seconds memory")
 
 
 class Check:
-    def __init__(self, folder, watched, plain, form):
+    def __init__(self, folder, fuzzer, program, form):
         self.folder = folder
-        self.watched, self.plain = watched, plain
+        self.fuzzer, self.program = fuzzer, program
         self.long = form == "long"
         self.tally = Tally()
         self.lock = threading.Lock()
@@ -45,7 +42,7 @@ class Check:
         self.good = self.file(bombs.png(8, 8))
         self.corpus = folder / "corpus"
         self.corpus.mkdir()
-        self.run(plain, "make", self.corpus)
+        self.run(program, "make", self.corpus)
         bombs.add_good(self.corpus)
 
     def file(self, data, ending="jpg"):
@@ -66,26 +63,26 @@ class Check:
             return None, f"ended with {done.returncode}: {done.stdout[-500:]}{done.stderr[:3000]}"
         return done.stdout.splitlines(), f"wrote to stderr: {done.stderr[:500]}" if done.stderr else None
 
-    def show(self, program, how, path, again=2):
+    def show(self, how, path, again=2):
         """What it took to show a file, and what is wrong with that (None: nothing)."""
-        lines, wrong = self.run(program, "show", how, path, self.good)
+        lines, wrong = self.run(self.program, "show", how, path, self.good)
         if lines is None:
             return None, wrong
         shown = Shown(*map(float, lines[-1].split()))
         if not shown.ended:
             wrong = "did not end"
-        elif program == self.plain and shown.memory > MOST_MEMORY:
+        elif shown.memory > MOST_MEMORY:
             wrong = f"took {shown.memory:.0f} MiB"
         # On a busy machine only the time that the window's own thread computed tells something.
         elif shown.run > LONGEST_GAP:
             wrong = f"the window's thread computed for {shown.run:.0f} ms"
         elif self.long and shown.gap > LONGEST_GAP and again:
             # A lock's holder may itself have been waiting for a processor.
-            return self.show(program, how, path, again - 1)
+            return self.show(how, path, again - 1)
         elif self.long and shown.gap > LONGEST_GAP:
             wrong = f"the window did not answer for {shown.gap:.0f} ms"
         elif shown.seconds > LONGEST_SECONDS and again:
-            return self.show(program, how, path, again - 1)
+            return self.show(how, path, again - 1)
         elif shown.seconds > LONGEST_SECONDS:
             wrong = f"took {shown.seconds:.0f} s"
         return shown, wrong
@@ -93,13 +90,17 @@ class Check:
     def bomb(self, bomb):
         """As a stored photo, as a picked one, which is held once more in base64, and as one of the picker's."""
         path = self.file(bomb.make())
-        kind = "no picture" if bomb.name.startswith("no picture") else bomb.name.split(" ")[0] + " bomb"
+        kind, colon, _ = bomb.name.partition(":")
+        kind = kind if colon else kind.split(" ")[0] + " bomb"
         ways = ("stored", "picked", "listed") if self.long else ("picked",)
-        for program, how in [(self.plain, how) for how in ways] + ([(self.watched, "stored")] if self.long else []):
-            shown, wrong = self.show(program, how, path)
+        for how in ways:
+            shown, wrong = self.show(how, path)
             if not wrong and bomb.shows is not None and bool(shown.decoded) != bomb.shows:
                 wrong = "shows" if shown.decoded else "does not show"
             self.note(f"{kind}, {how}", not wrong, f"{bomb.name}: {wrong}")
+        if self.long:
+            lines, wrong = self.run(self.fuzzer, "-detect_leaks=0", path)
+            self.note(f"{kind}, under the sanitizers", lines is not None, f"{bomb.name}: {wrong}")
         path.unlink()
 
     def note(self, *row):
@@ -115,23 +116,21 @@ class Check:
         only = os.environ.get("PICTURES_ONLY", "")
         self.together((self.bomb, bomb) for bomb in bombs.all_bombs(self.corpus) if only in bomb.name)
 
-    def damage(self, fault, program, kind, cuts, seed, mutations):
-        """Decodes damaged pictures; the memory counts in the program without sanitizers alone."""
-        lines, wrong = self.run(program, "damage", self.corpus, kind, cuts, seed, mutations)
-        if not wrong and program == self.plain and float(lines[-1]) > MOST_MEMORY:
-            wrong = f"took {lines[-1]} MiB"
-        self.note(f"{kind} {fault}", not wrong, f"seed {seed}: {wrong}", cuts or mutations)
-
     def damages(self):
-        first = int(os.environ.get("PICTURES_SEED") or (random.randrange(1 << 30) if self.long else 1))
-        print(f"PICTURES_SEED={first}", file=sys.stderr, flush=True)
-        # In small parts, so that a failure names few seeds.
-        parts, count, cuts = (20, 400, 500) if self.long else (1, 250, 40)
-        programs = list(enumerate((self.watched, self.plain)))
-        self.together((self.damage, "cut off", program, kind, cuts, 0, 0) for kind in KINDS for _, program in programs)
-        # Each program has seeds of its own.
-        self.together((self.damage, "mutated", program, kind, 0, first + (2 * part + i) * count, count)
-                      for kind in KINDS for part in range(parts) for i, program in programs)
+        """Good pictures, cut off at many parts of their length, and what the fuzzer makes of them. A picture that it judges
+        wrongly is left in the current folder."""
+        parts, runs = (500, 20_000_000) if self.long else (40, 100_000)
+        cut = self.folder / "cut"
+        cut.mkdir()
+        for file in self.corpus.iterdir():
+            for part in range(parts):
+                (cut / f"{file.name}-{part}").write_bytes(file.read_bytes()[:file.stat().st_size * part // parts])
+        found = self.folder / "found"
+        found.mkdir()
+        # Without a seed the fuzzer takes one of its own.
+        done = subprocess.run([self.fuzzer, f"-runs={runs + len(list(cut.iterdir()))}", *([] if self.long else ["-seed=1"]),
+                               "-timeout=20", "-malloc_limit_mb=256", "-detect_leaks=0", found, self.corpus, cut], check=False)
+        self.note("damaged pictures", done.returncode == 0, f"the fuzzer ended with {done.returncode}", runs)
 
     def strange_items(self):
         """What is picked or listed and is no file that ends."""
@@ -139,7 +138,7 @@ class Check:
             for name, may_load, make in items.ITEMS:
                 with tempfile.TemporaryDirectory(dir=self.folder) as folder, \
                         items.made(make, pathlib.Path(folder, "photo.jpg")) as path:
-                    shown, wrong = self.show(self.plain, how, path)
+                    shown, wrong = self.show(how, path)
                 if not wrong and not may_load and (shown.loaded >= 0 or shown.decoded):
                     wrong = f"gave {shown.loaded:.0f} bytes"
                 self.note("strange item, " + how, not wrong, f"{name}: {wrong}")

@@ -1,14 +1,17 @@
-// What check.py runs: shows one picture, or decodes many damaged ones, and tells what it cost.
+// What check.py runs: shows one picture and tells what it cost, or makes good ones.
 
 #include "Contents.h"
-#include "Damage.h"
+#include "PhotoDecoder.h"
 #include "PhotoLoader.h"
 #include "PhotoView.h"
 #include "Watch.h"
 
+#include <QColorSpace>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
+#include <QImageWriter>
+#include <QPainter>
 #include <QQuickWindow>
 #include <QTimer>
 
@@ -151,21 +154,48 @@ int show(const QStringList &arguments)
     return 0;
 }
 
-/// damage FOLDER KIND CUTS SEED MUTATIONS: prints what failed and at last the memory that it took in MiB.
-int damage(const QStringList &arguments)
+QImage drawn(QSize size, QImage::Format format)
 {
-    tryDamage(arguments[0], arguments[1], 1, 0, 0);
-    const double before = startMemory();
-    const int failures =
-        tryDamage(arguments[0], arguments[1], arguments[2].toInt(), arguments[3].toUInt(), arguments[4].toInt());
-    std::printf("%.0f\n", memory("VmHWM") - before);
-    return failures ? 1 : 0;
+    QImage image(size, QImage::Format_ARGB32);
+    image.fill(Qt::blue);
+    QPainter painter(&image);
+    painter.fillRect(0, 0, size.width() / 2, size.height(), Qt::red);
+    painter.drawLine(0, 0, size.width(), size.height());
+    painter.end();
+    return image.convertToFormat(format);
 }
 
-/// make FOLDER
+/// make FOLDER: writes good pictures, in the variants of each format that Qt writes, small enough to be decoded very
+/// often: KIND-NAME, where KIND is "png", "jpeg" or "webp".
 int make(const QStringList &arguments)
 {
-    makePictures(arguments[0]);
+    const auto write = [&arguments](const QByteArray &kind, const QString &name, const QImage &image,
+                                    int quality = -1) {
+        const QString path = arguments[0] + u'/' + QString::fromLatin1(kind) + u'-' + name;
+        QImageWriter writer(path, kind);
+        writer.setQuality(quality);
+        writer.setProgressiveScanWrite(name == u"progressive");
+        if (!writer.write(image) || decodePhoto(contents(path), 20).isNull())
+            qFatal("%s is not written or not decoded", qUtf8Printable(path));
+    };
+    for (const auto format :
+         {QImage::Format_RGB32, QImage::Format_ARGB32, QImage::Format_Indexed8, QImage::Format_Mono,
+          QImage::Format_Grayscale8, QImage::Format_RGBX64, QImage::Format_RGBA64})
+        write("png", QString::number(format), drawn({31, 22}, format));
+    QImage chatty = drawn({33, 20}, QImage::Format_RGB32);
+    chatty.setText(u"Comment"_s, QString(3000, u'x'));
+    chatty.setColorSpace(QColorSpace::DisplayP3);
+    for (const char *kind : {"png", "jpeg", "webp"})
+        write(kind, u"chatty"_s, chatty, 80);
+    const QImage picture = drawn({40, 31}, QImage::Format_RGB32);
+    write("jpeg", u"baseline"_s, picture, 90);
+    write("jpeg", u"progressive"_s, picture, 40);
+    write("jpeg", u"grey"_s, drawn({33, 20}, QImage::Format_Grayscale8), 80);
+    const QImage clear = drawn({25, 18}, QImage::Format_ARGB32);
+    for (const int quality : {40, 100}) {
+        write("webp", u"picture-%1"_s.arg(quality), picture, quality);
+        write("webp", u"clear-%1"_s.arg(quality), clear, quality);
+    }
     return 0;
 }
 
@@ -175,8 +205,5 @@ int main(int argc, char *argv[])
 {
     const QGuiApplication application(argc, argv);
     const QStringList arguments = QGuiApplication::arguments();
-    const QHash<QString, int (*)(const QStringList &)> all{
-        {u"show"_s, show}, {u"damage"_s, damage}, {u"make"_s, make}};
-    const auto what = all.value(arguments.value(1));
-    return what ? what(arguments.sliced(2)) : 2;
+    return arguments.value(1) == u"make"_s ? make(arguments.sliced(2)) : show(arguments.sliced(2));
 }
