@@ -1,6 +1,6 @@
 """Stories of customers, told through the real app against a real server, from outside.
 
-usage: stories.py STORY APP SCRIPTED_APP SERVICE RELEASE_APP      stories.py --list
+usage: stories.py STORY APP SCRIPTED_APP SERVICE RELEASE_APP
 
 Each story has a network of its own where the kernel grants one, since the app's port is built in; otherwise the stories
 wait for one another.
@@ -18,9 +18,6 @@ from stage import STORIES, Stage, in_own_network
 def main():
     for file in sorted(HERE.glob("story_*.py")):
         importlib.import_module(file.stem)
-    if sys.argv[1:] == ["--list"]:
-        print("\n".join(STORIES))
-        return
     lock = in_own_network()
     STORIES[sys.argv[1]](Stage(*sys.argv[2:6]))
     del lock
