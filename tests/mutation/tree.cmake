@@ -1,5 +1,5 @@
-# Read by CMake in the trees of tests/mutate (CMAKE_PROJECT_INCLUDE): the product's libraries read the headers of others
-# once, so that one changed source is compiled in a second or two.
+# Read by CMake in the trees of tests/mutate (CMAKE_PROJECT_INCLUDE): the product's libraries are compiled source by source and
+# with precompiled headers, so that a changed source is compiled in a second or two.
 function(marovenda_share_headers_of_product)
     set(of_all <QCoreApplication> <QDateTime> <QDir> <QFile> <QJsonObject> <QPointer> <QProperty> <QTimer> <QUrl>
         <algorithm> <functional> <memory> <optional> <thread> <vector>)
@@ -11,6 +11,8 @@ function(marovenda_share_headers_of_product)
     target_precompile_headers(marovenda_app PRIVATE ${of_all} ${of_screens})
     target_precompile_headers(marovenda_account PRIVATE ${of_all} ${of_service} ${of_screens})
     target_precompile_headers(marovenda_logistics PRIVATE ${of_all} ${of_service} ${of_screens})
+    set_target_properties(marovenda_api marovenda_session marovenda_ui marovenda_app marovenda_account marovenda_logistics
+        PROPERTIES UNITY_BUILD OFF)
 endfunction()
 cmake_language(DEFER CALL marovenda_share_headers_of_product)
 

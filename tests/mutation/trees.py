@@ -84,7 +84,7 @@ class Tree:
 
     def configure(self):
         # Without debug information, which takes time and is not read; what a change makes superfluous is no error.
-        run("cmake", "--preset", "dev", "-DCMAKE_CXX_FLAGS_DEBUG=", "-DCMAKE_COMPILE_WARNING_AS_ERROR=OFF",
+        run("cmake", "--preset", "dev", "-DCMAKE_CXX_FLAGS_DEBUG=", "-DCMAKE_COMPILE_WARNING_AS_ERROR=OFF", "-DCMAKE_UNITY_BUILD=ON",
             f"-DCMAKE_PROJECT_INCLUDE={self.path}/tests/mutation/tree.cmake", cwd=self.path)
         # The stories look there for the executable that customers get.
         (self.path / "build/demo").symlink_to("dev")
@@ -123,6 +123,9 @@ class Tree:
     def inputs(self, targets):
         """The files of the tree that these are made of."""
         lines = run("ninja", "-C", self.build, "-t", "inputs", *targets).replace("'", "").splitlines()
+        # What is compiled together is included by one file.
+        for together in [line for line in lines if "/Unity/" in line and line.endswith(".cxx")]:
+            lines += re.findall('^#include "(.*)"', (self.build / together).read_text(), re.MULTILINE)
         inside = (os.path.relpath(line, self.path) for line in lines if line.startswith(f"{self.path}/"))
         return [each for each in inside if not each.startswith("build/")]
 
