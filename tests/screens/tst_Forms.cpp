@@ -1,5 +1,14 @@
+#include "CasilleroViewModel.h"
+#include "CotizarViewModel.h"
+#include "DashboardViewModel.h"
 #include "Forms.h"
+#include "ImportarAutoViewModel.h"
+#include "LoginViewModel.h"
 #include "MarovendaTest.h"
+#include "MisCotizacionesViewModel.h"
+#include "MisPaquetesViewModel.h"
+#include "PerfilViewModel.h"
+#include "RegistroViewModel.h"
 #include "ServiceTest.h"
 #include "Session.h"
 #include "TestScreen.h"
@@ -38,6 +47,7 @@ private Q_SLOTS:
     void messageIsScrolledIntoView_data();
     void messageIsScrolledIntoView();
     void typingScrollsBackToTheField();
+    void layoutsWriteNothingOfTheSessionButTheName();
 
 private:
     static constexpr auto success = R"({"status":"success","message":"Hola"})";
@@ -278,6 +288,23 @@ void FormsTest::typingScrollsBackToTheField()
     QVERIFY(TestScreen::box(field).top() < 0);
     QTest::sendKeyEvent(QTest::Click, &screen.window(), Qt::Key_unknown, u"A"_s, Qt::NoModifier);
     QTRY_VERIFY(TestScreen::box(field).top() >= 0);
+}
+
+void FormsTest::layoutsWriteNothingOfTheSessionButTheName()
+{
+    QStringList writable;
+    for (const QMetaObject *const model :
+         {&CasilleroViewModel::staticMetaObject, &CotizarViewModel::staticMetaObject,
+          &DashboardViewModel::staticMetaObject, &ImportarAutoViewModel::staticMetaObject,
+          &LoginViewModel::staticMetaObject, &MisCotizacionesViewModel::staticMetaObject,
+          &MisPaquetesViewModel::staticMetaObject, &PerfilViewModel::staticMetaObject,
+          &RegistroViewModel::staticMetaObject}) {
+        for (const char *const name : {"userId", "userNombre", "userEmail", "userAvatarData"}) {
+            if (model->property(model->indexOfProperty(name)).isWritable())
+                writable += QLatin1String(model->className()) + u'.' + QLatin1String(name);
+        }
+    }
+    QCOMPARE(writable, QStringList(u"PerfilViewModel.userNombre"_s));
 }
 
 MAROVENDA_TEST(FormsTest)
