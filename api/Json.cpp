@@ -268,8 +268,8 @@ char *appendUnit(char *out, QStringView text, qsizetype &index)
     if (unit < 0x20) {
         constexpr std::string_view digits = "0123456789abcdef";
         out = append(out, "\\u00");
-        *out++ = digits[unit >> 4];
-        *out++ = digits[unit & 0xF];
+        *out++ = digits[unit / 16];
+        *out++ = digits[unit % 16];
     } else {
         *out++ = static_cast<char>(unit);
     }

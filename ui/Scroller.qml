@@ -71,7 +71,6 @@ Flickable {
     interactive: contentHeight > viewHeight + 0.5
     boundsBehavior: interactive ? Flickable.DragAndOvershootBounds : Flickable.StopAtBounds
     flickableDirection: Flickable.VerticalFlick
-    clip: false
     // Without a delay, buttons show a press at once.
     pressDelay: 0
 
