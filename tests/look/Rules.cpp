@@ -197,6 +197,17 @@ QString differsSymbol(const Element &element, const QJsonArray &wanted)
 
 QString judge(const Element &element, const QJsonObject &wanted);
 
+/// A part of a form, that far below another element (`to`) and from both sides.
+QString judgeFormPart(const Element &it, const QJsonArray &to, const QJsonValue &side, QJsonObject more)
+{
+    const qreal distance = side.toDouble(24);
+    more.insert(u"below"_s, to);
+    more.insert(u"left"_s, distance);
+    more.insert(u"right"_s, distance);
+    more.insert(u"height"_s, 54);
+    return judge(it, more);
+}
+
 using Rule = std::function<QString(const Element &, const QJsonArray &)>;
 
 /// A rule is called with its list; a single value is a list of one.
@@ -269,26 +280,16 @@ const QHash<QString, Rule> rules{
      [](const Element &it, const QJsonArray &to) {
          return differs("colour", it.item->property("color").value<QColor>(), colourOf(to[0]));
      }},
-    // Of a form, that far below another element and from the sides.
     {u"field"_s,
      [](const Element &it, const QJsonArray &to) {
-         const qreal side = to[2].toDouble(24);
-         return judge(it, {{u"below"_s, to},
-                           {u"left"_s, side},
-                           {u"right"_s, side},
-                           {u"height"_s, 54},
-                           {u"shape"_s, QJsonArray{16, u"white"_s, u"outlined"_s}}});
+         return judgeFormPart(it, to, to[2], {{u"shape"_s, QJsonArray{16, u"white"_s, u"outlined"_s}}});
      }},
     {u"mainButton"_s,
      [](const Element &it, const QJsonArray &to) {
-         const qreal side = to[3].toDouble(24);
-         return judge(it, {{u"below"_s, to},
-                           {u"left"_s, side},
-                           {u"right"_s, side},
-                           {u"height"_s, 54},
-                           {u"shape"_s, QJsonArray{20, u"blue"_s}},
-                           {u"text"_s, QJsonArray{to[2].toString(u"body bold"_s), u"white"_s}},
-                           {u"centredText"_s, true}});
+         return judgeFormPart(it, to, to[3],
+                              {{u"shape"_s, QJsonArray{20, u"blue"_s}},
+                               {u"text"_s, QJsonArray{to[2].toString(u"body bold"_s), u"white"_s}},
+                               {u"centredText"_s, true}});
      }},
 };
 
