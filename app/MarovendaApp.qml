@@ -5,6 +5,8 @@ import Marovenda.Ui
 Window {
     id: window
 
+    readonly property MarovendaAppViewModel viewModel: MarovendaAppViewModel {}
+
     property bool appeared: false
     // On a slow device the splash stays until the screens are loaded.
     readonly property bool splash: viewModel.showSplash || !screens.found
@@ -25,8 +27,6 @@ Window {
         viewModel.iniciarSplash()
     }
 
-    MarovendaAppViewModel { id: viewModel }
-
     // Signing in or out creates a new screen with empty fields.
     Loader {
         id: first
@@ -37,7 +37,7 @@ Window {
         sourceComponent: {
             if (window.splash)
                 return null
-            return viewModel.someoneSignedIn ? screens.found.dashboard : screens.found.login
+            return window.viewModel.someoneSignedIn ? screens.found.dashboard : screens.found.login
         }
         opacity: window.splash ? 0 : 1
         Behavior on opacity { CrossFade {} }
@@ -50,8 +50,8 @@ Window {
         Behavior on opacity { CrossFade {} }
         sourceComponent: SplashView {
             // qmllint disable unqualified
-            logoOpacity: viewModel.logoOpacity
-            logoScale: viewModel.logoScale
+            logoOpacity: window.viewModel.logoOpacity
+            logoScale: window.viewModel.logoScale
             // qmllint enable unqualified
         }
     }
@@ -68,7 +68,7 @@ Window {
         asynchronous: true
         sourceComponent: file
         onFailedChanged: {
-            viewModel.faltanPantallas(file.errorString())
+            window.viewModel.faltanPantallas(file.errorString())
             Qt.exit(1)
         }
     }

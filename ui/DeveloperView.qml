@@ -4,9 +4,9 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
-    barHidden: true
+    readonly property DeveloperViewModel viewModel: DeveloperViewModel {}
 
-    DeveloperViewModel { id: viewModel }
+    barHidden: true
 
     Scroller {
         id: scroller
@@ -66,12 +66,12 @@ AppScreen {
                         LinkRow {
                             objectName: "sitio"
                             anchors.horizontalCenter: parent.horizontalCenter
-                            visible: viewModel.haySitio
+                            visible: screen.viewModel.haySitio
                             availableRowWidth: links.availableRowWidth
                             emoji: "🌐"
                             label: "Sitio Web:"
-                            target: viewModel.sitioTexto
-                            onClicked: viewModel.abrir(viewModel.sitio)
+                            target: screen.viewModel.sitioTexto
+                            onClicked: screen.viewModel.abrir(screen.viewModel.sitio)
                         }
                         Hairline {
                             objectName: "divider"
@@ -80,13 +80,13 @@ AppScreen {
                         LinkRow {
                             objectName: "correo"
                             anchors.horizontalCenter: parent.horizontalCenter
-                            visible: viewModel.hayCorreo
+                            visible: screen.viewModel.hayCorreo
                             availableRowWidth: links.availableRowWidth
                             emoji: "✉️"
                             label: "Correo:"
-                            target: viewModel.correoTexto
+                            target: screen.viewModel.correoTexto
                             targetStyle: Theme.footnote
-                            onClicked: viewModel.abrir(viewModel.correo)
+                            onClicked: screen.viewModel.abrir(screen.viewModel.correo)
                         }
                     }
                 }

@@ -1,15 +1,14 @@
 #pragma once
 
 #include <QObject>
-#include <QPointer>
-#include <QQmlEngine>
 #include <QQmlParserStatus>
 
 #include <memory>
 
-/// The base of the screens' view models, which hold the fields and actions of a screen. The screen's layout declares
-/// the view model but does not own it: a reply that arrives after the screen has been closed still reads and writes
-/// it.
+/// The base of the screens' view models, which hold the fields and actions of a screen. The screen's layout has
+/// the view model as a property but does not own it: a reply that arrives after the screen has been closed still
+/// reads and writes it. The view model must have no id: when an object with an id is deleted, Qt 6.4 uses the
+/// object's page, which may be gone.
 class ViewModel : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -26,9 +25,5 @@ protected:
     std::shared_ptr<ViewModel> hold() const { return m_self; }
 
 private:
-    void destroy();
-
     std::shared_ptr<ViewModel> m_self;
-    QPointer<QQmlEngine> m_engine;
-    bool m_pageIsBeingDestroyed = false;
 };

@@ -5,7 +5,8 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
-    LoginViewModel { id: viewModel }
+    readonly property LoginViewModel viewModel: LoginViewModel {}
+
     Component {
         id: registro
         RegistroView {}
@@ -46,16 +47,16 @@ AppScreen {
                 objectName: "email"
                 width: column.inner
                 hint: "Correo Electrónico"
-                content: viewModel.email
+                content: screen.viewModel.email
                 isDecimal: false
-                onEdited: shown => viewModel.email = shown
+                onEdited: shown => screen.viewModel.email = shown
             }
             CustomSecureField {
                 objectName: "pass"
                 width: column.inner
                 hint: "Contraseña"
-                content: viewModel.pass
-                onEdited: shown => viewModel.pass = shown
+                content: screen.viewModel.pass
+                onEdited: shown => screen.viewModel.pass = shown
             }
             Item {
                 width: column.inner
@@ -68,20 +69,20 @@ AppScreen {
                     text: "¿Olvidaste tu contraseña?"
                     textStyle: Theme.caption
                     bold: true
-                    onClicked: viewModel.abrirRecuperacion()
+                    onClicked: screen.viewModel.abrirRecuperacion()
                 }
             }
             PrimaryButton {
                 objectName: "iniciarSesion"
                 width: column.inner
                 text: "Iniciar Sesión"
-                onClicked: viewModel.iniciarSesion()
+                onClicked: screen.viewModel.iniciarSesion()
             }
             MessageLine {
                 id: outcome
                 objectName: "msg"
                 width: column.inner
-                text: viewModel.msg
+                text: screen.viewModel.msg
                 textStyle: Theme.caption
                 color: Theme.red
             }
@@ -106,17 +107,17 @@ AppScreen {
         id: dialog
         objectName: "recuperarDialog"
         parent: screen
-        shown: viewModel.showRecuperarDialog
+        shown: screen.viewModel.showRecuperarDialog
         title: "Recuperar Contraseña"
-        message: "Se enviará una solicitud con el enlace de cambio a " + viewModel.supportEmail + "."
+        message: "Se enviará una solicitud con el enlace de cambio a " + screen.viewModel.supportEmail + "."
         placeholder: "Ingresa tu correo registrado"
         acceptText: "Enviar"
-        content: viewModel.recuperarEmail
-        onEdited: shown => viewModel.recuperarEmail = shown
+        content: screen.viewModel.recuperarEmail
+        onEdited: shown => screen.viewModel.recuperarEmail = shown
         onAccepted: {
-            viewModel.showRecuperarDialog = false
-            viewModel.enviarRecuperacion()
+            screen.viewModel.showRecuperarDialog = false
+            screen.viewModel.enviarRecuperacion()
         }
-        onCancelled: viewModel.showRecuperarDialog = false
+        onCancelled: screen.viewModel.showRecuperarDialog = false
     }
 }

@@ -5,12 +5,12 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    readonly property PerfilViewModel viewModel: PerfilViewModel {}
+
     title: "Mi Perfil"
     scrolled: scroller.contentY
     covered: picker.covering
     onAppeared: viewModel.mostrarFoto()
-
-    PerfilViewModel { id: viewModel }
 
     Scroller {
         id: scroller
@@ -36,7 +36,7 @@ AppScreen {
                     objectName: "avatar"
                     implicitWidth: 100
                     implicitHeight: 100
-                    photo: viewModel.selectedImageData
+                    photo: screen.viewModel.selectedImageData
                     placeholderColor: Theme.blue
                     ringWidth: 2
                 }
@@ -53,9 +53,9 @@ AppScreen {
                 objectName: "nombre"
                 width: column.inner
                 hint: "Nombre Completo"
-                content: viewModel.userNombre
+                content: screen.viewModel.userNombre
                 isDecimal: false
-                onEdited: shown => viewModel.userNombre = shown
+                onEdited: shown => screen.viewModel.userNombre = shown
             }
             Item {
                 width: column.inner
@@ -65,22 +65,22 @@ AppScreen {
                     objectName: "email"
                     width: parent.width
                     hint: "Correo"
-                    content: viewModel.email
+                    content: screen.viewModel.email
                     isDecimal: false
-                    onEdited: shown => viewModel.email = shown
+                    onEdited: shown => screen.viewModel.email = shown
                 }
             }
             PrimaryButton {
                 objectName: "guardar"
                 width: column.inner
                 text: "Guardar Cambios"
-                onClicked: viewModel.guardarCambios()
+                onClicked: screen.viewModel.guardarCambios()
             }
             MessageLine {
                 id: outcome
                 objectName: "msg"
                 width: column.inner
-                text: viewModel.msg
+                text: screen.viewModel.msg
                 color: Theme.blue
                 keepsPlace: true
             }
@@ -91,6 +91,6 @@ AppScreen {
         id: picker
         objectName: "picker"
         parent: screen
-        onPicked: file => viewModel.elegirFoto(file)
+        onPicked: file => screen.viewModel.elegirFoto(file)
     }
 }

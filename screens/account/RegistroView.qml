@@ -5,9 +5,9 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
-    scrolled: scroller.contentY
+    readonly property RegistroViewModel viewModel: RegistroViewModel {}
 
-    RegistroViewModel { id: viewModel }
+    scrolled: scroller.contentY
 
     Scroller {
         id: scroller
@@ -34,33 +34,33 @@ AppScreen {
                 objectName: "nom"
                 width: column.inner
                 hint: "Nombre Completo"
-                content: viewModel.nom
+                content: screen.viewModel.nom
                 isDecimal: false
-                onEdited: shown => viewModel.nom = shown
+                onEdited: shown => screen.viewModel.nom = shown
             }
             CustomTextField {
                 objectName: "email"
                 width: column.inner
                 hint: "Correo Electrónico"
-                content: viewModel.email
+                content: screen.viewModel.email
                 isDecimal: false
-                onEdited: shown => viewModel.email = shown
+                onEdited: shown => screen.viewModel.email = shown
             }
             CustomTextField {
                 objectName: "direccion"
                 width: column.inner
                 hint: "Dirección de Domicilio"
-                content: viewModel.direccion
+                content: screen.viewModel.direccion
                 isDecimal: false
-                onEdited: shown => viewModel.direccion = shown
+                onEdited: shown => screen.viewModel.direccion = shown
             }
             CustomTextField {
                 objectName: "ciudad"
                 width: column.inner
                 hint: "Ciudad"
-                content: viewModel.ciudad
+                content: screen.viewModel.ciudad
                 isDecimal: false
-                onEdited: shown => viewModel.ciudad = shown
+                onEdited: shown => screen.viewModel.ciudad = shown
             }
             Item {
                 width: column.inner
@@ -70,21 +70,21 @@ AppScreen {
                     objectName: "pass"
                     width: parent.width
                     hint: "Contraseña"
-                    content: viewModel.pass
-                    onEdited: shown => viewModel.pass = shown
+                    content: screen.viewModel.pass
+                    onEdited: shown => screen.viewModel.pass = shown
                 }
             }
             PrimaryButton {
                 objectName: "registrar"
                 width: column.inner
                 text: "Registrarme"
-                onClicked: viewModel.registrar()
+                onClicked: screen.viewModel.registrar()
             }
             MessageLine {
                 id: outcome
                 objectName: "msg"
                 width: column.inner
-                text: viewModel.msg
+                text: screen.viewModel.msg
                 textStyle: Theme.caption
                 color: Theme.red
             }

@@ -5,10 +5,10 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    readonly property CasilleroViewModel viewModel: CasilleroViewModel {}
+
     barHidden: true
     onAppeared: viewModel.cargarCasillero()
-
-    CasilleroViewModel { id: viewModel }
 
     Scroller {
         anchors.fill: parent
@@ -45,7 +45,7 @@ AppScreen {
                         AppText {
                             objectName: "info"
                             width: parent.width
-                            text: viewModel.info
+                            text: screen.viewModel.info
                             textStyle: Theme.headline
                             color: Theme.blue
                             horizontalAlignment: Text.AlignHCenter
@@ -53,7 +53,7 @@ AppScreen {
                         AppText {
                             objectName: "direccion"
                             width: parent.width
-                            text: viewModel.direccion
+                            text: screen.viewModel.direccion
                             color: Theme.grey
                             lineHeight: textStyle.line + lineSpacing
                             readonly property real lineSpacing: 8

@@ -5,9 +5,9 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
-    scrolled: scroller.contentY
+    readonly property CotizarViewModel viewModel: CotizarViewModel {}
 
-    CotizarViewModel { id: viewModel }
+    scrolled: scroller.contentY
 
     Scroller {
         id: scroller
@@ -33,26 +33,26 @@ AppScreen {
                     objectName: "tipo"
                     width: parent.width
                     label: "Tipo"
-                    options: viewModel.tipos
-                    selection: viewModel.tipo
-                    onChosen: option => viewModel.tipo = option
+                    options: screen.viewModel.tipos
+                    selection: screen.viewModel.tipo
+                    onChosen: option => screen.viewModel.tipo = option
                 }
             }
             CustomTextField {
                 objectName: "peso"
                 width: column.inner
                 hint: "Peso (Lbs)"
-                content: viewModel.peso
+                content: screen.viewModel.peso
                 isDecimal: true
-                onEdited: shown => viewModel.peso = shown
+                onEdited: shown => screen.viewModel.peso = shown
             }
             CustomTextField {
                 objectName: "valor"
                 width: column.inner
                 hint: "Valor Declarado (USD)"
-                content: viewModel.valor
+                content: screen.viewModel.valor
                 isDecimal: true
-                onEdited: shown => viewModel.valor = shown
+                onEdited: shown => screen.viewModel.valor = shown
             }
             Item {
                 width: column.inner
@@ -62,22 +62,22 @@ AppScreen {
                     objectName: "descripcion"
                     width: parent.width
                     hint: "Descripción del contenido"
-                    content: viewModel.descripcion
+                    content: screen.viewModel.descripcion
                     isDecimal: false
-                    onEdited: shown => viewModel.descripcion = shown
+                    onEdited: shown => screen.viewModel.descripcion = shown
                 }
             }
             PrimaryButton {
                 objectName: "enviar"
                 width: column.inner
                 text: "Enviar Cotización"
-                onClicked: viewModel.enviarCotizacion()
+                onClicked: screen.viewModel.enviarCotizacion()
             }
             MessageLine {
                 id: outcome
                 objectName: "msg"
                 width: column.inner
-                text: viewModel.msg
+                text: screen.viewModel.msg
                 color: Theme.blue
                 keepsPlace: true
             }

@@ -6,12 +6,12 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    readonly property DashboardViewModel viewModel: DashboardViewModel {}
+
     required property DashboardScreens screens
 
     barHidden: true
     onAppeared: viewModel.cargarDatos()
-
-    DashboardViewModel { id: viewModel }
 
     Scroller {
         anchors.fill: parent
@@ -34,7 +34,7 @@ AppScreen {
                     anchors.verticalCenter: parent.verticalCenter
                     width: 50
                     height: 50
-                    photo: viewModel.userAvatarData
+                    photo: screen.viewModel.userAvatarData
                     Accessible.role: Accessible.Graphic
                     Accessible.name: "Foto de perfil"
                     Accessible.ignored: !enabled
@@ -48,7 +48,7 @@ AppScreen {
                     AppText {
                         objectName: "greeting"
                         width: parent.width
-                        text: "Hola, " + viewModel.userNombre
+                        text: "Hola, " + screen.viewModel.userNombre
                         textStyle: Theme.headline
                     }
                     AppText {
@@ -64,7 +64,7 @@ AppScreen {
                     anchors.right: parent.right
                     anchors.verticalCenter: parent.verticalCenter
                     text: "Cerrar sesión"
-                    onClicked: viewModel.cerrarSesion()
+                    onClicked: screen.viewModel.cerrarSesion()
                     contentItem: Symbol {
                         implicitWidth: 24 * Theme.textScale
                         implicitHeight: implicitWidth
@@ -107,7 +107,7 @@ AppScreen {
                             id: paquetes
                             objectName: "paqueteCount"
                             y: 8
-                            count: viewModel.paqueteCount
+                            count: screen.viewModel.paqueteCount
                             caption: "Paquetes"
                             onClicked: screen.push(screen.screens.paquetes)
                         }
@@ -116,7 +116,7 @@ AppScreen {
                             objectName: "cotizacionCount"
                             y: parent.stacked ? paquetes.y + paquetes.height + Theme.spacing : 8
                             x: parent.stacked ? 0 : parent.width - width
-                            count: viewModel.cotizacionCount
+                            count: screen.viewModel.cotizacionCount
                             caption: "Cotizaciones"
                             onClicked: screen.push(screen.screens.cotizaciones)
                         }
@@ -145,7 +145,7 @@ AppScreen {
                     onClicked: screen.push(screen.screens.paquetes)
                 }
                 Repeater {
-                    model: viewModel.paquetesRecientes
+                    model: screen.viewModel.paquetesRecientes
                     Pressable {
                         id: row
                         required property var tracking
@@ -154,7 +154,7 @@ AppScreen {
                         width: column.inner
                         focusRadius: 16
                         text: card.spoken
-                        onClicked: viewModel.abrirTracking(tracking)
+                        onClicked: screen.viewModel.abrirTracking(tracking)
                         contentItem: CardRow {
                             id: card
                             partOfControl: true
@@ -179,7 +179,7 @@ AppScreen {
                     onClicked: screen.push(screen.screens.cotizaciones)
                 }
                 Repeater {
-                    model: viewModel.cotizacionesRecientes
+                    model: screen.viewModel.cotizacionesRecientes
                     CardRow {
                         required property var origen
                         required property var descripcion
@@ -221,8 +221,8 @@ AppScreen {
                             fill: Theme.greyFill
                             outline: "transparent"
                             hint: "Número de tracking..."
-                            content: viewModel.trackingText
-                            onEdited: shown => viewModel.trackingText = shown
+                            content: screen.viewModel.trackingText
+                            onEdited: shown => screen.viewModel.trackingText = shown
                         }
                         PrimaryButton {
                             id: search
@@ -232,7 +232,7 @@ AppScreen {
                             verticalPadding: 12
                             radius: 10
                             text: "Buscar"
-                            onClicked: viewModel.abrirTracking(viewModel.trackingText)
+                            onClicked: screen.viewModel.abrirTracking(screen.viewModel.trackingText)
                         }
                     }
                 }

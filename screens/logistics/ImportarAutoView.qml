@@ -5,9 +5,9 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
-    scrolled: scroller.contentY
+    readonly property ImportarAutoViewModel viewModel: ImportarAutoViewModel {}
 
-    ImportarAutoViewModel { id: viewModel }
+    scrolled: scroller.contentY
 
     Scroller {
         id: scroller
@@ -29,25 +29,25 @@ AppScreen {
                 objectName: "marca"
                 width: column.inner
                 hint: "Marca (Ej: Toyota)"
-                content: viewModel.marca
+                content: screen.viewModel.marca
                 isDecimal: false
-                onEdited: shown => viewModel.marca = shown
+                onEdited: shown => screen.viewModel.marca = shown
             }
             CustomTextField {
                 objectName: "modelo"
                 width: column.inner
                 hint: "Modelo (Ej: Corolla)"
-                content: viewModel.modelo
+                content: screen.viewModel.modelo
                 isDecimal: false
-                onEdited: shown => viewModel.modelo = shown
+                onEdited: shown => screen.viewModel.modelo = shown
             }
             CustomTextField {
                 objectName: "anio"
                 width: column.inner
                 hint: "Año"
-                content: viewModel.anio
+                content: screen.viewModel.anio
                 isDecimal: true
-                onEdited: shown => viewModel.anio = shown
+                onEdited: shown => screen.viewModel.anio = shown
             }
             Item {
                 width: column.inner
@@ -57,22 +57,22 @@ AppScreen {
                     objectName: "ubicacion"
                     width: parent.width
                     hint: "Ubicación o Subasta"
-                    content: viewModel.ubicacion
+                    content: screen.viewModel.ubicacion
                     isDecimal: false
-                    onEdited: shown => viewModel.ubicacion = shown
+                    onEdited: shown => screen.viewModel.ubicacion = shown
                 }
             }
             PrimaryButton {
                 objectName: "enviar"
                 width: column.inner
                 text: "Solicitar Importación"
-                onClicked: viewModel.enviarSolicitud()
+                onClicked: screen.viewModel.enviarSolicitud()
             }
             MessageLine {
                 id: outcome
                 objectName: "msg"
                 width: column.inner
-                text: viewModel.msg
+                text: screen.viewModel.msg
                 color: Theme.blue
                 keepsPlace: true
             }

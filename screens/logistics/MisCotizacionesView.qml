@@ -6,18 +6,18 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    readonly property MisCotizacionesViewModel viewModel: MisCotizacionesViewModel {}
+
     title: "Mis Cotizaciones"
     scrolled: rows.contentY - rows.originY
     onAppeared: viewModel.cargarCotizaciones()
-
-    MisCotizacionesViewModel { id: viewModel }
 
     GroupedList {
         id: rows
         objectName: "rows"
         anchors.fill: parent
         title: screen.title
-        model: viewModel.cotizaciones
+        model: screen.viewModel.cotizaciones
         delegate: ListRow {
             required property var origen
             required property var descripcion

@@ -6,18 +6,18 @@ import Marovenda.Ui
 AppScreen {
     id: screen
 
+    readonly property MisPaquetesViewModel viewModel: MisPaquetesViewModel {}
+
     title: "Mis Paquetes"
     scrolled: rows.contentY - rows.originY
     onAppeared: viewModel.cargarPaquetes()
-
-    MisPaquetesViewModel { id: viewModel }
 
     GroupedList {
         id: rows
         objectName: "rows"
         anchors.fill: parent
         title: screen.title
-        model: viewModel.paquetes
+        model: screen.viewModel.paquetes
         delegate: ListRow {
             required property var tracking
             required property var descripcion

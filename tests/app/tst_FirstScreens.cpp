@@ -54,7 +54,7 @@ void FirstScreensTest::splashStaysUntilTheyAreLoaded()
     server.hold("/FirstScreens.qml");
     QQuickWindow *const window = start(&m_fromServer);
     QTRY_COMPARE(server.held.size(), 1);
-    const auto *const viewModel = byId(window, u"viewModel"_s);
+    const auto *const viewModel = window->property("viewModel").value<QObject *>();
     QVERIFY(viewModel);
     QTRY_VERIFY(!viewModel->property("showSplash").toBool());
     // Longer than it would take to fade.

@@ -53,7 +53,7 @@ void MarovendaAppTest::motionHasTheDesignedTimeAndCurve()
         moving = byId(window, u"first"_s);
     QVERIFY(moving);
     // An animation is made when it is first needed; the splash goes once the first screens are loaded.
-    QObject *const viewModel = byId(window, u"viewModel"_s);
+    QObject *const viewModel = window->property("viewModel").value<QObject *>();
     for (const char *name : {"logoOpacity", "logoScale"})
         viewModel->setProperty(name, 1.0);
     viewModel->setProperty("showSplash", false);

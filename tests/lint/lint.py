@@ -117,6 +117,11 @@ class Lint:
                     found.append(f"{file.relative_to(self.source)}:{line}: nest {call[0]}...), two numbers each")
         return "\n".join(found)
 
+    def named_view_models(self):
+        """See ViewModel.h; a screen has its view model as a property."""
+        return "\n".join(f"{file.relative_to(self.source)}: a view model with an id"
+                         for file in self.qml if re.search(r"ViewModel \{\s*id:", file.read_text()))
+
     @staticmethod
     def has(tool):
         return subprocess.run(["sh", "-c", f"command -v {tool}"], capture_output=True).returncode == 0
@@ -125,6 +130,7 @@ class Lint:
         yield "clang-format", self.format
         yield "qmllint", self.lint_qml
         yield "largest and smallest of two", self.extremes
+        yield "view models without ids", self.named_view_models
         for options, files in self.groups():
             names = " ".join(str(file.relative_to(self.source)) for file in files)
             yield f"clang-tidy {names}", lambda options=options, files=files: self.tidy(options, files)

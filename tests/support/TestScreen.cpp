@@ -204,7 +204,7 @@ void TestScreen::touch(const QQuickItem *item) const
 
 QObject *TestScreen::viewModelOf(const QString &objectName) const
 {
-    QObject *const found = qmlContext(find(objectName))->objectForName(u"viewModel"_s);
+    auto *const found = qmlContext(find(objectName))->contextObject()->property("viewModel").value<QObject *>();
     if (!found)
         qFatal("%s has no view model", qUtf8Printable(objectName));
     return found;
