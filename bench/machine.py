@@ -9,8 +9,12 @@ import re
 import shutil
 import statistics
 import subprocess
+import sys
 import tempfile
 import time
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tests/e2e"))
+from display import start_display
 
 Ended = collections.namedtuple("Ended", "milliseconds memory")
 MEGABYTE = 1 << 20
@@ -37,12 +41,7 @@ class Machine:
     def __init__(self, programs):
         self.programs = pathlib.Path(programs)
         self.homes = pathlib.Path(tempfile.mkdtemp())
-        read, write = os.pipe()
-        self.display = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", "1200x2000x24"],
-                                        pass_fds=[write], stderr=subprocess.DEVNULL)
-        os.close(write)
-        with os.fdopen(read) as number:
-            self.name = ":" + number.readline().strip()
+        self.display, self.name = start_display(1200, 2000)
 
     def close(self):
         self.display.kill()
