@@ -24,7 +24,6 @@ public:
     qint64 bytesAvailable() const override { return m_bytes.size() - m_read + QIODevice::bytesAvailable(); }
     qint64 size() const override { return m_bytes.size(); }
     bool reset() override { return false; }
-    bool seek(qint64) override { return false; }
 
 protected:
     qint64 readData(char *to, qint64 most) override
@@ -68,7 +67,6 @@ public:
              const HttpObserver &observer)
         : QObject(QCoreApplication::instance()), m_handler(std::move(finished)), m_limits(limits)
     {
-        m_manager->setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
         m_reply = send(request);
         // Qt ignores the read buffer's size until the request has started, which takes one turn of the event loop.
         // Without a limit, a server that sends faster than we read fills the memory.

@@ -7,7 +7,7 @@ Window {
 
     readonly property MarovendaAppViewModel viewModel: MarovendaAppViewModel {}
 
-    property bool appeared: false
+    property bool appeared
     // On a slow device the splash stays until the screens are loaded.
     readonly property bool splash: viewModel.showSplash || !screens.found
 

@@ -5,15 +5,15 @@ import Marovenda.Ui
 FocusScope {
     id: alert
 
-    property bool shown: false
-    property string title: ""
-    property string message: ""
-    property string placeholder: ""
+    property bool shown
+    property string title
+    property string message
+    property string placeholder
     property alias content: input.content
-    property string acceptText: ""
+    property string acceptText
     property string cancelText: "Cancelar"
     // True until the alert has faded out; nothing below it takes input meanwhile.
-    property bool covering: false
+    property bool covering
 
     signal edited(shown: string)
     signal accepted()

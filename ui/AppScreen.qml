@@ -7,14 +7,14 @@ FocusScope {
     id: screen
 
     default property alias content: area.data
-    property string title: ""
-    property bool barHidden: false
+    property string title
+    property bool barHidden
     // How far the content has scrolled under the bar.
-    property real scrolled: 0
+    property real scrolled
     // True while something covers the screen: it takes no input and is hidden from assistive technology.
-    property bool covered: false
+    property bool covered
     // Set by NavigationContainer.
-    property bool canGoBack: false
+    property bool canGoBack
 
     signal appeared()
     signal push(component: Component)

@@ -6,9 +6,9 @@ Text {
     id: label
 
     property TextStyle textStyle: Theme.body
-    property bool bold: false
+    property bool bold
     // The control's accessible name already contains this text, so screen readers skip the label.
-    property bool partOfControl: false
+    property bool partOfControl
 
     color: Theme.primaryText
     font.family: Theme.face

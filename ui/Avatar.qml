@@ -8,7 +8,7 @@ Item {
     property alias photo: view.photo
     readonly property alias decoded: view.decoded
     property color placeholderColor: Theme.grey
-    property real ringWidth: 0
+    property real ringWidth
 
     implicitWidth: 50
     implicitHeight: 50

@@ -5,7 +5,7 @@ import Marovenda.Ui
 ContinuousRectangle {
     objectName: "focusRing"
 
-    property bool shown: false
+    property bool shown
     // The distance from the parent's edge to the ring; negative inside the parent.
     property real margin: 3
 

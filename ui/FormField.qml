@@ -8,7 +8,7 @@ T.TextField {
     id: field
 
     required property string hint
-    property string content: ""
+    property string content
     property real radius: 16
     property color fill: Theme.white
     property color outline: Theme.outline
@@ -17,8 +17,8 @@ T.TextField {
     readonly property bool keyboardFocus: activeFocus
         && (focusReason === Qt.TabFocusReason || focusReason === Qt.BacktabFocusReason)
     // True while a popup has the focus. The popup returns the focus, and the caret keeps its place.
-    property bool interrupted: false
-    property bool updating: false
+    property bool interrupted
+    property bool updating
 
     // The customer changed the text: by key, paste, input method or assistive technology.
     signal edited(shown: string)

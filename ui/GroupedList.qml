@@ -6,7 +6,7 @@ import Marovenda.Ui
 ListView {
     id: list
 
-    property string title: ""
+    property string title
     readonly property real columnWidth: Math.min(width, Theme.columnWidth)
     readonly property real side: (width - columnWidth) / 2 + 16
 

@@ -6,11 +6,11 @@ import Marovenda.Ui
 AppText {
     id: line
 
-    property bool keepsPlace: false
-    property bool rehidden: false
-    property bool exposed: false
+    property bool keepsPlace
+    property bool rehidden
+    property bool exposed
     // Stays true while something covers the line.
-    property bool announcementPending: false
+    property bool announcementPending
 
     // Screen readers announce an alert when it becomes visible, so hide the line and show it again. They miss an item
     // that is ignored at that moment, so update `exposed` in between.

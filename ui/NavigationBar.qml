@@ -6,10 +6,10 @@ import Marovenda.Ui
 Item {
     id: bar
 
-    property string title: ""
-    property bool titleShown: false
-    property bool backShown: false
-    property bool hairlineShown: false
+    property string title
+    property bool titleShown
+    property bool backShown
+    property bool hairlineShown
 
     signal back()
 

@@ -16,7 +16,7 @@ FocusScope {
     property var pages: []
     // The position of the top screen: 0 is outside at the right, 1 is in place.
     property real progress: 1
-    property bool leaving: false
+    property bool leaving
 
     function push(component: Component) {
         completeSlide()
@@ -142,7 +142,7 @@ FocusScope {
 
     Item {
         id: swipe
-        property bool popping: false
+        property bool popping
 
         width: 20
         height: parent.height

@@ -8,8 +8,8 @@ Item {
     required property url file
     required property string name
     property real gap: 3
-    property bool current: false
-    property bool marked: false
+    property bool current
+    property bool marked
 
     signal chosen()
 

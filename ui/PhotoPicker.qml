@@ -7,9 +7,9 @@ import Marovenda.Ui
 FocusScope {
     id: picker
 
-    property bool shown: false
+    property bool shown
     // True until the grid has faded out; nothing below it takes input meanwhile.
-    property bool covering: false
+    property bool covering
 
     signal picked(file: url)
 

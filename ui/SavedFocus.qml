@@ -6,7 +6,7 @@ import QtQuick.Templates as T
 QtObject {
     // If the focused item has been destroyed meanwhile, the popup's parent gets the focus.
     required property Item popup
-    property Item item: null
+    property Item item
     property int reason: Qt.OtherFocusReason
 
     function save() {

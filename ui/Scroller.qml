@@ -9,9 +9,9 @@ Flickable {
     default property alias column: holder.data
     property bool indicatorShown: true
     // Centres content that is lower than the area, instead of aligning it to the top.
-    property bool centred: false
+    property bool centred
     // The screen's large title; empty for none.
-    property string heading: ""
+    property string heading
     readonly property real keyboardCover: {
         if (!InputMethod.visible || InputMethod.keyboardRectangle.height <= 0)
             return 0
@@ -20,10 +20,10 @@ Flickable {
     }
     readonly property real viewHeight: height - keyboardCover
     // Scrolled into view whenever its text changes.
-    property MessageLine message: null
+    property MessageLine message
     readonly property Item focused: Window.activeFocusItem
     // Scrolled into view by the next `arrange`, in addition to the focused field.
-    property Item pendingItem: null
+    property Item pendingItem
 
     function isInside(item: Item): bool {
         for (let each = item; each; each = each.parent) {

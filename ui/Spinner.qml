@@ -7,7 +7,7 @@ Item {
     id: spinner
 
     property bool running: true
-    property int head: 0
+    property int head
 
     implicitWidth: 20
     implicitHeight: 20

@@ -6,7 +6,7 @@ Pressable {
     id: button
 
     property TextStyle textStyle: Theme.body
-    property bool bold: false
+    property bool bold
     property color color: Theme.blue
 
     contentItem: AppText {

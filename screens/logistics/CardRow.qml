@@ -12,7 +12,7 @@ Item {
     required property color badgeColor
     // The accessible name: screen readers read the row as one element.
     readonly property string spoken: headline + ", " + detail + ", " + badge
-    property bool partOfControl: false
+    property bool partOfControl
     readonly property real padding: 12
 
     implicitHeight: Math.max(tile.height, Math.max(lines.height, Theme.largeText ? 0 : badgeText.height))

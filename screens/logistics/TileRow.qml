@@ -10,7 +10,7 @@ Item {
     // Space for the focus ring. Above and below the tiles it is permanent; at the ends it exists only while a tile shows
     // its ring, so that otherwise the first and the last tile are at the edges.
     readonly property real ringMargin: 5
-    property real endMargin: 0
+    property real endMargin
 
     implicitHeight: row.height
 

@@ -18,8 +18,8 @@ import types
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PLACE = ROOT / "build/mutate"
 PRODUCT = ("api/", "app/", "screens/", "session/", "ui/")
-# The ranks of tests, see Tree.rank.
-LIKELY, OTHERS = range(0, 2), range(2, 6)
+# The ranks of tests, see Tree.rank: those that are quick, and the others.
+LIKELY, OTHERS = range(0, 3), range(3, 7)
 # Tests that run at the same time in one tree: they wait more than they compute.
 AT_ONCE = 3
 
@@ -156,9 +156,12 @@ class Tree:
         own = {pathlib.Path(source).stem for source in test.sources if "/tst_" in source}
         if test.name in (f"tst_{name}", f"tst_{base}", f"tst_{base}View"):
             return 0
+        if any(name in self.mentions[each] for each in own):
+            return 1
         if own:
-            return 1 if any(name in self.mentions[each] for each in own) else 2
-        return {"check": 3, "story": 4}.get(test.name.split("-")[0], 5)
+            folders = {pathlib.Path(source).parts[1] for source in test.sources if "/tst_" in source}
+            return 3 if folders.isdisjoint({file.split("/")[0], "look", "pictures"}) else 2
+        return {"check": 4, "story": 5}.get(test.name.split("-")[0], 6)
 
     def covering(self, files, ranks):
         """The tests of these ranks for any of the files, the likeliest first and of these the quickest."""
