@@ -84,7 +84,7 @@ FocusScope {
     Rectangle {
         objectName: "scrim"
         anchors.fill: parent
-        color: Qt.rgba(0, 0, 0, 0.2)
+        color: Qt.alpha("black", 0.2)
         Shield { anchors.fill: parent }
     }
 
@@ -108,7 +108,7 @@ FocusScope {
             objectName: "shape"
             anchors.fill: parent
             radius: box.radius
-            color: Qt.rgba(1, 1, 1, 0.95)
+            color: Qt.alpha("white", 0.95)
         }
         Column {
             id: content

@@ -45,7 +45,7 @@ void Artwork::setCropped(bool cropped)
     repaint();
 }
 
-QString Artwork::textureKey() const { return QFile::exists(fileOf(m_name, 1)) ? u"artwork:"_s + m_name : QString(); }
+QString Artwork::textureKey() const { return QFile::exists(fileOf(m_name, 1)) ? m_name : QString(); }
 
 QImage Artwork::paint(qreal ratio) const
 {

@@ -47,7 +47,6 @@ T.TextField {
     font.family: Theme.face
     font.pixelSize: field.textStyle.size
     verticalAlignment: Text.AlignVCenter
-    selectByMouse: true
     selectionColor: Theme.blue
     selectedTextColor: Theme.white
     renderType: Text.NativeRendering

@@ -133,7 +133,7 @@ FocusScope {
         // Dims the lower screen while the upper one moves.
         Rectangle {
             anchors.fill: parent
-            visible: container.depth > 1 && container.progress < 1
+            visible: container.progress < 1
             z: container.depth - 1.5
             color: "black"
             opacity: 0.1 * container.progress

@@ -7,7 +7,7 @@ Item {
 
     required property url file
     required property string name
-    property real gap: 3
+    required property real gap
     property bool current
     property bool marked
 

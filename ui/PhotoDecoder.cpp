@@ -49,7 +49,7 @@ QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
     const QSize size = reader.size();
     if (!isPhotoSize(size) || outline.scans * pixels(size) > maxScannedPixels)
         return {};
-    QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).expandedTo({1, 1});
+    QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding);
     if (scaled.width() < size.width())
         reader.setScaledSize(scaled);
     else

@@ -14,5 +14,5 @@ Rectangle {
     width: 3
     height: Math.max(24, (area.height - 4) * area.visibleArea.heightRatio)
     radius: 1.5
-    color: Qt.rgba(0, 0, 0, 0.35)
+    color: Qt.alpha("black", 0.35)
 }

@@ -40,11 +40,7 @@ Flickable {
         const top = item.mapToItem(contentItem, 0, 0).y
         const bottom = top + item.height
         const margin = Theme.spacing
-        let y = contentY
-        if (bottom + margin > y + viewHeight)
-            y = bottom + margin - viewHeight
-        if (top - margin < y)
-            y = top - margin
+        const y = Math.min(Math.max(contentY, bottom + margin - viewHeight), top - margin)
         contentY = Math.max(0, Math.min(y, Math.max(0, contentHeight + bottomMargin - height)))
     }
 

@@ -74,7 +74,7 @@ T.Control {
                     anchors.topMargin: 2 - index
                     anchors.bottomMargin: -2 - index
                     radius: 7 + index
-                    color: Qt.rgba(0, 0, 0, 0.035)
+                    color: Qt.alpha("black", 0.035)
                 }
             }
             ContinuousRectangle {

@@ -13,14 +13,14 @@ QtObject {
     readonly property color red: "#FF3B30"
     readonly property color white: "#FFFFFF"
     readonly property color primaryText: "#000000"
-    readonly property color placeholder: Qt.rgba(0x3C / 255, 0x3C / 255, 0x43 / 255, 0.30)
-    readonly property color separator: Qt.rgba(0x3C / 255, 0x3C / 255, 0x43 / 255, 0.29)
-    readonly property color outline: Qt.rgba(grey.r, grey.g, grey.b, 0.2)
-    readonly property color greyFill: Qt.rgba(grey.r, grey.g, grey.b, 0.1)
-    readonly property color track: Qt.rgba(0x76 / 255, 0x76 / 255, 0x80 / 255, 0.12)
-    readonly property color blueFill: Qt.rgba(blue.r, blue.g, blue.b, 0.1)
+    readonly property color placeholder: Qt.alpha("#3C3C43", 0.30)
+    readonly property color separator: Qt.alpha("#3C3C43", 0.29)
+    readonly property color outline: Qt.alpha(grey, 0.2)
+    readonly property color greyFill: Qt.alpha(grey, 0.1)
+    readonly property color track: Qt.alpha("#767680", 0.12)
+    readonly property color blueFill: Qt.alpha(blue, 0.1)
     // Grey at 10 % over white.
-    readonly property color screenBackground: Qt.rgba(0.9 + 0.1 * grey.r, 0.9 + 0.1 * grey.g, 0.9 + 0.1 * grey.b, 1)
+    readonly property color screenBackground: Qt.tint("white", Qt.alpha(grey, 0.1))
 
     readonly property real pressedOpacity: 0.4
     readonly property real pressedFillOpacity: 0.8

@@ -5,6 +5,9 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QInputMethodEvent>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQmlProperty>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -22,6 +25,7 @@ private Q_SLOTS:
     void secureFieldHidesItsText();
     void longTextShowsItsBeginningUntilItIsEdited();
     void lowFieldHasALargeTarget();
+    void emptyMessageIsNotHeard();
 
 private:
     static QByteArray fields()
@@ -210,6 +214,17 @@ void FieldsTest::lowFieldHasALargeTarget()
         low->setFocus(false);
         low->forceActiveFocus(reason);
         QVERIFY(low->property("keyboardFocus").toBool());
+    }
+}
+
+void FieldsTest::emptyMessageIsNotHeard()
+{
+    TestScreen screen("MessageLine { keepsPlace: true }");
+    const QQmlProperty ignored(screen.root(), u"Accessible.ignored"_s, qmlContext(screen.root()));
+    for (const QString &text : {u"Error de conexión"_s, QString()}) {
+        screen.root()->setProperty("text", text);
+        QCOMPARE(ignored.read().toBool(), text.isEmpty());
+        QVERIFY(screen.root()->isVisible());
     }
 }
 

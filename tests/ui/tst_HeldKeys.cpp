@@ -36,7 +36,7 @@ void HeldKeysTest::repeatsAreToldFromPresses_data()
     QTest::addColumn<QString>("story");
     QTest::addColumn<QString>("seen");
     // What comes in order: "+A7" and "-A7" are the display's press and release of a key at a time, "A" and "R" what
-    // Qt makes of a press, R if it has seen itself that it is a repeat.
+    // Qt makes of a press, R if it has seen itself that it is a repeat, and O a press for an object in the window.
     QTest::newRow("pressed once") << u"+A1 A -A2"_s << u"p"_s;
     QTest::newRow("held") << u"+A1 A -A7 +A7 A -A8 +A8 A -A9"_s << u"prr"_s;
     QTest::newRow("held, seen by Qt") << u"+A1 A -A7 +A7 R -A8 +A8 A"_s << u"prr"_s;
@@ -46,6 +46,7 @@ void HeldKeysTest::repeatsAreToldFromPresses_data()
     QTest::newRow("another key in between") << u"+A1 A -A7 +A7 A +B8 B -B9 +B9 B"_s << u"prpr"_s;
     QTest::newRow("released by another key at the time of a press") << u"+A1 A -B7 +A7 A"_s << u"pp"_s;
     QTest::newRow("pressed long after an input method kept a press") << u"+A1 +A5000 A -A5007 +A5007 A"_s << u"pr"_s;
+    QTest::newRow("passed on to an object") << u"+A1 O A"_s << u"p"_s;
     QTest::newRow("by a program, without a display") << u"A A"_s << u"pp"_s;
 }
 
@@ -59,7 +60,7 @@ void HeldKeysTest::repeatsAreToldFromPresses()
         const auto key = static_cast<uchar>(step[isNative ? 1 : 0] == u'B' ? 39 : 38);
         if (!isNative) {
             QKeyEvent press(QEvent::KeyPress, Qt::Key_A, {}, key, 0, 0, u"a"_s, step == u"R"_s);
-            QCoreApplication::sendEvent(&window, &press);
+            QCoreApplication::sendEvent(step == u"O"_s ? static_cast<QObject *>(this) : &window, &press);
             continue;
         }
         std::array<uchar, 32> event{};

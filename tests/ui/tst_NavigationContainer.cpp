@@ -1,6 +1,7 @@
 #include "MarovendaTest.h"
 #include "TestScreen.h"
 
+#include <QQmlComponent>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +19,7 @@ private Q_SLOTS:
     void repeatedKeyIsNoPop();
     void flickPops();
     void swipeElsewhereOrOverACoveredScreenIsNoPop();
+    void pushCompletesThePopBeforeIt();
     void resizedWindowResizesEveryScreen();
 
 private:
@@ -82,6 +84,9 @@ void NavigationContainerTest::rootAppearsOnceAndCannotBeLeft()
     screen.key(Qt::Key_Left, Qt::AltModifier);
     screen.key(Qt::Key_Back);
     QCOMPARE(depth(screen), 1);
+    drag(screen, 5, 350);
+    QCOMPARE(screen.find(u"home"_s)->x(), 0);
+    release(screen, 350);
     QCOMPARE(appearances(screen), 1);
     QVERIFY(!screen.named(u"Atrás"_s));
 }
@@ -232,6 +237,23 @@ void NavigationContainerTest::swipeElsewhereOrOverACoveredScreenIsNoPop()
         release(screen, 350);
         QCOMPARE(depth(screen), 2);
     }
+}
+
+void NavigationContainerTest::pushCompletesThePopBeforeIt()
+{
+    TestScreen screen(navigation());
+    push(screen);
+    const QPointer<QQuickItem> popped = screen.find(u"next"_s);
+    screen.key(Qt::Key_Escape);
+    QTRY_VERIFY(screen.root()->property("progress").toReal() < 1);
+    QVERIFY(popped);
+    auto *const page = screen.root()->property("next").value<QQmlComponent *>();
+    QVERIFY(QMetaObject::invokeMethod(screen.root(), "push", Q_ARG(QQmlComponent *, page)));
+    QCOMPARE(depth(screen), 2);
+    QTRY_VERIFY(screen.settledAt(2));
+    QTRY_VERIFY(!popped);
+    QVERIFY(screen.find(u"next"_s)->isEnabled());
+    QCOMPARE(screen.find(u"next"_s)->x(), 0);
 }
 
 void NavigationContainerTest::resizedWindowResizesEveryScreen()

@@ -1,6 +1,7 @@
 #include "MarovendaTest.h"
 #include "PhotoDecoder.h"
 #include "PhotoView.h"
+#include "PngDecoder.h"
 #include "TestScreen.h"
 
 #include <QBuffer>
@@ -36,7 +37,9 @@ private Q_SLOTS:
     void whatIsNoPhotoShowsThePlaceholder();
     void lateDecodeOfTheFormerPhotoDoesNotShow_data();
     void lateDecodeOfTheFormerPhotoDoesNotShow();
+    void changedFileIsShown();
     void picturesBeyondTheBoundsAreRefused();
+    void memoryIsBoundedByTheSize();
     void jpegInPartsIsBoundedByItsMemory();
     void jpegInPartsIsBoundedByItsScans();
     void exifTurnsThePicture();
@@ -143,12 +146,38 @@ void PhotoDecoderTest::lateDecodeOfTheFormerPhotoDoesNotShow()
     set(next, Qt::red);
     next.ensurePolished();
     QTRY_VERIFY(next.decoded());
+    set(next, Qt::black);
+    next.ensurePolished();
+    QTRY_COMPARE(next.middle(), QColor(Qt::black));
     // A new photo leaves the old one on show until it is decoded; another file's picture would be a wrong one.
     QCOMPARE(view.decoded(), !files);
     if (!files)
         QCOMPARE(view.middle(), QColor(Qt::red));
     view.ensurePolished();
     QTRY_VERIFY(view.decoded() && view.middle() == QColor(Qt::blue));
+    // What is decoded for a size that there is no more does not show either.
+    set(view, Qt::green);
+    view.ensurePolished();
+    view.setSize({});
+    view.ensurePolished();
+    set(next, Qt::white);
+    next.ensurePolished();
+    QTRY_COMPARE(next.middle(), QColor(Qt::white));
+    QVERIFY(!view.decoded());
+}
+
+void PhotoDecoderTest::changedFileIsShown()
+{
+    const QTemporaryDir folder;
+    TestScreen screen("PhotoView { square: true }", {20, 20});
+    for (const QColor color : {QColor(Qt::red), QColor(Qt::blue)}) {
+        QImage image(20, 20, QImage::Format_RGB32);
+        image.fill(color);
+        const QString path = folder.filePath(color.name());
+        QVERIFY(image.save(path, "png"));
+        screen.root()->setProperty("file", QUrl::fromLocalFile(path));
+        QTRY_COMPARE(screen.picture().pixelColor(10, 10), color);
+    }
 }
 
 void PhotoDecoderTest::picturesBeyondTheBoundsAreRefused()
@@ -161,6 +190,17 @@ void PhotoDecoderTest::picturesBeyondTheBoundsAreRefused()
     QVERIFY(decodePhoto(encoded(halves(50, 50), "png"), 0).isNull());
     QVERIFY(!decodePhoto(encoded(halves(16384, 1), "png"), 20).isNull());
     QVERIFY(decodePhoto(encoded(halves(16385, 1), "png"), 20).isNull());
+}
+
+void PhotoDecoderTest::memoryIsBoundedByTheSize()
+{
+    const QByteArray png = encoded(halves(40, 30), "png");
+    QVERIFY(!decodePng(png, 4 * 40 * 30).isNull());
+    QVERIFY(decodePng(png, 4 * 40 * 30 - 1).isNull());
+    // A JPEG is first scaled to up to twice the wanted side, which needs 8 bytes a pixel.
+    const QByteArray jpeg = resized(encoded(halves(64, 64), "jpeg"), 6000, 6000);
+    QVERIFY(!decodePhoto(jpeg, 2800).isNull());
+    QVERIFY(decodePhoto(jpeg, 2900).isNull());
 }
 
 void PhotoDecoderTest::jpegInPartsIsBoundedByItsMemory()

@@ -37,7 +37,8 @@ public:
 
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
     {
-        if (message.member() == u"Get"_s && !fileChooser.isValid())
+        const QVariantList asked{u"org.freedesktop.portal.FileChooser"_s, u"version"_s};
+        if (message.member() == u"Get"_s && (!fileChooser.isValid() || message.arguments() != asked))
             return connection.send(message.createErrorReply(u"org.freedesktop.DBus.Error.UnknownInterface"_s, {}));
         if (message.member() == u"Get"_s)
             return connection.send(message.createReply(QVariant::fromValue(QDBusVariant(fileChooser))));
@@ -168,11 +169,13 @@ void PlatformSettingsTest::nothingMovesWhenMotionIsReduced()
     TestScreen screen(R"qml(NavigationContainer {
         id: navigation
         property bool reduced: Theme.reducedMotion
+        property list<int> durations: [Theme.pushDuration, Theme.alertDuration, Theme.thumbDuration]
         property Component page: Component { LoginView { objectName: "page" } }
         function open() { push(page) }
         root: Component { AppScreen {} }
     })qml");
     QTRY_VERIFY(screen.root()->property("reduced").toBool());
+    QCOMPARE(screen.root()->property("durations").value<QList<int>>(), QList<int>({0, 0, 0}));
     QMetaObject::invokeMethod(screen.root(), "open");
     // In place within the same turn.
     QCOMPARE(screen.root()->property("progress").toReal(), 1);

@@ -79,6 +79,9 @@ void SecureFieldTest::assistiveTechnologyFocusesAndWrites()
     QCOMPARE(screen.find(u"pass"_s)->property("text").toString(), u"buno"_s);
     field->editableTextInterface()->replaceText(-3, 900, u"nuevo"_s);
     QCOMPARE(screen.find(u"pass"_s)->property("text").toString(), u"nuevo"_s);
+    field->textInterface()->setCursorPosition(2);
+    QCOMPARE(screen.find(u"pass"_s)->property("cursorPosition").toInt(), 2);
+    QCOMPARE(field->textInterface()->cursorPosition(), 2);
     field->textInterface()->setSelection(0, 1, 3);
     QCOMPARE(screen.find(u"pass"_s)->property("selectedText").toString(), u"ue"_s);
     QCOMPARE(field->textInterface()->selectionCount(), 1);
@@ -93,8 +96,14 @@ void SecureFieldTest::hasTheGeometryAndTheParentOfTheField()
     QCOMPARE(field->rect().size(), QSize(300, 54));
     QVERIFY(field->parent());
     QCOMPARE(field->window(), &screen.window());
-    QVERIFY(!field->state().invisible);
-    screen.find(u"pass"_s)->setVisible(false);
+    QQuickItem *const item = screen.find(u"pass"_s);
+    for (const char *property : {"visible", "opacity"}) {
+        QVERIFY(!field->state().invisible);
+        item->setProperty(property, 0);
+        QVERIFY2(field->state().invisible, property);
+        item->setProperty(property, 1);
+    }
+    screen.window().hide();
     QVERIFY(field->state().invisible);
 }
 

@@ -27,6 +27,7 @@ private Q_SLOTS:
     void everyShowingFetchesAgainAndKeepsTheRowsUntilTheReply();
     void titleComesInTheBarWhenItHasScrolledAway_data();
     void titleComesInTheBarWhenItHasScrolledAway();
+    void rowsAreHeardInOrderWhereverTheyAreScrolled();
     void keysWalkTheRows();
     void rowsStayWhereTheyAreThroughAReply_data();
     void rowsStayWhereTheyAreThroughAReply();
@@ -186,6 +187,24 @@ void ListViewsTest::titleComesInTheBarWhenItHasScrolledAway()
     QTRY_COMPARE(bar(), QStringList({u"Atrás"_s, title}));
     list->setProperty("contentY", list->property("originY").toReal());
     QTRY_COMPARE(bar(), QStringList(u"Atrás"_s));
+}
+
+void ListViewsTest::rowsAreHeardInOrderWhereverTheyAreScrolled()
+{
+    server.reply(listing, numbered(100, 300, "recibido"));
+    TestScreen screen(list("MisPaquetesView"));
+    QTRY_COMPARE(count(screen), 201);
+    settle(screen);
+    for (const int y : {2000, 1900, 1300, 0, 5000, 200, 130, 60}) {
+        screen.find(u"rows"_s)->setProperty("contentY", y);
+        screen.settle();
+        // The way back and the list come before them; the title too, if it has not scrolled away.
+        QStringList heard = screen.names().filter(u"Tracking"_s);
+        QVERIFY(heard.size() > 5);
+        const QStringList found = heard;
+        heard.sort();
+        QCOMPARE(found, heard);
+    }
 }
 
 void ListViewsTest::keysWalkTheRows()
