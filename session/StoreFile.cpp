@@ -32,12 +32,9 @@ bool isReadableOrMissing(const QString &path)
     QFile file(path);
     if (!file.open(QFile::ReadOnly | QFile::Unbuffered))
         return false;
-    QByteArray some(qsizetype(64) * 1024, Qt::Uninitialized);
-    qint64 size = 0;
-    do {
-        size = file.read(some.data(), some.size());
-    } while (size > 0);
-    return size == 0 && file.error() == QFile::NoError;
+    while (!file.read(qint64(64) * 1024).isEmpty()) {
+    }
+    return file.error() == QFile::NoError;
 }
 
 constexpr qsizetype versionOffset = 60;
@@ -154,11 +151,9 @@ QString StoreFile::makeFile(const QString &path)
 
 StoreFile::Lock::Lock(const QString &directory) : m_folder(openFolder(directory))
 {
-    for (QDeadlineTimer wait(5000); m_folder >= 0 && ::flock(m_folder, LOCK_EX | LOCK_NB) != 0;) {
-        if (errno != EWOULDBLOCK || wait.hasExpired())
-            break;
+    const QDeadlineTimer wait(5000);
+    while (::flock(m_folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK && !wait.hasExpired())
         QThread::msleep(2);
-    }
 }
 
 StoreFile::Lock::~Lock()

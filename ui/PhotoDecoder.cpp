@@ -28,7 +28,6 @@ public:
     FormatReader(const QByteArray &bytes, const char *format)
     {
         m_buffer.setData(bytes);
-        m_buffer.open(QIODevice::ReadOnly);
         setDevice(&m_buffer);
         setFormat(format);
         setAutoDetectImageFormat(false);

@@ -4,6 +4,9 @@
 
 #include <QtEndian>
 #include <QTest>
+#include <QThread>
+
+#include <atomic>
 
 using namespace Qt::StringLiterals;
 using Stores::Folder;
@@ -69,6 +72,9 @@ private Q_SLOTS:
     void versionInALog();
     void fileIsAloneWithoutItsCompanions_data();
     void fileIsAloneWithoutItsCompanions();
+    void unreadableFilesAreNoted_data();
+    void unreadableFilesAreNoted();
+    void lockIsWaitedFor();
 
 private:
     /// A file, and a log of two transactions: one of three frames, and one of one frame.
@@ -182,6 +188,39 @@ void StoreFileTest::fileIsAloneWithoutItsCompanions()
     if (!companion.isEmpty())
         folder.put({}, companion);
     QTEST(StoreFile::layoutOf(folder.file())->alone, "alone");
+}
+
+void StoreFileTest::unreadableFilesAreNoted_data()
+{
+    const auto row = columns<QString, bool>("path", "readable");
+    row("missing", QDir::tempPath() + u"/missing"_s, true);
+    row("a file", QCoreApplication::applicationFilePath(), true);
+    row("a folder", QDir::tempPath(), false);
+    row("fails at its first byte", u"/proc/self/mem"_s, false);
+}
+
+void StoreFileTest::unreadableFilesAreNoted()
+{
+    QFETCH(const QString, path);
+    QTEST(StoreFile::canBeRead(path), "readable");
+}
+
+void StoreFileTest::lockIsWaitedFor()
+{
+    const Folder folder;
+    folder.put({});
+    auto first = std::make_unique<StoreFile::Lock>(folder.path());
+    std::atomic<bool> locked = false;
+    const std::unique_ptr<QThread> other(QThread::create([&] {
+        const StoreFile::Lock second(folder.path());
+        locked = true;
+    }));
+    other->start();
+    QTest::qWait(100);
+    QVERIFY(!locked);
+    first.reset();
+    QVERIFY(other->wait(4000));
+    QVERIFY(locked);
 }
 
 MAROVENDA_TEST(StoreFileTest)

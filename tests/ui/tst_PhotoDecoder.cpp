@@ -8,6 +8,7 @@
 #include <QColorSpace>
 #include <QHash>
 #include <QImageWriter>
+#include <QPainter>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QtEndian>
@@ -34,6 +35,8 @@ class PhotoDecoderTest : public QObject {
 private Q_SLOTS:
     void photoFillsACircle_data();
     void photoFillsACircle();
+    void middleOfThePhotoShows();
+    void circleHasASmoothEdge();
     void whatIsNoPhotoShowsThePlaceholder();
     void lateDecodeOfTheFormerPhotoDoesNotShow_data();
     void lateDecodeOfTheFormerPhotoDoesNotShow();
@@ -71,6 +74,15 @@ private:
         }
         return image;
     }
+    /// One pixel on a canvas of this size.
+    static QByteArray gif(quint16 width, quint16 height)
+    {
+        QByteArray bytes =
+            QByteArray::fromHex("47494638396101000100800000ff00000000002c00000000010001000002024401003b");
+        qToLittleEndian(width, bytes.data() + 6);
+        qToLittleEndian(height, bytes.data() + 8);
+        return bytes;
+    }
     /// With another size in its frame's header.
     static QByteArray resized(QByteArray jpeg, quint16 width, quint16 height)
     {
@@ -97,6 +109,34 @@ void PhotoDecoderTest::photoFillsACircle()
     QCOMPARE(shown.pixelColor(97, 50), QColor(Qt::blue));
     for (const QPoint corner : {QPoint(3, 3), QPoint(96, 3), QPoint(3, 96), QPoint(96, 96)})
         QCOMPARE(shown.pixelColor(corner), QColor(Qt::transparent));
+}
+
+void PhotoDecoderTest::middleOfThePhotoShows()
+{
+    for (const QSize size : {QSize(50, 150), QSize(150, 50)}) {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        QPainter(&image).fillRect((size.width() - 50) / 2, (size.height() - 50) / 2, 50, 50, Qt::green);
+        const QImage shown = decodePhoto(encoded(image, "png"), 50, PhotoShape::Square);
+        for (const QPoint corner : {QPoint(0, 0), QPoint(49, 0), QPoint(0, 49), QPoint(49, 49)})
+            QCOMPARE(shown.pixelColor(corner), QColor(Qt::green));
+    }
+}
+
+void PhotoDecoderTest::circleHasASmoothEdge()
+{
+    QImage image(50, 50, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    const QImage shown = decodePhoto(encoded(image, "png"), 50);
+    int soft = 0;
+    for (int y = 0; y < 50; ++y) {
+        for (int x = 0; x < 50; ++x) {
+            const QColor color = shown.pixelColor(x, y);
+            soft += color.alpha() > 0 && color.alpha() < 255;
+            QVERIFY(color.alpha() == 0 || color.lightness() > 250);
+        }
+    }
+    QVERIFY(soft > 50);
 }
 
 void PhotoDecoderTest::whatIsNoPhotoShowsThePlaceholder()
@@ -188,8 +228,13 @@ void PhotoDecoderTest::picturesBeyondTheBoundsAreRefused()
     qToBigEndian<quint32>(30000, png.data() + 20);
     QVERIFY(decodePhoto(png, 20).isNull());
     QVERIFY(decodePhoto(encoded(halves(50, 50), "png"), 0).isNull());
-    QVERIFY(!decodePhoto(encoded(halves(16384, 1), "png"), 20).isNull());
-    QVERIFY(decodePhoto(encoded(halves(16385, 1), "png"), 20).isNull());
+    QVERIFY(!decodePhoto(encoded(halves(50, 50), "png"), 1).isNull());
+    for (const char *format : {"png", "jpeg", "bmp"}) {
+        QVERIFY(!decodePhoto(encoded(halves(16384, 1), format), 20).isNull());
+        QVERIFY(decodePhoto(encoded(halves(16385, 1), format), 20).isNull());
+    }
+    QVERIFY(!decodePhoto(gif(16384, 1), 20).isNull());
+    QVERIFY(decodePhoto(gif(16385, 1), 20).isNull());
 }
 
 void PhotoDecoderTest::memoryIsBoundedByTheSize()
@@ -201,6 +246,9 @@ void PhotoDecoderTest::memoryIsBoundedByTheSize()
     const QByteArray jpeg = resized(encoded(halves(64, 64), "jpeg"), 6000, 6000);
     QVERIFY(!decodePhoto(jpeg, 2800).isNull());
     QVERIFY(decodePhoto(jpeg, 2900).isNull());
+    // 12 bytes a pixel of the canvas.
+    QVERIFY(!decodePhoto(gif(4600, 4600), 20).isNull());
+    QVERIFY(decodePhoto(gif(4700, 4700), 20).isNull());
 }
 
 void PhotoDecoderTest::jpegInPartsIsBoundedByItsMemory()
@@ -304,8 +352,7 @@ void PhotoDecoderTest::pngOfEveryDepthIsRead()
 void PhotoDecoderTest::listedEndingsAreThoseOfTheFormatsThatAreRead()
 {
     // Every format that Qt can write here, in a file of its ending, and the one that it cannot.
-    QHash<QString, QByteArray> files{{u"gif"_s, QByteArray::fromHex("47494638396101000100800000ff0000000000"
-                                                                    "2c00000000010001000002024401003b")}};
+    QHash<QString, QByteArray> files{{u"gif"_s, gif(1, 1)}};
     for (const QByteArray &format : QImageWriter::supportedImageFormats())
         files[QString::fromLatin1(format)] = encoded(halves(32, 32), format.constData());
     QVERIFY(files.size() > 6);
