@@ -16,11 +16,15 @@ namespace {
 
 QByteArray listing(std::int64_t packages)
 {
-    DashboardResponse reply{u"success"_s, std::nullopt, QList<DashboardResponse::Paquete>(),
-                            QList<DashboardResponse::Cotizacion>()};
+    DashboardResponse reply{.status = u"success"_s,
+                            .avatar = std::nullopt,
+                            .paquetes = QList<DashboardResponse::Paquete>(),
+                            .cotizaciones = QList<DashboardResponse::Cotizacion>()};
     for (std::int64_t i = 0; i < packages; ++i)
-        reply.paquetes->append({u"MRV-%1"_s.arg(i), u"Repuestos electrónicos y cámara, caja número %1"_s.arg(i),
-                                i % 3 ? u"en tránsito"_s : u"recibido"_s, u"2026-10-%1"_s.arg(i % 28 + 1)});
+        reply.paquetes->append({.tracking = u"MRV-%1"_s.arg(i),
+                                .descripcion = u"Repuestos electrónicos y cámara, caja número %1"_s.arg(i),
+                                .estado = i % 3 ? u"en tránsito"_s : u"recibido"_s,
+                                .fecha_recibido = u"2026-10-%1"_s.arg(i % 28 + 1)});
     return Json::write(reply).value();
 }
 
@@ -61,14 +65,18 @@ void qtDocument(benchmark::State &state)
     const QByteArray bytes = listing(state.range(0));
     for (auto step : state) {
         const QJsonObject root = QJsonDocument::fromJson(bytes).object();
-        DashboardResponse reply{text(root, "status"_L1), text(root, "avatar"_L1), QList<DashboardResponse::Paquete>(),
-                                QList<DashboardResponse::Cotizacion>()};
+        DashboardResponse reply{.status = text(root, "status"_L1),
+                                .avatar = text(root, "avatar"_L1),
+                                .paquetes = QList<DashboardResponse::Paquete>(),
+                                .cotizaciones = QList<DashboardResponse::Cotizacion>()};
         const QJsonArray rows = root.value("paquetes"_L1).toArray();
         reply.paquetes->reserve(rows.size());
         for (const auto &each : rows) {
             const QJsonObject row = each.toObject();
-            reply.paquetes->append({text(row, "tracking"_L1), text(row, "descripcion"_L1), text(row, "estado"_L1),
-                                    text(row, "fecha_recibido"_L1)});
+            reply.paquetes->append({.tracking = text(row, "tracking"_L1),
+                                    .descripcion = text(row, "descripcion"_L1),
+                                    .estado = text(row, "estado"_L1),
+                                    .fecha_recibido = text(row, "fecha_recibido"_L1)});
         }
         benchmark::DoNotOptimize(reply);
     }
@@ -87,13 +95,17 @@ void nlohmannDocument(benchmark::State &state)
     const QByteArray bytes = listing(state.range(0));
     for (auto step : state) {
         const nlohmann::json root = nlohmann::json::parse(bytes.begin(), bytes.end());
-        DashboardResponse reply{text(root, "status"), text(root, "avatar"), QList<DashboardResponse::Paquete>(),
-                                QList<DashboardResponse::Cotizacion>()};
+        DashboardResponse reply{.status = text(root, "status"),
+                                .avatar = text(root, "avatar"),
+                                .paquetes = QList<DashboardResponse::Paquete>(),
+                                .cotizaciones = QList<DashboardResponse::Cotizacion>()};
         const nlohmann::json &rows = root.at("paquetes");
         reply.paquetes->reserve(static_cast<qsizetype>(rows.size()));
         for (const auto &row : rows) {
-            reply.paquetes->append(
-                {text(row, "tracking"), text(row, "descripcion"), text(row, "estado"), text(row, "fecha_recibido")});
+            reply.paquetes->append({.tracking = text(row, "tracking"),
+                                    .descripcion = text(row, "descripcion"),
+                                    .estado = text(row, "estado"),
+                                    .fecha_recibido = text(row, "fecha_recibido")});
         }
         benchmark::DoNotOptimize(reply);
     }

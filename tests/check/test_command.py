@@ -108,10 +108,10 @@ class WriteTest(ProgramTest):
             self.assertNotIn("after api_cotizar.php", self.check(server, "--write", status=0))
 
     def test_second_look_at_the_listing_counts_no_row_twice(self):
-        with Server({"api_paquetes.php": {**LISTING, "paquetes": [{"tracking": "A", "peso": 1}]}}) as server:
+        with Server({"api_paquetes.php": {**LISTING, "paquetes": [{"tracking": "A", "id_interno": 1}]}}) as server:
             report = self.check(server, "--write", status=0)
             self.assertEqual(server.paths().count("/api_paquetes.php?user_id=42"), 2)
-        self.assertIn("api_paquetes.php: paquetes[0].peso: ignored by the app", lines(report, "NOTES"))
+        self.assertIn("api_paquetes.php: paquetes[0].id_interno: ignored by the app", lines(report, "NOTES"))
 
     def test_profile_without_a_name_is_left_alone(self):
         with Server({"api_login.php": {**LOGIN, "nombre": None}}) as server:
@@ -214,7 +214,7 @@ class DocumentTest(ProgramTest):
         del listing["paquetes"][4]["descripcion"]
         listing["paquetes"][9]["tracking"] = "MRV-3"
         for row in listing["paquetes"]:
-            row["peso"] = "2.5"
+            row["id_interno"] = "2.5"
         warning = b'<br />\n<b>Warning</b>: Undefined array key "apellido" in api_casillero.php on line 12\n'
         with Server({
             "api_paquetes.php": Reply(listing, headers=["Set-Cookie: PHPSESSID=4f2a"]),

@@ -100,8 +100,8 @@ NOTES = [
     (P, row("cotizaciones", 1, estado=...), 'cotizaciones[1].estado: absent, shown as "PENDIENTE"'),
     (P, row("paquetes", 5, tracking="MRV-2"),
      'paquetes[2, 5].tracking: these rows share the number "MRV-2"; each is shown'),
-    (P, {**LISTING, "paquetes": [{**each, "peso": 1} for each in LISTING["paquetes"]]},
-     "paquetes[0, 1, 2, 3, 4, 5 and 14 more].peso: ignored by the app"),
+    (P, {**LISTING, "paquetes": [{**each, "id_interno": 1} for each in LISTING["paquetes"]]},
+     "paquetes[0, 1, 2, 3, 4, 5 and 14 more].id_interno: ignored by the app"),
     (P, {**LISTING, "status": "error"}, 'status: "error", which these screens ignore'),
     (P, {**LISTING, "paquetes": []}, "paquetes: no rows to check"),
     (P, {**LISTING, "avatar": "A" * 100_000}, "avatar: 100000 characters in each listing, which no screen uses"),
@@ -137,7 +137,7 @@ class RecordsTest(ProgramTest):
         listing = copy.deepcopy(LISTING)
         for index in (3, 4, 5, 6, 7, 8, 9, 10):
             listing["paquetes"][index]["tracking"] = index
-        listing["paquetes"][3]["peso"] = 1
+        listing["paquetes"][3]["id_interno"] = 1
         listing["paquetes"][11]["estado"] = []
         listing["paquetes"][12] = "?"
         del listing["paquetes"][13]["tracking"]
@@ -155,7 +155,7 @@ class RecordsTest(ProgramTest):
         self.assertEqual(warnings(report),
                          [f'{P}: paquetes[13].tracking: absent, shown as "N/A"; a tap on the row opens nothing'])
         self.assertEqual(notes(report), [
-            f"{P}: paquetes[3].peso: ignored by the app",
+            f"{P}: paquetes[3].id_interno: ignored by the app",
             f'{P}: paquetes[1, 14].tracking: these rows share the number "MRV-1"; each is shown'])
 
     def test_number_for_an_id_still_lets_the_rest_be_looked_at(self):
