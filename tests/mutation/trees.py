@@ -19,7 +19,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PLACE = ROOT / "build/mutate"
 PRODUCT = ("api/", "app/", "screens/", "session/", "ui/")
 # The ranks of tests, see Tree.rank: those that are quick, and the others.
-LIKELY, OTHERS = range(0, 3), range(3, 7)
+LIKELY, OTHERS = range(0, 4), range(4, 8)
 # Tests that run at the same time in one tree: they wait more than they compute.
 AT_ONCE = 3
 
@@ -160,8 +160,8 @@ class Tree:
             return 1
         if own:
             folders = {pathlib.Path(source).parts[1] for source in test.sources if "/tst_" in source}
-            return 3 if folders.isdisjoint({file.split("/")[0], "look", "pictures"}) else 2
-        return {"check": 4, "story": 5}.get(test.name.split("-")[0], 6)
+            return 2 if file.split("/")[0] in folders else 4 if folders.isdisjoint({"look", "pictures"}) else 3
+        return {"check": 5, "story": 6}.get(test.name.split("-")[0], 7)
 
     def covering(self, files, ranks):
         """The tests of these ranks for any of the files, the likeliest first and of these the quickest."""
