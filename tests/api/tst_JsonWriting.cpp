@@ -56,6 +56,11 @@ void JsonWritingTest::textIsEscaped_data()
     QTest::newRow("lone high surrogate") << QString(QChar(0xD83D)) << "\"\xEF\xBF\xBD\""_ba;
     QTest::newRow("lone low surrogate") << QString(QChar(0xDCE6)) + u'a' << "\"\xEF\xBF\xBD\x61\""_ba;
     QTest::newRow("two high surrogates") << QString(QChar(0xD83D)) + u"📦"_s << "\"\xEF\xBF\xBD\xF0\x9F\x93\xA6\""_ba;
+    // As many as are looked at together.
+    QTest::newRow("16 slashes") << QString(16, u'/') << '"' + R"(\/)"_ba.repeated(16) + '"';
+    QTest::newRow("16 quotes") << QString(16, u'"') << '"' + R"(\")"_ba.repeated(16) + '"';
+    QTest::newRow("16 backslashes") << QString(16, u'\\') << '"' + R"(\\)"_ba.repeated(16) + '"';
+    QTest::newRow("16 of two bytes") << QString(16, QChar(0x80)) << '"' + "\xC2\x80"_ba.repeated(16) + '"';
     QTest::newRow("empty") << u""_s << R"("")"_ba;
     QTest::newRow("null") << QString() << R"("")"_ba;
 }

@@ -119,7 +119,7 @@ class Check:
     def damages(self):
         """Good pictures, cut off at many parts of their length, and what the fuzzer makes of them. A picture that it judges
         wrongly is left in the current folder."""
-        parts, runs = (500, 20_000_000) if self.long else (40, 50_000)
+        parts, runs = (500, 20_000_000) if self.long else (40, 25_000)
         cut = self.folder / "cut"
         cut.mkdir()
         for file in self.corpus.iterdir():

@@ -196,7 +196,7 @@ QByteArray mutated(QByteArray bytes, Random &random)
 void mutations(Tally &tally, const Form &form, const Subject &closed, const Subject &open)
 {
     Random random = form.random(5);
-    const int tries = form.tries(300, 10'000);
+    const int tries = form.tries(200, 10'000);
     for (int i = 0; i < tries; ++i)
         tryOut(tally, "file changed", "change " + QByteArray::number(i), closed, mutated(closed.file, random), {});
     for (int i = 0; i < tries / 3; ++i)

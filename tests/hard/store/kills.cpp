@@ -144,7 +144,7 @@ void kill(Tally &tally, const QByteArray &what, Writes writes, std::mt19937_64 r
 
 void kills(Tally &tally, const Form &form)
 {
-    const int tries = form.tries(60, 1000);
+    const int tries = form.tries(45, 1000);
     kill(tally, {}, oneValue, form.random(1), tries);
     kill(tally, "three values at once, ", customer, form.random(8), tries);
 }

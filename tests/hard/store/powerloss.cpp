@@ -88,9 +88,9 @@ void losses(Tally &tally, const QByteArray &fault, std::mt19937_64 &random, qint
 void powerLoss(Tally &tally, const Form &form)
 {
     std::mt19937_64 random = form.random(2);
-    losses(tally, "power lost in the first writes", random, 3, form.tries(200, 5000), false);
-    losses(tally, "power lost between writes", random, 100, form.tries(200, 10'000), false);
-    losses(tally, "power lost while the log is carried over", random, 30, form.tries(60, 2000), true);
+    losses(tally, "power lost in the first writes", random, 3, form.tries(140, 5000), false);
+    losses(tally, "power lost between writes", random, 100, form.tries(140, 10'000), false);
+    losses(tally, "power lost while the log is carried over", random, 30, form.tries(45, 2000), true);
 }
 
 } // namespace Checks
