@@ -30,6 +30,8 @@ MISSING = {
 
 def main():
     build, wrong = pathlib.Path(sys.argv[1]), []
+    if not (build / "bin/marovenda").exists():
+        sys.exit(f"{build} is not built: ./test builds it")
     names = {file.name for file in (build / "bin").glob("marovenda*")} | {"marovenda", "marovenda-demo-service"}
     for name in sorted(names):
         told = subprocess.run(["readelf", "--wide", "--segments", "--dynamic", "--dyn-syms", build / "bin" / name],

@@ -122,6 +122,8 @@ def check_dependencies(source):
 
 def main():
     source, build, work = (pathlib.Path(argument).absolute() for argument in sys.argv[1:])
+    if not (build / "bin/marovenda").exists():
+        sys.exit(f"{build} is not built: ./test builds it")
     root = check_trees(build, work)
     check_entry_and_page(root)
     check_icons(root)
