@@ -8,6 +8,7 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQmlProperty>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -25,7 +26,9 @@ private Q_SLOTS:
     void secureFieldHidesItsText();
     void longTextShowsItsBeginningUntilItIsEdited();
     void lowFieldHasALargeTarget();
-    void emptyMessageIsNotHeard();
+    void emptyTextIsNotHeard_data();
+    void emptyTextIsNotHeard();
+    void messageBelowACoverIsAnnouncedAfterIt();
 
 private:
     static QByteArray fields()
@@ -217,15 +220,38 @@ void FieldsTest::lowFieldHasALargeTarget()
     }
 }
 
-void FieldsTest::emptyMessageIsNotHeard()
+void FieldsTest::emptyTextIsNotHeard_data()
 {
-    TestScreen screen("MessageLine { keepsPlace: true }");
+    const auto row = columns<QByteArray>("item");
+    row("message", "MessageLine { keepsPlace: true }");
+    row("text", "AppText {}");
+}
+
+void FieldsTest::emptyTextIsNotHeard()
+{
+    QFETCH(const QByteArray, item);
+    TestScreen screen(item);
     const QQmlProperty ignored(screen.root(), u"Accessible.ignored"_s, qmlContext(screen.root()));
     for (const QString &text : {u"Error de conexión"_s, QString()}) {
         screen.root()->setProperty("text", text);
         QCOMPARE(ignored.read().toBool(), text.isEmpty());
         QVERIFY(screen.root()->isVisible());
     }
+}
+
+void FieldsTest::messageBelowACoverIsAnnouncedAfterIt()
+{
+    // Screen readers announce a message that becomes visible.
+    TestScreen screen("MessageLine { text: 'Antes' }");
+    const QSignalSpy shown(screen.root(), SIGNAL(visibleChanged()));
+    screen.root()->setEnabled(false);
+    screen.root()->setProperty("text", u"Debajo"_s);
+    QCOMPARE(shown.size(), 0);
+    screen.root()->setEnabled(true);
+    QCOMPARE(shown.size(), 2);
+    screen.root()->setEnabled(false);
+    screen.root()->setEnabled(true);
+    QCOMPARE(shown.size(), 2);
 }
 
 MAROVENDA_TEST(FieldsTest)

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void swipeElsewhereOrOverACoveredScreenIsNoPop();
     void pushCompletesThePopBeforeIt();
     void resizedWindowResizesEveryScreen();
+    void titleComesInTheBarOnceTheLargeOneIsGone();
 
 private:
     static QByteArray navigation()
@@ -173,6 +174,8 @@ void NavigationContainerTest::swipeFollowsTheFingerAndPopsPastHalf()
     // The screen below comes on screen when the swipe is completed, not while it may still come back.
     QCOMPARE(appearances(screen), 1);
     release(screen, 300);
+    QTRY_VERIFY(!next->isEnabled());
+    QCOMPARE(depth(screen), 2);
     QTRY_COMPARE(depth(screen), 1);
     QCOMPARE(appearances(screen), 2);
 }
@@ -264,6 +267,15 @@ void NavigationContainerTest::resizedWindowResizesEveryScreen()
     QTRY_COMPARE(screen.find(u"next"_s)->size(), QSizeF(700, 500));
     QCOMPARE(screen.find(u"home"_s)->size(), QSizeF(700, 500));
     QCOMPARE(screen.find(u"next"_s)->x(), 0);
+}
+
+void NavigationContainerTest::titleComesInTheBarOnceTheLargeOneIsGone()
+{
+    TestScreen screen("AppScreen { title: 'Perfil' }");
+    for (const auto &[scrolled, shown] : {std::pair(44, false), {45, true}}) {
+        screen.root()->setProperty("scrolled", scrolled);
+        QTRY_COMPARE(screen.texts(screen.root()).contains(u"Perfil"_s), shown);
+    }
 }
 
 MAROVENDA_TEST(NavigationContainerTest)

@@ -9,6 +9,7 @@ using namespace Qt::StringLiterals;
 class PressableTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void pointerEndsKeyboardNavigation();
     void everyWayOfPressingIsOnePress_data();
     void everyWayOfPressingIsOnePress();
     void heldKeyIsOnePress_data();
@@ -145,6 +146,22 @@ void PressableTest::smallTextHasALargeTarget()
         QTest::mouseClick(&screen.window(), Qt::LeftButton, {}, (box.center() + off).toPoint());
     // The last one is beyond.
     QCOMPARE(screen.root()->property("presses").toInt(), 3);
+}
+
+void PressableTest::pointerEndsKeyboardNavigation()
+{
+    TestScreen screen(
+        "Item { property bool navigating: Keyboard.navigating; PrimaryButton { objectName: 'button'; width: 200 } }");
+    const auto navigating = [&] { return screen.root()->property("navigating").toBool(); };
+    for (const bool finger : {false, true}) {
+        screen.key(Qt::Key_Tab);
+        QVERIFY(navigating());
+        if (finger)
+            screen.touch(screen.find(u"button"_s));
+        else
+            screen.tap(screen.find(u"button"_s));
+        QVERIFY(!navigating());
+    }
 }
 
 MAROVENDA_TEST(PressableTest)

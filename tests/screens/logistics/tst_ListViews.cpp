@@ -304,6 +304,7 @@ void ListViewsTest::newRowsAreSeenAtTheTop()
     QTRY_COMPARE(count(screen), 60);
     screen.settle();
     QTRY_COMPARE(TestScreen::box(screen.named(u"Tracking: T1, Caja, RECIBIDO"_s)), place);
+    QCOMPARE(screen.names().filter(u"Tracking"_s).first(), u"Tracking: T1, Caja, RECIBIDO"_s);
     QCOMPARE(TestScreen::box(screen.named(u"Mis Paquetes"_s)), title);
     QCOMPARE(rows->property("currentIndex").toInt(), current < 0 ? current : current + 2);
 }
