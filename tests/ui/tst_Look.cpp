@@ -11,6 +11,7 @@ class LookTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void coloursThatNoTableHolds();
+    void curvesThatNoTableHolds();
     void changedShapeIsDrawnAnew_data();
     void changedShapeIsDrawnAnew();
     void outlineHasTheDesignedCurve();
@@ -27,6 +28,13 @@ void LookTest::coloursThatNoTableHolds()
     QCOMPARE(screen.root()->property("hint").value<QColor>().rgba(), qRgba(0x3C, 0x3C, 0x43, qRound(0.30 * 255)));
     // Grey at 10 % over white.
     QCOMPARE(screen.root()->property("back").value<QColor>().rgba(), qRgb(244, 244, 244));
+}
+
+void LookTest::curvesThatNoTableHolds()
+{
+    TestScreen screen("Item { property list<real> into: Theme.easeIn; property list<real> out: Theme.easeOut }");
+    QCOMPARE(screen.root()->property("into").value<QList<qreal>>(), QList<qreal>({0.42, 0, 1, 1, 1, 1}));
+    QCOMPARE(screen.root()->property("out").value<QList<qreal>>(), QList<qreal>({0, 0, 0.58, 1, 1, 1}));
 }
 
 void LookTest::changedShapeIsDrawnAnew_data()

@@ -34,6 +34,7 @@ void SecureFieldTest::roleNameAndBulletsAreHeard()
     QCOMPARE(field->role(), QAccessible::EditableText);
     QVERIFY(field->state().passwordEdit);
     QVERIFY(field->state().editable);
+    QVERIFY(field->state().selectableText);
     QVERIFY(field->state().focused);
     QCOMPARE(field->text(QAccessible::Name), u"Contraseña"_s);
     QCOMPARE(field->textInterface()->characterCount(), 9);
@@ -43,6 +44,12 @@ void SecureFieldTest::roleNameAndBulletsAreHeard()
     // A negative end is that of the text.
     QCOMPARE(field->textInterface()->text(3, -1), QString(6, u'\u2022'));
     QCOMPARE(field->textInterface()->text(0, 0), QString());
+    // All of it has the same attributes.
+    int start = 5;
+    int end = 6;
+    QCOMPARE(field->textInterface()->attributes(5, &start, &end), QString());
+    QCOMPARE(start, 0);
+    QCOMPARE(end, 9);
 }
 
 void SecureFieldTest::clearTextIsNeverExposed()
