@@ -12,6 +12,7 @@ class LookTest : public QObject {
 private Q_SLOTS:
     void coloursThatNoTableHolds();
     void curvesThatNoTableHolds();
+    void ringIsTwoWide();
     void changedShapeIsDrawnAnew_data();
     void changedShapeIsDrawnAnew();
     void outlineHasTheDesignedCurve();
@@ -35,6 +36,18 @@ void LookTest::curvesThatNoTableHolds()
     TestScreen screen("Item { property list<real> into: Theme.easeIn; property list<real> out: Theme.easeOut }");
     QCOMPARE(screen.root()->property("into").value<QList<qreal>>(), QList<qreal>({0.42, 0, 1, 1, 1, 1}));
     QCOMPARE(screen.root()->property("out").value<QList<qreal>>(), QList<qreal>({0, 0, 0.58, 1, 1, 1}));
+}
+
+void LookTest::ringIsTwoWide()
+{
+    TestScreen screen("Rectangle { color: 'white'; FocusRing { anchors.fill: parent; anchors.margins: 10; radius: 4; "
+                      "shown: true } }",
+                      {60, 60});
+    const QImage shown = screen.picture();
+    int wide = 0;
+    for (int x = 0; x < 30; ++x)
+        wide += shown.pixelColor(x, 30) != QColor(Qt::white);
+    QCOMPARE(wide, 2);
 }
 
 void LookTest::changedShapeIsDrawnAnew_data()

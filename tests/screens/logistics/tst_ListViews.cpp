@@ -225,6 +225,8 @@ void ListViewsTest::keysWalkTheRows()
     QCOMPARE(walk(Qt::Key_End), 59);
     QCOMPARE(walk(Qt::Key_PageUp), 59 - page);
     QCOMPARE(walk(Qt::Key_Home), 0);
+    // A finger pulls a long list beyond its ends.
+    QCOMPARE(rows->property("boundsBehavior").toInt(), 3);
 }
 
 void ListViewsTest::rowsStayWhereTheyAreThroughAReply_data()
