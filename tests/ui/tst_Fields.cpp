@@ -26,6 +26,7 @@ private Q_SLOTS:
     void secureFieldHidesItsText();
     void longTextShowsItsBeginningUntilItIsEdited();
     void lowFieldHasALargeTarget();
+    void textIsSelectedByDragging();
     void emptyTextIsNotHeard_data();
     void emptyTextIsNotHeard();
     void messageBelowACoverIsAnnouncedAfterIt();
@@ -218,6 +219,20 @@ void FieldsTest::lowFieldHasALargeTarget()
         low->forceActiveFocus(reason);
         QVERIFY(low->property("keyboardFocus").toBool());
     }
+}
+
+void FieldsTest::textIsSelectedByDragging()
+{
+    TestScreen screen(fields());
+    QQuickItem *const field = screen.find(u"plain"_s);
+    screen.type(field, u"una frase que se puede marcar"_s);
+    const QRectF box = TestScreen::box(field);
+    const auto at = [&](int x) { return QPoint(int(box.left()) + x, int(box.center().y())); };
+    QTest::mousePress(&screen.window(), Qt::LeftButton, {}, at(20));
+    for (int x = 30; x <= 120; x += 10)
+        QTest::mouseMove(&screen.window(), at(x), 5);
+    QTest::mouseRelease(&screen.window(), Qt::LeftButton, {}, at(120));
+    QVERIFY(!field->property("selectedText").toString().isEmpty());
 }
 
 void FieldsTest::emptyTextIsNotHeard_data()
