@@ -7,17 +7,17 @@
 #include <condition_variable>
 #include <limits>
 #include <mutex>
-#include <set>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::set<Background *> &instances()
+std::vector<Background *> &instances()
 {
-    static auto *const made = new std::set<Background *>;
+    static auto *const made = new std::vector<Background *>;
     return *made;
 }
 
@@ -142,13 +142,7 @@ Background::Background(std::size_t maxRunning, std::chrono::milliseconds stallTi
     m_next.setSingleShot(true);
     m_next.setInterval(stallTimeout);
     m_next.callOnTimeout(this, [this] { startNext(); });
-    instances().insert(this);
-}
-
-Background::~Background()
-{
-    instances().erase(this);
-    abandonAll();
+    instances().push_back(this);
 }
 
 void Background::begin(Task task)

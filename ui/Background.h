@@ -15,15 +15,15 @@
 /// Runs work on other threads that may stall forever, as reading a file does when its network drive is gone. A
 /// stalled job delays neither the next job nor the end of the application.
 ///
-/// Use it on the main thread only. The `wanted` and `done` functions of a job are called and destroyed on the main
-/// thread, also if the job is no longer wanted or the application ends first.
+/// Use it on the main thread only, and create it with `new`: it lives as long as the process. The `wanted` and `done`
+/// functions of a job are called and destroyed on the main thread, also if the job is no longer wanted or the
+/// application ends first.
 class Background final : public QObject {
 public:
     /// Runs one job at a time, but starts the next one when the running job has not called `signOfLife` for
     /// `stallTimeout`; 0 starts every job at once. At most `maxRunning` jobs run at the same time, stalled ones
     /// included.
     Background(std::size_t maxRunning, std::chrono::milliseconds stallTimeout);
-    ~Background() override;
 
     /// Calls `work` on another thread and then `done` with its result on the main thread. Calls `wanted` on the main
     /// thread before each of the two, and skips the call if it returns false.
@@ -52,6 +52,8 @@ public:
     };
 
 private:
+    ~Background() override = default;
+
     struct Task {
         std::function<void()> work;
         std::function<bool()> wanted;

@@ -83,7 +83,7 @@ bool onMainThread() { return QThread::currentThread() == QCoreApplication::insta
 void BackgroundTest::resultsComeOnTheMainThreadInOrder()
 {
     inAnApplication([] {
-        Background background(3, 1min);
+        auto &background = *new Background(3, 1min);
         QList<int> came;
         for (int i = 0; i < 50; ++i)
             background.start([i] { return onMainThread() ? -1 : i; }, always,
@@ -105,7 +105,7 @@ void BackgroundTest::stalledWorkHoldsUpNoOther()
 {
     QFETCH(const std::chrono::milliseconds, patience);
     inAnApplication([&] {
-        Background background(3, patience);
+        auto &background = *new Background(3, patience);
         const Gate gate;
         QList<int> came;
         const auto take = [&](int result) { came.append(result); };
@@ -122,7 +122,7 @@ void BackgroundTest::stalledWorkHoldsUpNoOther()
 void BackgroundTest::workThatShowsLifeIsWaitedFor()
 {
     inAnApplication([] {
-        Background background(2, 100ms);
+        auto &background = *new Background(2, 100ms);
         QList<int> came;
         background.start(
             [] {
@@ -140,7 +140,7 @@ void BackgroundTest::workThatShowsLifeIsWaitedFor()
 void BackgroundTest::atMostSoManyRunAtOnce()
 {
     inAnApplication([] {
-        Background background(2, 0ms);
+        auto &background = *new Background(2, 0ms);
         const std::array<Gate, 3> gates;
         int came = 0;
         for (const Gate &gate : gates)
@@ -161,7 +161,7 @@ void BackgroundTest::atMostSoManyRunAtOnce()
 void BackgroundTest::unwantedWorkIsSkipped()
 {
     inAnApplication([] {
-        Background background(1, 1min);
+        auto &background = *new Background(1, 1min);
         const Gate gate;
         bool wanted = true;
         bool taken = false;
@@ -196,7 +196,7 @@ void BackgroundTest::callbackIsDeletedOnTheMainThread()
     QThread *thread = nullptr;
     bool called = false;
     const Gate gate;
-    static Background background(1, 1min);
+    static auto &background = *new Background(1, 1min);
     inAnApplication([&] {
         std::shared_ptr<int> token(new int, [&](const int *gone) {
             delete gone;
@@ -221,8 +221,8 @@ void BackgroundTest::callbackIsDeletedOnTheMainThread()
 void BackgroundTest::onlyOneHasTheTurn()
 {
     inAnApplication([] {
-        Background one(4, 0ms);
-        Background other(4, 0ms);
+        auto &one = *new Background(4, 0ms);
+        auto &other = *new Background(4, 0ms);
         std::atomic<int> inside = 0;
         std::atomic<int> most = 0;
         int came = 0;
@@ -247,7 +247,7 @@ void BackgroundTest::applicationWaitsForTheTurn()
     const Gate made;
     gate = &made;
     std::atomic<bool> finished = false;
-    static Background background(1, 1min);
+    static auto &background = *new Background(1, 1min);
     inAnApplication([&] {
         background.start(
             [made, &finished] {
@@ -271,7 +271,7 @@ void BackgroundTest::nothingRunsAfterTheApplication()
     const Gate gate;
     const Gate beyond;
     beyond.open();
-    static Background background(2, 0ms);
+    static auto &background = *new Background(2, 0ms);
     bool taken = false;
     inAnApplication([&] {
         background.start(
