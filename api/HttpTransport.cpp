@@ -140,12 +140,9 @@ private:
             return abandon(HttpReply::End::TooLarge);
         reserve(contentLength);
         // Read in small chunks, since a little compressed data may expand enormously.
-        for (qint64 count = 1; count > 0;) {
-            const qsizetype size = m_body.size();
-            reserve(size + chunkSize);
-            m_body.resize(size + chunkSize);
-            count = m_reply->read(m_body.data() + size, chunkSize);
-            m_body.resize(size + std::max<qint64>(count, 0));
+        for (QByteArray chunk; !(chunk = m_reply->read(chunkSize)).isEmpty();) {
+            reserve(m_body.size() + chunk.size());
+            m_body += chunk;
             if (m_body.size() > m_limits.bodySize)
                 return abandon(HttpReply::End::TooLarge);
         }

@@ -28,7 +28,7 @@ struct HttpReply {
     /// The bytes received, even if the connection was lost after them. Empty if a limit ended the exchange.
     QByteArray body = {};
     /// 0 if no reply arrived.
-    int status = 0;
+    int status = {};
     QList<QNetworkReply::RawHeaderPair> headers = {};
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
     End end = End::Platform;

@@ -324,7 +324,7 @@ SessionStore::Health SessionStore::healthOf(int code) const
 int SessionStore::quickCheck(sqlite3 *database)
 {
     sqlite3_stmt *prepared = nullptr;
-    int code = sqlite3_prepare_v2(database, "PRAGMA quick_check(1)", -1, &prepared, nullptr);
+    int code = sqlite3_prepare_v2(database, "PRAGMA quick_check", -1, &prepared, nullptr);
     const Statement statement(prepared);
     if (!statement)
         return code;

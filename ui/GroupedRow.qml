@@ -17,7 +17,6 @@ Item {
     // Cuts off the corners of the card, except at the first and the last row.
     clip: true
 
-    onIndexChanged: ReadingOrder.place(row)
     Component.onCompleted: ReadingOrder.place(row)
     // Screen readers must not find a row in the reuse pool.
     ListView.onPooled: row.visible = false

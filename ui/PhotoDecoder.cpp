@@ -48,11 +48,9 @@ QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
     const QSize size = reader.size();
     if (!isPhotoSize(size) || outline.scans * pixels(size) > maxScannedPixels)
         return {};
-    QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding);
+    const QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding);
     if (scaled.width() < size.width())
         reader.setScaledSize(scaled);
-    else
-        scaled = size;
     // Qt scales in two steps; the first one yields up to twice the wanted width and height.
     if (outline.coefficientBytes + 8 * std::min(pixels(size), 4 * pixels(scaled)) > memory)
         return {};
@@ -98,9 +96,8 @@ const QList<Format> &formats()
         {{u"png"_s},
          [](const QByteArray &bytes) { return bytes.startsWith("\x89PNG\r\n\x1A\n"); },
          [](const QByteArray &bytes, int, qint64 memory) { return decodePng(bytes, memory); }},
-        {{u"webp"_s},
-         [](const QByteArray &bytes) { return bytes.startsWith("RIFF") && bytes.mid(8, 4) == "WEBP"; },
-         readWebp},
+        // Other files that begin so, sounds for example, are refused by the reader.
+        {{u"webp"_s}, [](const QByteArray &bytes) { return bytes.startsWith("RIFF"); }, readWebp},
         {{u"gif"_s},
          [](const QByteArray &bytes) { return bytes.startsWith("GIF87a") || bytes.startsWith("GIF89a"); },
          readGif},

@@ -13,7 +13,7 @@ Flickable {
     // The screen's large title; empty for none.
     property string heading
     readonly property real keyboardCover: {
-        if (!InputMethod.visible || InputMethod.keyboardRectangle.height <= 0)
+        if (!InputMethod.visible || !InputMethod.keyboardRectangle.height)
             return 0
         const bottom = scroller.mapToItem(null, 0, scroller.height).y
         return Math.max(0, bottom - InputMethod.keyboardRectangle.y)
@@ -41,7 +41,7 @@ Flickable {
         const bottom = top + item.height
         const margin = Theme.spacing
         const y = Math.min(Math.max(contentY, bottom + margin - viewHeight), top - margin)
-        contentY = Math.max(0, Math.min(y, Math.max(0, contentHeight + bottomMargin - height)))
+        contentY = Math.max(0, Math.min(y, contentHeight + bottomMargin - height))
     }
 
     // Positioners place their items when they are polished, just before the next frame.
