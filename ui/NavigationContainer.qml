@@ -132,6 +132,7 @@ FocusScope {
 
         // Dims the lower screen while the upper one moves.
         Rectangle {
+            objectName: "dimming"
             anchors.fill: parent
             visible: container.progress < 1
             z: container.depth - 1.5

@@ -46,6 +46,7 @@ void HeldKeysTest::repeatsAreToldFromPresses_data()
     QTest::newRow("another key in between") << u"+A1 A -A7 +A7 A +B8 B -B9 +B9 B"_s << u"prpr"_s;
     QTest::newRow("released by another key at the time of a press") << u"+A1 A -B7 +A7 A"_s << u"pp"_s;
     QTest::newRow("pressed long after an input method kept a press") << u"+A1 +A5000 A -A5007 +A5007 A"_s << u"pr"_s;
+    QTest::newRow("pressed just before Qt gives up the kept press") << u"+A1 +A1001 A -A1008 +A1008 A"_s << u"pp"_s;
     QTest::newRow("passed on to an object") << u"+A1 O A"_s << u"p"_s;
     QTest::newRow("by a program, without a display") << u"A A"_s << u"pp"_s;
 }

@@ -13,6 +13,7 @@ private Q_SLOTS:
     void coloursThatNoTableHolds();
     void curvesThatNoTableHolds();
     void ringIsTwoWide();
+    void ringOfSegmentsFollowsTheirCorners();
     void changedShapeIsDrawnAnew_data();
     void changedShapeIsDrawnAnew();
     void outlineHasTheDesignedCurve();
@@ -48,6 +49,15 @@ void LookTest::ringIsTwoWide()
     for (int x = 0; x < 30; ++x)
         wide += shown.pixelColor(x, 30) != QColor(Qt::white);
     QCOMPARE(wide, 2);
+}
+
+void LookTest::ringOfSegmentsFollowsTheirCorners()
+{
+    TestScreen screen("SegmentedPicker { width: 200; label: 'Tipo'; options: ['Uno', 'Dos']; selection: 'Uno' }");
+    screen.key(Qt::Key_Tab);
+    const QQuickItem *const ring = screen.find(u"focusRing"_s);
+    QVERIFY(ring->property("shown").toBool());
+    QCOMPARE(ring->property("radius").toReal(), 9 + ring->property("margin").toReal());
 }
 
 void LookTest::changedShapeIsDrawnAnew_data()

@@ -100,6 +100,7 @@ void NavigationContainerTest::pushSlidesInFromTheRightOverTheDimmedScreen()
     QQuickItem *const home = screen.find(u"home"_s);
     QQuickItem *const next = screen.find(u"next"_s);
     QVERIFY(next->x() > 0);
+    QVERIFY(screen.find(u"dimming"_s)->isVisible());
     bool between = false;
     while (screen.root()->property("progress").toReal() < 1) {
         const qreal progress = screen.root()->property("progress").toReal();
@@ -111,6 +112,7 @@ void NavigationContainerTest::pushSlidesInFromTheRightOverTheDimmedScreen()
     QVERIFY(between);
     QCOMPARE(next->x(), 0);
     QTRY_VERIFY(!home->isVisible());
+    QVERIFY(!screen.find(u"dimming"_s)->isVisible());
     // The pushed screen has the keys and the accessible tree for itself.
     QVERIFY(next->property("activeFocus").toBool());
     QCOMPARE(screen.names(), QStringList({u"Atrás"_s, u"Tipo"_s, u"Uno"_s, u"Dos"_s}));

@@ -68,6 +68,10 @@ void ScrollerTest::focusedFieldStaysInViewWhenTheWindowShrinks()
     screen.window().resize(390, 400);
     QTRY_VERIFY(TestScreen::box(last).bottom() <= 400);
     QVERIFY(TestScreen::box(last).top() >= 0);
+    // The customer may scroll it away again.
+    screen.root()->setProperty("contentY", 0);
+    screen.settle();
+    QCOMPARE(screen.root()->property("contentY").toReal(), 0);
 }
 
 void ScrollerTest::shrinkingContentReturnsToTheTop()

@@ -225,6 +225,9 @@ void ListViewsTest::keysWalkTheRows()
     QCOMPARE(walk(Qt::Key_End), 59);
     QCOMPARE(walk(Qt::Key_PageUp), 59 - page);
     QCOMPARE(walk(Qt::Key_Home), 0);
+    QKeyEvent home(QEvent::KeyPress, Qt::Key_Home, {});
+    QCoreApplication::sendEvent(&screen.window(), &home);
+    QVERIFY(home.isAccepted());
     // A finger pulls a long list beyond its ends.
     QCOMPARE(rows->property("boundsBehavior").toInt(), 3);
 }
