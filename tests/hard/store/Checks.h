@@ -52,13 +52,9 @@ QByteArray tell(const Stores::Values &values);
 
 void kills(Tally &tally, const Form &form);
 void powerLoss(Tally &tally, const Form &form);
-void promise(Tally &tally, const Form &form);
 void failures(Tally &tally, const Form &form);
 void damage(Tally &tally, const Form &form);
 void together(Tally &tally, const Form &form);
 void largePhoto(Tally &tally, const Form &form);
-
-/// Writes as its own process for the check from outside: `count` writes, each told on stdout when it has returned.
-int traced(const QString &directory, int count);
 
 } // namespace Checks

@@ -14,8 +14,6 @@ int main(int argc, char *argv[])
 {
     const QCoreApplication app(argc, argv);
     QStringList arguments = QCoreApplication::arguments().mid(1);
-    if (arguments.size() == 3 && arguments.first() == QLatin1String("traced"))
-        return Checks::traced(arguments[1], arguments[2].toInt());
     const QString kind = arguments.isEmpty() ? QString() : arguments.takeLast();
     if (kind != QLatin1String("quick") && kind != QLatin1String("long"))
         return EXIT_FAILURE;
@@ -28,10 +26,9 @@ int main(int argc, char *argv[])
     std::fprintf(stderr, "store: MAROVENDA_HARD_SEED=%llu\n", static_cast<unsigned long long>(form.seed));
 
     Tally tally;
-    const std::array<std::pair<const char *, void (*)(Tally &, const Checks::Form &)>, 7> checks{{
+    const std::array<std::pair<const char *, void (*)(Tally &, const Checks::Form &)>, 6> checks{{
         {"kills", Checks::kills},
         {"powerloss", Checks::powerLoss},
-        {"promise", Checks::promise},
         {"failures", Checks::failures},
         {"damage", Checks::damage},
         {"together", Checks::together},

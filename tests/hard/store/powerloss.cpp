@@ -50,10 +50,24 @@ bool holds(const Values &found, const Values &values, qint64 next, bool large)
     return photo && (but(found) == but(values) || but(found) == but(begun));
 }
 
+/// What is made is open to the user alone from its first moment on, and stays so.
+void rights(Tally &tally, const QList<FileCalls::Call> &calls)
+{
+    for (const FileCalls::Call &call : calls) {
+        // The folders above the store's own are others' too.
+        const bool isOurs =
+            call.kind == Kind::Create || (call.kind == Kind::MakeDirectory && call.path.endsWith("/marovenda"));
+        if (isOurs || call.kind == Kind::Mode)
+            tally.note("open to the user alone", (call.mode & 077) == 0,
+                       call.path + ", mode " + QByteArray::number(call.mode, 8));
+    }
+}
+
 void losses(Tally &tally, const QByteArray &fault, std::mt19937_64 &random, qint64 writes, int tries, bool large)
 {
     const Folder folder;
     const QList<FileCalls::Call> calls = life(folder, writes, large);
+    rights(tally, calls);
     QList<qsizetype> moments(tries);
     for (qsizetype &moment : moments)
         moment = between(random, 0, calls.size());
