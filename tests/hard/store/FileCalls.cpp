@@ -91,7 +91,7 @@ void watch(const QByteArray &folder, const Plan &plan)
     watch.on = true;
 }
 
-void mark(qint64 number) { state().calls.append({Kind::Mark, {}, {}, number, {}, 0}); }
+void mark(qint64 number) { state().calls.append({.kind = Kind::Mark, .at = number}); }
 void rest() { state().on = false; }
 const QByteArray &firstRefused() { return state().firstRefused; }
 const QList<Call> &calls() { return state().calls; }

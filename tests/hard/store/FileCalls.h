@@ -14,12 +14,12 @@ enum class Kind { MakeDirectory, Create, Write, Truncate, Sync, Remove, Rename, 
 /// One call that succeeded and that a power loss may undo; or a mark set by a check.
 struct Call {
     Kind kind = Kind::Mark;
-    QByteArray path;
+    QByteArray path = {};
     /// The new name.
-    QByteArray to;
+    QByteArray to = {};
     /// Where was written, or the new size; the mark's number.
     qint64 at = 0;
-    QByteArray bytes;
+    QByteArray bytes = {};
     unsigned mode = 0;
 };
 

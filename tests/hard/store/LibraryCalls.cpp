@@ -19,6 +19,33 @@ Function *next(const char *name)
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
+QByteArray name(const char *path) { return cleaned(path); }
+QByteArray name(int fd) { return state().open.value(fd); }
+
+/// Makes a call that concerns a place, a path or a file, and changes nothing; `Error` where it is refused.
+template <auto Error = -1, typename Place, typename... Arguments>
+auto ask(const char *function, Place place, Arguments... arguments)
+{
+    return concerns(place) && refuses(function) ? Error : next<decltype(Error)(Arguments...)>(function)(arguments...);
+}
+
+/// The same for a call that changes something, of which a note is taken when it succeeds.
+template <typename Place, typename... Arguments>
+int change(const char *function, Place place, const Call &call, Arguments... arguments)
+{
+    const auto real = next<int(Arguments...)>(function);
+    if (!concerns(place))
+        return real(arguments...);
+    if (refusesChange(function))
+        return -1;
+    Call noted = call;
+    noted.path = name(place);
+    const int result = real(arguments...);
+    if (result == 0)
+        note(noted);
+    return result;
+}
+
 /// What both forms of open do. The mode counts only where a file is made.
 int opened(const char *function, const char *path, int flags, mode_t mode)
 {
@@ -28,15 +55,15 @@ int opened(const char *function, const char *path, int flags, mode_t mode)
     struct stat found = {};
     const bool fresh = (flags & O_CREAT) && stat(path, &found) != 0;
     const bool changes = fresh || (flags & O_ACCMODE) != O_RDONLY;
-    if (changes ? refusesChange() : refuses())
+    if (changes ? refusesChange(function) : refuses(function))
         return -1;
     const int fd = real(path, flags, mode);
     if (fd >= 0) {
         state().open.insert(fd, cleaned(path));
         if (fresh)
-            note({Kind::Create, cleaned(path), {}, 0, {}, mode});
+            note({.kind = Kind::Create, .path = cleaned(path), .mode = mode});
         else if (flags & O_TRUNC)
-            note({Kind::Truncate, cleaned(path), {}, 0, {}, 0});
+            note({.kind = Kind::Truncate, .path = cleaned(path)});
     }
     return fd;
 }
@@ -67,30 +94,16 @@ int open64(const char *path, int flags, ...)
 
 int close(int fd)
 {
-    static auto *const real = next<int(int)>("close");
-    if (concerns(fd)) {
+    const bool ours = concerns(fd);
+    if (ours)
         state().open.remove(fd);
-        // The file is closed all the same, as on Linux.
-        if (refuses()) {
-            const int error = errno;
-            real(fd);
-            errno = error;
-            return -1;
-        }
-    }
-    return real(fd);
-}
-
-ssize_t read(int fd, void *bytes, size_t size)
-{
-    static auto *const real = next<ssize_t(int, void *, size_t)>("read");
-    return concerns(fd) && refuses() ? -1 : real(fd, bytes, size);
-}
-
-ssize_t pread64(int fd, void *bytes, size_t size, off64_t at)
-{
-    static auto *const real = next<ssize_t(int, void *, size_t, off64_t)>("pread64");
-    return concerns(fd) && refuses() ? -1 : real(fd, bytes, size, at);
+    const bool refused = ours && refuses();
+    const int error = errno;
+    // The file is closed all the same, as on Linux.
+    const int result = next<int(int)>("close")(fd);
+    if (refused)
+        errno = error;
+    return refused ? -1 : result;
 }
 
 ssize_t pwrite64(int fd, const void *bytes, size_t size, off64_t at)
@@ -108,12 +121,7 @@ ssize_t pwrite64(int fd, const void *bytes, size_t size, off64_t at)
     const ssize_t done = real(fd, bytes, room, at);
     if (done > 0) {
         const bool keep = state().plan.noteBytes;
-        note({Kind::Write,
-              state().open.value(fd),
-              {},
-              at,
-              keep ? QByteArray(static_cast<const char *>(bytes), done) : QByteArray(),
-              0});
+        note({Kind::Write, name(fd), {}, at, keep ? QByteArray(static_cast<const char *>(bytes), done) : "", 0});
     }
     return done;
 }
@@ -130,141 +138,73 @@ ssize_t write(int fd, const void *bytes, size_t size)
     return done;
 }
 
-int fsync(int fd)
-{
-    static auto *const real = next<int(int)>("fsync");
-    if (concerns(fd) && refusesChange())
-        return -1;
-    const int result = real(fd);
-    if (concerns(fd) && result == 0)
-        note({Kind::Sync, state().open.value(fd), {}, 0, {}, 0});
-    return result;
-}
+int fsync(int fd) { return change("fsync", fd, {.kind = Kind::Sync}, fd); }
 
-int fdatasync(int fd)
-{
-    static auto *const real = next<int(int)>("fdatasync");
-    if (concerns(fd) && refusesChange())
-        return -1;
-    const int result = real(fd);
-    if (concerns(fd) && result == 0)
-        note({Kind::Sync, state().open.value(fd), {}, 0, {}, 0});
-    return result;
-}
+int fdatasync(int fd) { return change("fdatasync", fd, {.kind = Kind::Sync}, fd); }
 
 int ftruncate64(int fd, off64_t size)
 {
-    static auto *const real = next<int(int, off64_t)>("ftruncate64");
-    if (concerns(fd) && refusesChange())
-        return -1;
-    const int result = real(fd, size);
-    if (concerns(fd) && result == 0)
-        note({Kind::Truncate, state().open.value(fd), {}, size, {}, 0});
-    return result;
+    return change("ftruncate64", fd, {.kind = Kind::Truncate, .at = size}, fd, size);
 }
 
-int unlink(const char *path)
-{
-    static auto *const real = next<int(const char *)>("unlink");
-    if (concerns(path) && refusesChange())
-        return -1;
-    const int result = real(path);
-    if (concerns(path) && result == 0)
-        note({Kind::Remove, cleaned(path), {}, 0, {}, 0});
-    return result;
-}
+int unlink(const char *path) { return change("unlink", path, {.kind = Kind::Remove}, path); }
 
 int renameat2(int fromFd, const char *from, int toFd, const char *to, unsigned flags)
 {
-    static auto *const real = next<int(int, const char *, int, const char *, unsigned)>("renameat2");
-    if (concerns(from) && refusesChange())
-        return -1;
-    const int result = real(fromFd, from, toFd, to, flags);
-    if (concerns(from) && result == 0)
-        note({Kind::Rename, cleaned(from), cleaned(to), 0, {}, 0});
-    return result;
+    const Call call{.kind = Kind::Rename, .to = cleaned(to)};
+    return change("renameat2", from, call, fromFd, from, toFd, to, flags);
 }
 
 int mkdir(const char *path, mode_t mode)
 {
-    static auto *const real = next<int(const char *, mode_t)>("mkdir");
-    if (concerns(path) && refusesChange())
-        return -1;
-    const int result = real(path, mode);
-    if (concerns(path) && result == 0)
-        note({Kind::MakeDirectory, cleaned(path), {}, 0, {}, mode});
-    return result;
+    return change("mkdir", path, {.kind = Kind::MakeDirectory, .mode = mode}, path, mode);
 }
 
 int chmod(const char *path, mode_t mode)
 {
-    static auto *const real = next<int(const char *, mode_t)>("chmod");
-    if (concerns(path) && refusesChange())
-        return -1;
-    const int result = real(path, mode);
-    if (concerns(path) && result == 0)
-        note({Kind::Mode, cleaned(path), {}, 0, {}, mode});
-    return result;
+    return change("chmod", path, {.kind = Kind::Mode, .mode = mode}, path, mode);
 }
 
-int fchmod(int fd, mode_t mode)
-{
-    static auto *const real = next<int(int, mode_t)>("fchmod");
-    if (concerns(fd) && refusesChange())
-        return -1;
-    const int result = real(fd, mode);
-    if (concerns(fd) && result == 0)
-        note({Kind::Mode, state().open.value(fd), {}, 0, {}, mode});
-    return result;
-}
+int fchmod(int fd, mode_t mode) { return change("fchmod", fd, {.kind = Kind::Mode, .mode = mode}, fd, mode); }
 
 int access(const char *path, int mode)
 {
-    static auto *const real = next<int(const char *, int)>("access");
-    if (!concerns(path))
-        return real(path, mode);
-    return ((mode & W_OK) ? refusesChange() : refuses()) ? -1 : real(path, mode);
+    if (concerns(path) && ((mode & W_OK) ? refusesChange() : refuses()))
+        return -1;
+    return next<int(const char *, int)>("access")(path, mode);
 }
 
-int stat64(const char *path, struct stat64 *found)
+ssize_t read(int fd, void *bytes, size_t size) { return ask<ssize_t(-1)>("read", fd, fd, bytes, size); }
+
+ssize_t pread64(int fd, void *bytes, size_t size, off64_t at)
 {
-    static auto *const real = next<int(const char *, struct stat64 *)>("stat64");
-    return concerns(path) && refuses() ? -1 : real(path, found);
+    return ask<ssize_t(-1)>("pread64", fd, fd, bytes, size, at);
 }
 
-int lstat64(const char *path, struct stat64 *found)
-{
-    static auto *const real = next<int(const char *, struct stat64 *)>("lstat64");
-    return concerns(path) && refuses() ? -1 : real(path, found);
-}
+int stat64(const char *path, struct stat64 *found) { return ask("stat64", path, path, found); }
 
-int fstat64(int fd, struct stat64 *found)
-{
-    static auto *const real = next<int(int, struct stat64 *)>("fstat64");
-    return concerns(fd) && refuses() ? -1 : real(fd, found);
-}
+int lstat64(const char *path, struct stat64 *found) { return ask("lstat64", path, path, found); }
+
+int fstat64(int fd, struct stat64 *found) { return ask("fstat64", fd, fd, found); }
 
 int statx(int fd, const char *path, int flags, unsigned mask, struct statx *found)
 {
-    static auto *const real = next<int(int, const char *, int, unsigned, struct statx *)>("statx");
-    const bool ours = *path ? concerns(path) : concerns(fd);
-    return ours && refuses() ? -1 : real(fd, path, flags, mask, found);
+    return *path ? ask("statx", path, fd, path, flags, mask, found) : ask("statx", fd, fd, path, flags, mask, found);
 }
 
 int fcntl64(int fd, int command, ...)
 {
-    static auto *const real = next<int(int, int, ...)>("fcntl64");
     va_list rest;
     va_start(rest, command);
     void *argument = va_arg(rest, void *);
     va_end(rest);
-    return concerns(fd) && refuses() ? -1 : real(fd, command, argument);
+    return concerns(fd) && refuses() ? -1 : next<int(int, int, ...)>("fcntl64")(fd, command, argument);
 }
 
 void *mmap64(void *at, size_t size, int protection, int flags, int fd, off64_t offset)
 {
     static auto *const real = next<void *(void *, size_t, int, int, int, off64_t)>("mmap64");
-    return fd >= 0 && concerns(fd) && refuses() ? MAP_FAILED : real(at, size, protection, flags, fd, offset);
+    return concerns(fd) && refuses() ? MAP_FAILED : real(at, size, protection, flags, fd, offset);
 }
 
 /// A lock that is refused for good is asked for again and again, with pauses that nobody needs here.
