@@ -14,8 +14,6 @@ using Stores::Folder;
 class SessionTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void startsWithNobodySignedIn();
-    void writtenValuesAreThereAfterARestart();
     void everyNumberIsKept_data();
     void everyNumberIsKept();
     void everyTextIsKept_data();
@@ -27,7 +25,7 @@ private Q_SLOTS:
     void customerIsToldInOrderWhenAllIsThere();
     void customerIsStoredAtOnce();
     void signingOutKeepsTheRest();
-    void besideALaterVersionsStoreTheValuesLiveOn();
+    void withoutAStoreTheValuesLiveOn_data();
     void withoutAStoreTheValuesLiveOn();
     void damagedStoreStartsSignedOut();
     void damagedStoreThatCannotBeMovedStartsSignedOut();
@@ -78,37 +76,14 @@ void signIn(Session &session)
 
 } // namespace
 
-void SessionTest::startsWithNobodySignedIn()
-{
-    const Folder folder;
-    Session session(folder.path());
-    expectNobody(session);
-}
-
-void SessionTest::writtenValuesAreThereAfterARestart()
-{
-    const Folder folder;
-    {
-        Session session(folder.path());
-        signIn(session);
-    }
-    Session session(folder.path());
-    QCOMPARE(session.userId(), 42);
-    QVERIFY(session.someoneSignedIn());
-    QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
-    QCOMPARE(session.userEmail(), u"ana@marovenda.example"_s);
-    QCOMPARE(session.userAvatarData(), "photo"_ba);
-}
-
 void SessionTest::everyNumberIsKept_data()
 {
-    QTest::addColumn<qint64>("number");
-    QTest::addColumn<bool>("someone");
-    QTest::newRow("zero") << qint64(0) << false;
-    QTest::newRow("one") << qint64(1) << true;
-    QTest::newRow("minus one") << qint64(-1) << true;
-    QTest::newRow("most") << std::numeric_limits<qint64>::max() << true;
-    QTest::newRow("least") << std::numeric_limits<qint64>::min() << true;
+    const auto row = columns<qint64, bool>("number", "someone");
+    row("zero", 0, false);
+    row("one", 1, true);
+    row("minus one", -1, true);
+    row("most", std::numeric_limits<qint64>::max(), true);
+    row("least", std::numeric_limits<qint64>::min(), true);
 }
 
 void SessionTest::everyNumberIsKept()
@@ -272,41 +247,36 @@ void SessionTest::signingOutKeepsTheRest()
     QCOMPARE(session.userAvatarData(), "photo"_ba);
 }
 
-void SessionTest::besideALaterVersionsStoreTheValuesLiveOn()
+void SessionTest::withoutAStoreTheValuesLiveOn_data()
 {
+    QTest::addColumn<bool>("later");
+    QTest::newRow("no folder for it") << false;
+    QTest::newRow("a later version's") << true;
+}
+
+void SessionTest::withoutAStoreTheValuesLiveOn()
+{
+    QFETCH(const bool, later);
     const Folder folder;
     folder.fill();
-    Stores::run(folder.file(), "PRAGMA user_version = 2");
+    Stores::run(folder.file(), later ? "PRAGMA user_version = 2" : "");
+    const QString directory = later ? folder.path() : folder.file();
     const auto files = folder.files();
     {
-        Session session(folder.path());
+        Session session(directory);
         expectNobody(session);
         const Observer observer(session);
         signIn(session);
         session.setUserEmail(u"b@b.example"_s);
         QCOMPARE(session.userId(), 42);
+        QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
         QCOMPARE(session.userEmail(), u"b@b.example"_s);
         QCOMPARE(session.userAvatarData(), "photo"_ba);
         QCOMPARE(observer.counts(), (QList<qsizetype>{1, 1, 2, 1}));
     }
     QVERIFY(folder.files() == files);
-    Session again(folder.path());
+    Session again(directory);
     expectNobody(again);
-}
-
-void SessionTest::withoutAStoreTheValuesLiveOn()
-{
-    const Folder folder;
-    folder.fill();
-    Session session(folder.file());
-    expectNobody(session);
-    const Observer observer(session);
-    signIn(session);
-    QCOMPARE(session.userId(), 42);
-    QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
-    QCOMPARE(session.userEmail(), u"ana@marovenda.example"_s);
-    QCOMPARE(session.userAvatarData(), "photo"_ba);
-    QCOMPARE(observer.counts(), (QList<qsizetype>{1, 1, 1, 1}));
 }
 
 void SessionTest::damagedStoreStartsSignedOut()
@@ -387,7 +357,7 @@ void SessionTest::nothingIsOpenedBeforeItsFirstUse()
     const Folder folder;
     Session session(folder.path());
     QVERIFY(!QFile::exists(folder.file()));
-    QCOMPARE(session.userId(), 0);
+    expectNobody(session);
     QVERIFY(QFile::exists(folder.file()));
 }
 
