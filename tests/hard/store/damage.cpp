@@ -154,43 +154,25 @@ QByteArray mutated(QByteArray bytes, Random &random)
     const qsizetype most = random() % 2 == 0 ? std::min<qsizetype>(size, 8192) : size;
     const qsizetype at = between(random, 0, most - 1);
     const qsizetype length = std::min(between(random, 1, random() % 4 == 0 ? 5000 : 12), size - at);
-    switch (random() % 9) {
-    case 0:
+    // A page for another: its size stays, and what it holds is good.
+    if (random() % 9 == 0) {
+        const qsizetype one = between(random, 0, size / 4096 - 1) * 4096;
+        const qsizetype other = between(random, 0, size / 4096 - 1) * 4096;
+        const QByteArray page = bytes.mid(one, 4096);
+        return bytes.replace(one, 4096, bytes.mid(other, 4096)).replace(other, 4096, page);
+    }
+    if (random() % 8 == 0) {
         for (auto flips = between(random, 1, 8); flips > 0; --flips) {
             char &byte = bytes[between(random, 0, most - 1)];
             byte = static_cast<char>(byte ^ (1 << random() % 8));
         }
-        break;
-    case 1:
-        bytes.replace(at, length, photo(random, length));
-        break;
-    case 2:
-        fillRange(bytes, at, length, '\0');
-        break;
-    case 3:
-        fillRange(bytes, at, length, '\xFF');
-        break;
-    case 4:
-        bytes.replace(at, length, bytes.mid(between(random, 0, size - length), length));
-        break;
-    case 5:
-        bytes.insert(at, photo(random, length));
-        break;
-    case 6:
-        bytes.remove(at, length);
-        break;
-    case 7:
-        bytes = bytes.first(at) + photo(random, length);
-        break;
-    default: {
-        const qsizetype one = between(random, 0, size / 4096 - 1) * 4096;
-        const qsizetype other = between(random, 0, size / 4096 - 1) * 4096;
-        const QByteArray page = bytes.mid(one, 4096);
-        bytes.replace(one, 4096, bytes.mid(other, 4096));
-        bytes.replace(other, 4096, page);
+        return bytes;
     }
-    }
-    return bytes;
+    const std::array other{photo(random, length), QByteArray(length, '\0'), QByteArray(length, '\xFF'),
+                           bytes.mid(between(random, 0, size - length), length), QByteArray()};
+    // In place of as many bytes, between others, or in place of all that follow.
+    const std::array replaced{length, length, qsizetype(0), size - at};
+    return bytes.replace(at, replaced[random() % replaced.size()], other[random() % other.size()]);
 }
 
 void mutations(Tally &tally, const Form &form, const Subject &closed, const Subject &open)
