@@ -12,7 +12,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <sys/stat.h>
@@ -63,6 +65,9 @@ private Q_SLOTS:
     void sameFileTwiceIsOneChange();
     void whatCannotBeLoadedIsNoPhoto_data();
     void whatCannotBeLoadedIsNoPhoto();
+    void largestFileIsLoaded();
+    void fileThatChangesIsReadToAnEnd_data();
+    void fileThatChangesIsReadToAnEnd();
     void savingDuringALoadSendsThePhotoOfThatMoment();
     void successStoresThePhotoOnShow_data();
     void successStoresThePhotoOnShow();
@@ -71,6 +76,7 @@ private Q_SLOTS:
 
 private:
     static constexpr auto path = "/api_perfil.php";
+    static constexpr qint64 largest = qint64(64) * 1024 * 1024;
 
     /// What loading a file hands over, or nothing.
     static std::optional<LoadedPhoto> loaded(const QUrl &item)
@@ -81,7 +87,7 @@ private:
         loadPhoto(item, qApp, [&photo, underWay](const LoadedPhoto &result) { photo = result; });
         underWay.reset();
         if (!QTest::qWaitFor([&] { return isUnderWay.expired(); }))
-            qWarning("still loading");
+            qFatal("still loading");
         return photo;
     }
     QUrl missing(const QString &name = u"missing"_s) const { return QUrl::fromLocalFile(m_folder->filePath(name)); }
@@ -155,7 +161,7 @@ void PerfilPhotoTest::whatCannotBeLoadedIsNoPhoto()
     else if (what == u"pipe"_s)
         QCOMPARE(mkfifo(item.toLocalFile().toLocal8Bit().constData(), 0600), 0);
     else if (what == u"too large"_s)
-        QVERIFY(QFile::resize((item = file(u"x"_s, "x")).toLocalFile(), 64 * 1024 * 1024 + 1));
+        QVERIFY(QFile::resize((item = file(u"x"_s, "x")).toLocalFile(), largest + 1));
     else if (what == u"unreadable"_s)
         item = QUrl::fromLocalFile(u"/proc/self/mem"_s); // for root too: the address 0 cannot be read
     else if (what == u"remote"_s)
@@ -163,6 +169,39 @@ void PerfilPhotoTest::whatCannotBeLoadedIsNoPhoto()
     else if (what == u"no address"_s)
         item = QUrl();
     QVERIFY(!loaded(item));
+}
+
+void PerfilPhotoTest::largestFileIsLoaded()
+{
+    const QUrl item = file(u"x"_s, "x");
+    QVERIFY(QFile::resize(item.toLocalFile(), largest));
+    const auto photo = loaded(item);
+    QVERIFY(photo);
+    QCOMPARE(photo->bytes.size(), largest);
+}
+
+void PerfilPhotoTest::fileThatChangesIsReadToAnEnd_data()
+{
+    QTest::addColumn<bool>("grows");
+    QTest::newRow("grows faster than it is read") << true;
+    QTest::newRow("loses its end") << false;
+}
+
+void PerfilPhotoTest::fileThatChangesIsReadToAnEnd()
+{
+    QFETCH(const bool, grows);
+    const QUrl item = file(u"x"_s, "x");
+    std::atomic<bool> over = false;
+    const std::unique_ptr<QThread> other(QThread::create([&] {
+        constexpr qint64 step = 8 * 1024 * 1024;
+        for (qint64 size = step; !over; size = grows || size == 100 ? size + step : 100)
+            QFile::resize(item.toLocalFile(), size);
+    }));
+    other->start();
+    const auto photo = loaded(item);
+    over = true;
+    other->wait();
+    QVERIFY(!photo || photo->bytes.size() <= largest);
 }
 
 void PerfilPhotoTest::savingDuringALoadSendsThePhotoOfThatMoment()
