@@ -193,17 +193,3 @@ def password_from_assistive_technology(stage):
         phone.wait_text(PASSWORD, 7 * "•")
         body = json.loads(phone.one_more(server.posts, phone.press, "Iniciar Sesión").body)
         assert body == {"email": "ana@y", "password": "Clave#7"}, body
-
-
-@story
-def nothing_is_cut(stage):
-    """Qt's own fields hold 32,767 characters, and lose the end of what is longer."""
-    with stage.scripted() as (phone, server):
-        phone.type(EMAIL, "ana@y")
-        phone.find(PASSWORD).set_text("x" * 40000)
-        phone.focus(PASSWORD)
-        phone.keys("End")
-        phone.write("y")
-        phone.wait_for(lambda: len(phone.find(PASSWORD).text()) == 40001, "the last letter")
-        password = json.loads(phone.one_more(server.posts, phone.press, "Iniciar Sesión").body)["password"]
-        assert len(password) == 40001 and password.endswith("xy"), len(password)

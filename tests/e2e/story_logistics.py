@@ -1,6 +1,6 @@
-"""Stories of packages, quotations and the other services."""
+"""Stories of packages and quotations."""
 
-from customer import DASHBOARD, NUMBER, QUOTATION, REGISTER, VEHICLE
+from customer import DASHBOARD, NUMBER, QUOTATION
 from stage import BRUNO, story
 
 
@@ -20,21 +20,6 @@ def tracking_pages(stage):
 
 
 @story
-def every_entrance(stage):
-    with stage.customer(height=1200) as phone:
-        phone.send({}, REGISTER, "Crear Cuenta")
-        assert not phone.shows("Iniciar Sesión"), "the sign-in is heard under the registration"
-        phone.send({}, "Atrás", "Iniciar Sesión")
-        phone.sign_in(BRUNO, "2 Paquetes")
-        for entrance in ("Casillero", "Autos", "Perfil", "Dev", "2 Paquetes", "1 Cotizaciones", "Ver todas"):
-            phone.enter(entrance)
-            phone.leave()
-        for entrance in ("Cotizar", "Ver todos"):
-            phone.enter(entrance)
-            phone.leave("Escape")
-
-
-@story
 def quotation_by_sea(stage):
     with stage.customer(height=1200) as phone:
         phone.sign_in(BRUNO, "1 Cotizaciones")
@@ -47,26 +32,3 @@ def quotation_by_sea(stage):
         phone.leave()
         phone.find("Origen: Miami, USA, Silla de playa, PENDIENTE")
         phone.enter("2 Cotizaciones", "Silla de playa, PENDIENTE, Origen: Miami, USA")
-
-
-@story
-def mailbox_and_vehicle(stage):
-    with stage.customer() as phone:
-        phone.sign_in(BRUNO, "2 Paquetes")
-        phone.enter("Casillero")
-        phone.wait_for(lambda: any(e.name.startswith("Bruno Díaz") for e in phone.elements()), "the mailbox's name")
-        assert any("Estado: Florida" in e.name for e in phone.elements())
-        phone.leave()
-        phone.enter("Autos")
-        phone.send(VEHICLE, "Solicitar Importación", "Solicitud enviada", "alert")
-        assert phone.find("Año").text() == "2019", "the form was emptied"
-
-
-@story
-def credits_links(stage):
-    with stage.customer() as phone:
-        phone.sign_in(BRUNO, "2 Paquetes")
-        phone.enter("Dev")
-        for link, address in (("🌐 Sitio Web: corvandel.example", "https://corvandel.example/"),
-                              ("✉️ Correo: hola@corvandel.example", "mailto:hola@corvandel.example")):
-            assert phone.one_more(phone.opened, phone.press, link) == address, phone.opened()

@@ -1,6 +1,5 @@
 """What travels between the app and the service, to the byte."""
 
-from customer import DASHBOARD, EMAIL, PASSWORD
 from scripted import SCRIPTED_PORT, reply
 from stage import story
 
@@ -28,29 +27,3 @@ def bytes_on_the_wire(stage):
             assert names <= platform | own, names
             assert request.header("Host") == f"127.0.0.1:{SCRIPTED_PORT}"
             assert request.header("User-Agent") == "Mozilla/5.0", request.header("User-Agent")
-
-
-@story
-def one_post_whatever_happens(stage):
-    answers = [None, b"garbage", b"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n{", b"HTTP/1.1 200 OK\r\n"]
-    with stage.scripted(lambda request: answers[(len(server.posts()) - 1) % len(answers)]) as (phone, server):
-        phone.type(EMAIL, "a@x")
-        phone.type(PASSWORD, "b")
-        for _ in range(2 * len(answers)):
-            phone.one_more(server.posts, phone.press, "Iniciar Sesión")
-            phone.find("Error de credenciales")
-        # A further, good one: whatever might have been sent again has come by now.
-        answers[:] = [reply('{"status":"error","message":"Fin"}')]
-        phone.send({}, "Iniciar Sesión", "Fin")
-        assert len(server.posts()) == 9, len(server.posts())
-
-
-@story
-def infinite_weight(stage):
-    with stage.scripted(lambda request: reply('{"status":"success","id":"42"}')) as (phone, server):
-        phone.sign_in(("a@x", "b"), DASHBOARD)
-        phone.enter("Cotizar")
-        phone.send({"Peso (Lbs)": "inf"}, "Enviar Cotización", "Enviado con éxito")
-        post = server.posts()[-1]
-        assert post.line == "POST /api_cotizar.php HTTP/1.1" and post.body == b"", (post.line, post.body)
-        assert post.header("Content-Length") == "0" and post.header("Content-Type") == "application/json"

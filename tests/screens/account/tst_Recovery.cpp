@@ -18,7 +18,6 @@ private Q_SLOTS:
     void outcomeIsShown();
     void nothingIsSentWithoutAnAddressOrAfterCancelling();
     void lateReplyIsNotShownOnALaterScreen();
-    void messageThatComesBehindTheAlertIsAnnouncedAfterIt();
 
 private:
     static void open(const TestScreen &screen)
@@ -117,26 +116,6 @@ void RecoveryTest::lateReplyIsNotShownOnALaterScreen()
     QTRY_COMPARE(written, u"Revisa"_s);
     QTRY_VERIFY(!gone);
     QCOMPARE(screen.text(u"msg"_s), QString());
-}
-
-void RecoveryTest::messageThatComesBehindTheAlertIsAnnouncedAfterIt()
-{
-    server.reply("/api_recuperar.php", R"({"message":"Revisa tu correo"})");
-    const TestScreen screen("LoginView {}");
-    screen.press(u"iniciarSesion"_s);
-    const QQuickItem *const line = screen.find(u"msg"_s);
-    open(screen);
-    screen.type(screen.find(u"alertInput"_s), u"a@b"_s);
-    // It begins to show anew each time that it has something to tell.
-    QStringList told;
-    connect(line, &QQuickItem::visibleChanged, this, [&] {
-        if (line->isVisible() && line->isEnabled())
-            told.append(line->property("text").toString());
-    });
-    screen.key(Qt::Key_Return);
-    QTRY_VERIFY(screen.named(u"Revisa tu correo"_s));
-    QVERIFY(!screen.find(u"recuperarDialog"_s)->isVisible());
-    QTRY_COMPARE(told, QStringList(u"Revisa tu correo"_s));
 }
 
 MAROVENDA_TEST(RecoveryTest)
