@@ -62,10 +62,8 @@ private Q_SLOTS:
     void listingIsAskedForByNumber_data();
     void listingIsAskedForByNumber();
     void replyIsReadWhateverItsStatus();
-    void replyThatCannotBeReadIsAbsent_data();
     void replyThatCannotBeReadIsAbsent();
     void noConnectionIsAbsent();
-    void requestBelowAMalformedBaseIsNone_data();
     void requestBelowAMalformedBaseIsNone();
     void recordThatCannotBeWrittenIsSentWithoutABody();
     void recordIsWrittenBeforeTheCallReturns();
@@ -112,15 +110,11 @@ void ApiClientTest::requestIsPostedToTheEndpointGiven()
 
 void ApiClientTest::listingIsAskedForByNumber_data()
 {
-    QTest::addColumn<qint64>("userId");
-    QTest::addColumn<QByteArray>("path");
-    const auto add = [](qint64 id, const char *text) {
-        QTest::newRow(text) << id << QByteArray("/api_paquetes.php?user_id=") + text;
-    };
-    add(0, "0");
-    add(-3, "-3");
-    add(std::numeric_limits<qint64>::max(), "9223372036854775807");
-    add(std::numeric_limits<qint64>::min(), "-9223372036854775808");
+    const auto row = columns<qint64, QByteArray>("userId", "path");
+    row("zero", 0, "/api_paquetes.php?user_id=0");
+    row("negative", -3, "/api_paquetes.php?user_id=-3");
+    row("most", std::numeric_limits<qint64>::max(), "/api_paquetes.php?user_id=9223372036854775807");
+    row("least", std::numeric_limits<qint64>::min(), "/api_paquetes.php?user_id=-9223372036854775808");
 }
 
 void ApiClientTest::listingIsAskedForByNumber()
@@ -150,23 +144,15 @@ void ApiClientTest::replyIsReadWhateverItsStatus()
     }
 }
 
-void ApiClientTest::replyThatCannotBeReadIsAbsent_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::newRow("empty") << ""_ba;
-    QTest::newRow("page") << "<html></html>"_ba;
-    QTest::newRow("wrong type") << R"({"status":"success","id":42})"_ba;
-    QTest::newRow("cut") << R"({"status":"success")"_ba;
-}
-
 void ApiClientTest::replyThatCannotBeReadIsAbsent()
 {
-    QFETCH(const QByteArray, body);
-    for (const int status : {200, 500}) {
-        server.reply("/api_login.php", body, status);
-        const auto delivery = post<LoginResponse>(u"api_login.php"_s, LoginRequest());
-        QTRY_COMPARE(delivery->count, 1);
-        QVERIFY(!delivery->record);
+    for (const char *body : {"", "<html></html>", R"({"status":"success","id":42})", R"({"status":"success")"}) {
+        for (const int status : {200, 500}) {
+            server.reply("/api_login.php", body, status);
+            const auto delivery = post<LoginResponse>(u"api_login.php"_s, LoginRequest());
+            QTRY_COMPARE(delivery->count, 1);
+            QVERIFY2(!delivery->record, body);
+        }
     }
 }
 
@@ -184,26 +170,15 @@ void ApiClientTest::noConnectionIsAbsent()
     QVERIFY(!posted->record && !fetched->record);
 }
 
-void ApiClientTest::requestBelowAMalformedBaseIsNone_data()
-{
-    QTest::addColumn<QString>("base");
-    QTest::newRow("empty") << u""_s;
-    QTest::newRow("open bracket") << u"http://[bad/"_s;
-    QTest::newRow("blank in the host") << u"http://exa mple/"_s;
-    QTest::newRow("bad port") << u"http://127.0.0.1:99999/"_s;
-    QTest::newRow("no host") << u"http:///"_s;
-    QTest::newRow("no scheme") << u"127.0.0.1/"_s;
-    QTest::newRow("relative") << u"api/"_s;
-    QTest::newRow("bad escape") << u"http://127.0.0.1/%zz/"_s;
-    QTest::newRow("other scheme") << u"ftp://127.0.0.1/"_s;
-}
-
 /// The client takes its base address once, so this asks what it asks.
 void ApiClientTest::requestBelowAMalformedBaseIsNone()
 {
-    QFETCH(const QString, base);
-    QVERIFY(!ServiceRequests::post(base, u"api_login.php"_s, "{}"));
-    QVERIFY(!ServiceRequests::listing(base, 7));
+    for (const QString &base :
+         {u""_s, u"http://[bad/"_s, u"http://exa mple/"_s, u"http://127.0.0.1:99999/"_s, u"http:///"_s,
+          u"127.0.0.1/"_s, u"api/"_s, u"http://127.0.0.1/%zz/"_s, u"ftp://127.0.0.1/"_s}) {
+        QVERIFY2(!ServiceRequests::post(base, u"api_login.php"_s, "{}"), qPrintable(base));
+        QVERIFY2(!ServiceRequests::listing(base, 7), qPrintable(base));
+    }
 }
 
 void ApiClientTest::recordThatCannotBeWrittenIsSentWithoutABody()

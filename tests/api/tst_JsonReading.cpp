@@ -69,21 +69,18 @@ void JsonReadingTest::wrongTypeFailsTheWholeRead()
 
 void JsonReadingTest::errorsNameTheirPlace_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("error");
+    const auto row = columns<QByteArray, QString>("bytes", "error");
     QByteArray manyRows = "{\"paquetes\":[";
     for (int i = 0; i < 17; ++i)
         manyRows += "{},";
-    QTest::newRow("eighteenth row") << manyRows + R"({"tracking":7}]})"
-                                    << u"paquetes[17].tracking: number, must be text"_s;
-    QTest::newRow("row that is no object") << manyRows + R"("x"]})" << u"paquetes[17]: text, must be object"_s;
-    QTest::newRow("row that is null") << R"({"paquetes":[{},null]})"_ba << u"paquetes[1]: null, must be object"_s;
-    QTest::newRow("other list") << R"({"cotizaciones":[{"estado":[]}]})"_ba
-                                << u"cotizaciones[0].estado: array, must be text"_s;
-    QTest::newRow("first wrong field of several")
-        << R"({"cotizaciones":7,"avatar":7,"paquetes":7})"_ba << u"avatar: number, must be text"_s;
-    QTest::newRow("top level array") << "[]"_ba << u"array, must be object"_s;
-    QTest::newRow("top level null") << "null"_ba << u"null, must be object"_s;
+    row("eighteenth row", manyRows + R"({"tracking":7}]})", u"paquetes[17].tracking: number, must be text"_s);
+    row("row that is no object", manyRows + R"("x"]})", u"paquetes[17]: text, must be object"_s);
+    row("row that is null", R"({"paquetes":[{},null]})", u"paquetes[1]: null, must be object"_s);
+    row("other list", R"({"cotizaciones":[{"estado":[]}]})", u"cotizaciones[0].estado: array, must be text"_s);
+    row("first wrong field of several", R"({"cotizaciones":7,"avatar":7,"paquetes":7})",
+        u"avatar: number, must be text"_s);
+    row("top level array", "[]", u"array, must be object"_s);
+    row("top level null", "null", u"null, must be object"_s);
 }
 
 void JsonReadingTest::errorsNameTheirPlace()
@@ -150,13 +147,12 @@ void JsonReadingTest::escapedKeysAreTheSameKeys()
 
 void JsonReadingTest::lastOfTwoKeysCounts_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<std::optional<QString>>("id");
-    QTest::newRow("two texts") << R"({"id":"1","id":"2"})"_ba << std::optional(u"2"_s);
-    QTest::newRow("apart") << R"({"id":"1","status":"success","id":"2"})"_ba << std::optional(u"2"_s);
-    QTest::newRow("wrong, then right") << R"({"id":1,"id":"2"})"_ba << std::optional(u"2"_s);
-    QTest::newRow("text, then null") << R"({"id":"1","id":null})"_ba << std::optional<QString>();
-    QTest::newRow("null, then text") << R"({"id":null,"id":"2"})"_ba << std::optional(u"2"_s);
+    const auto row = columns<QByteArray, std::optional<QString>>("bytes", "id");
+    row("two texts", R"({"id":"1","id":"2"})", std::optional(u"2"_s));
+    row("apart", R"({"id":"1","status":"success","id":"2"})", std::optional(u"2"_s));
+    row("wrong, then right", R"({"id":1,"id":"2"})", std::optional(u"2"_s));
+    row("text, then null", R"({"id":"1","id":null})", std::optional<QString>());
+    row("null, then text", R"({"id":null,"id":"2"})", std::optional(u"2"_s));
 }
 
 void JsonReadingTest::lastOfTwoKeysCounts()
@@ -171,16 +167,15 @@ void JsonReadingTest::lastOfTwoKeysCounts()
 
 void JsonReadingTest::textIsReadExactly_data()
 {
-    QTest::addColumn<QByteArray>("token");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("empty") << R"("")"_ba << u""_s;
-    QTest::newRow("escapes") << R"("\"\\\/\b\f\n\r\t")"_ba << u"\"\\/\b\f\n\r\t"_s;
-    QTest::newRow("beyond the first plane") << "\"📦\""_ba << u"📦"_s;
-    QTest::newRow("escaped pair") << R"("\ud83d\uDCE6")"_ba << u"📦"_s;
-    QTest::newRow("zero inside") << R"("a\u0000b")"_ba << QString::fromLatin1("a\0b", 3);
-    QTest::newRow("mark at the start") << "\"\xEF\xBB\xBF\x61\""_ba << u"\uFEFFa"_s;
-    QTest::newRow("escaped mark at the start") << R"("\ufeffa")"_ba << u"\uFEFFa"_s;
-    QTest::newRow("last code point") << "\"\xF4\x8F\xBF\xBF\""_ba << QString::fromUcs4(U"\U0010FFFF");
+    const auto row = columns<QByteArray, QString>("token", "text");
+    row("empty", R"("")", u""_s);
+    row("escapes", R"("\"\\\/\b\f\n\r\t")", u"\"\\/\b\f\n\r\t"_s);
+    row("beyond the first plane", "\"📦\"", u"📦"_s);
+    row("escaped pair", R"("\ud83d\uDCE6")", u"📦"_s);
+    row("zero inside", R"("a\u0000b")", QString::fromLatin1("a\0b", 3));
+    row("mark at the start", "\"\xEF\xBB\xBF\x61\"", u"\uFEFFa"_s);
+    row("escaped mark at the start", R"("\ufeffa")", u"\uFEFFa"_s);
+    row("last code point", "\"\xF4\x8F\xBF\xBF\"", QString::fromUcs4(U"\U0010FFFF"));
 }
 
 void JsonReadingTest::textIsReadExactly()
@@ -196,11 +191,8 @@ void JsonReadingTest::textIsReadExactly()
 
 void JsonReadingTest::wholeNumbersAreExact_data()
 {
-    QTest::addColumn<QByteArray>("token");
-    QTest::addColumn<std::optional<qint64>>("number");
-    const auto add = [](const char *token, std::optional<qint64> number) {
-        QTest::newRow(token) << QByteArray(token) << number;
-    };
+    const auto row = columns<QByteArray, std::optional<qint64>>("token", "number");
+    const auto add = [&row](const char *token, std::optional<qint64> number) { row(token, token, number); };
     add("0", 0);
     add("-0", 0);
     add("-1", -1);
@@ -228,9 +220,8 @@ void JsonReadingTest::wholeNumbersAreExact()
 
 void JsonReadingTest::doublesTakeEveryNumber_data()
 {
-    QTest::addColumn<QByteArray>("token");
-    QTest::addColumn<double>("number");
-    const auto add = [](const char *token, double number) { QTest::newRow(token) << QByteArray(token) << number; };
+    const auto row = columns<QByteArray, double>("token", "number");
+    const auto add = [&row](const char *token, double number) { row(token, token, number); };
     add("0", 0);
     add("-0.0", -0.0);
     add("2.5", 2.5);

@@ -17,7 +17,6 @@ private Q_SLOTS:
     void textIsEscaped_data();
     void textIsEscaped();
     void everyCodePointReadsBack();
-    void longTextsAreWrittenWhole_data();
     void longTextsAreWrittenWhole();
     void textIsEscapedWhereverItStands_data();
     void textIsEscapedWhereverItStands();
@@ -25,7 +24,6 @@ private Q_SLOTS:
     void wholeNumbersAreExact();
     void doublesReadBackToTheBit_data();
     void doublesReadBackToTheBit();
-    void doubleThatIsNotFiniteRefusesTheRecord_data();
     void doubleThatIsNotFiniteRefusesTheRecord();
 
 private:
@@ -43,26 +41,20 @@ private:
 
 void JsonWritingTest::textIsEscaped_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QByteArray>("token");
-
-    QTest::newRow("slash") << u"a/b//"_s << R"("a\/b\/\/")"_ba;
-    QTest::newRow("quote") << u"\"a\""_s << R"("\"a\"")"_ba;
-    QTest::newRow("backslash") << u"\\/\\"_s << R"("\\\/\\")"_ba;
-    QTest::newRow("line breaks and tabs") << u"\r\n\t\b\f"_s << R"("\r\n\t\b\f")"_ba;
-    QTest::newRow("zero") << QString(QChar(0)) << R"("\u0000")"_ba;
-    QTest::newRow("delete stands for itself") << u"\u007f"_s << "\"\x7f\""_ba;
-    QTest::newRow("beyond the first plane") << u"📦𝒳"_s << "\"\xF0\x9F\x93\xA6\xF0\x9D\x92\xB3\""_ba;
-    QTest::newRow("lone high surrogate") << QString(QChar(0xD83D)) << "\"\xEF\xBF\xBD\""_ba;
-    QTest::newRow("lone low surrogate") << QString(QChar(0xDCE6)) + u'a' << "\"\xEF\xBF\xBD\x61\""_ba;
-    QTest::newRow("two high surrogates") << QString(QChar(0xD83D)) + u"📦"_s << "\"\xEF\xBF\xBD\xF0\x9F\x93\xA6\""_ba;
+    const auto row = columns<QString, QByteArray>("text", "token");
+    row("line breaks and tabs", u"\r\n\t\b\f"_s, R"("\r\n\t\b\f")");
+    row("zero", QString(QChar(0)), R"("\u0000")");
+    row("beyond the first plane", u"📦𝒳"_s, "\"\xF0\x9F\x93\xA6\xF0\x9D\x92\xB3\"");
+    row("lone high surrogate", QString(QChar(0xD83D)), "\"\xEF\xBF\xBD\"");
+    row("lone low surrogate", QString(QChar(0xDCE6)) + u'a', "\"\xEF\xBF\xBD\x61\"");
+    row("two high surrogates", QString(QChar(0xD83D)) + u"📦"_s, "\"\xEF\xBF\xBD\xF0\x9F\x93\xA6\"");
     // As many as are looked at together.
-    QTest::newRow("16 slashes") << QString(16, u'/') << '"' + R"(\/)"_ba.repeated(16) + '"';
-    QTest::newRow("16 quotes") << QString(16, u'"') << '"' + R"(\")"_ba.repeated(16) + '"';
-    QTest::newRow("16 backslashes") << QString(16, u'\\') << '"' + R"(\\)"_ba.repeated(16) + '"';
-    QTest::newRow("16 of two bytes") << QString(16, QChar(0x80)) << '"' + "\xC2\x80"_ba.repeated(16) + '"';
-    QTest::newRow("empty") << u""_s << R"("")"_ba;
-    QTest::newRow("null") << QString() << R"("")"_ba;
+    row("16 slashes", QString(16, u'/'), '"' + R"(\/)"_ba.repeated(16) + '"');
+    row("16 quotes", QString(16, u'"'), '"' + R"(\")"_ba.repeated(16) + '"');
+    row("16 backslashes", QString(16, u'\\'), '"' + R"(\\)"_ba.repeated(16) + '"');
+    row("16 of two bytes", QString(16, QChar(0x80)), '"' + "\xC2\x80"_ba.repeated(16) + '"');
+    row("empty", u""_s, R"("")");
+    row("null", QString(), R"("")");
 }
 
 void JsonWritingTest::textIsEscaped()
@@ -84,34 +76,23 @@ void JsonWritingTest::everyCodePointReadsBack()
     QVERIFY(Json::read<RecuperarRequest>(bytes).record->email == all);
 }
 
-void JsonWritingTest::longTextsAreWrittenWhole_data()
-{
-    QTest::addColumn<QString>("piece");
-    QTest::newRow("letters") << u"a"_s;
-    QTest::newRow("accents") << u"ñ"_s;
-    QTest::newRow("slashes") << u"/"_s;
-    QTest::newRow("pairs at odd places") << u"a📦"_s;
-    QTest::newRow("letters with a rare escape") << u"abcdefghijklmnopqrstuvwxyz0123456789/"_s;
-}
-
 void JsonWritingTest::longTextsAreWrittenWhole()
 {
-    QFETCH(const QString, piece);
-    // The lengths at which the writer makes new room, and those around them.
-    for (const qsizetype length : {1, 16383, 16384, 16385, 32767, 32768, 32769, 49153, 200001}) {
-        const QString text = u"-"_s + piece.repeated(length / piece.size() + 1);
-        QVERIFY(QJsonDocument::fromJson(written(RecuperarRequest{text})).object().value("email"_L1).toString() ==
-                text);
+    // Letters, accents, slashes, pairs at odd places, and letters with a rare escape; of the lengths at which the
+    // writer makes new room, and those around them.
+    for (const QString &piece : {u"a"_s, u"ñ"_s, u"/"_s, u"a📦"_s, u"abcdefghijklmnopqrstuvwxyz0123456789/"_s}) {
+        for (const qsizetype length : {1, 16383, 16384, 16385, 32767, 32768, 32769, 49153, 200001}) {
+            const QString text = u"-"_s + piece.repeated(length / piece.size() + 1);
+            const QJsonObject read = QJsonDocument::fromJson(written(RecuperarRequest{text})).object();
+            QVERIFY2(read.value("email"_L1).toString() == text, qUtf8Printable(piece));
+        }
     }
 }
 
 void JsonWritingTest::textIsEscapedWhereverItStands_data()
 {
-    QTest::addColumn<QString>("character");
-    QTest::addColumn<QByteArray>("written");
-    const auto add = [](const QString &character, const char *written) {
-        QTest::newRow(written) << character << QByteArray(written);
-    };
+    const auto row = columns<QString, QByteArray>("character", "written");
+    const auto add = [&row](const QString &character, const char *written) { row(written, character, written); };
     add(u"\""_s, R"(\")");
     add(u"\\"_s, R"(\\)");
     add(u"/"_s, R"(\/)");
@@ -137,13 +118,12 @@ void JsonWritingTest::textIsEscapedWhereverItStands()
 
 void JsonWritingTest::wholeNumbersAreExact_data()
 {
-    QTest::addColumn<qint64>("number");
-    QTest::addColumn<QByteArray>("token");
-    QTest::newRow("least") << std::numeric_limits<qint64>::min() << "-9223372036854775808"_ba;
-    QTest::newRow("most") << std::numeric_limits<qint64>::max() << "9223372036854775807"_ba;
-    QTest::newRow("zero") << qint64(0) << "0"_ba;
-    QTest::newRow("minus one") << qint64(-1) << "-1"_ba;
-    QTest::newRow("beyond a double's whole numbers") << qint64(9007199254740993) << "9007199254740993"_ba;
+    const auto row = columns<qint64, QByteArray>("number", "token");
+    row("least", std::numeric_limits<qint64>::min(), "-9223372036854775808");
+    row("most", std::numeric_limits<qint64>::max(), "9223372036854775807");
+    row("zero", qint64(0), "0");
+    row("minus one", qint64(-1), "-1");
+    row("beyond a double's whole numbers", qint64(9007199254740993), "9007199254740993");
 }
 
 void JsonWritingTest::wholeNumbersAreExact()
@@ -184,22 +164,15 @@ void JsonWritingTest::doublesReadBackToTheBit()
              std::bit_cast<quint64>(number + 0.0));
 }
 
-void JsonWritingTest::doubleThatIsNotFiniteRefusesTheRecord_data()
-{
-    QTest::addColumn<double>("number");
-    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN();
-    QTest::newRow("minus not a number") << -std::numeric_limits<double>::quiet_NaN();
-    QTest::newRow("signalling") << std::bit_cast<double>(quint64(0x7FF0000000000001));
-    QTest::newRow("infinity") << std::numeric_limits<double>::infinity();
-    QTest::newRow("minus infinity") << -std::numeric_limits<double>::infinity();
-}
-
 void JsonWritingTest::doubleThatIsNotFiniteRefusesTheRecord()
 {
-    QFETCH(const double, number);
-    QVERIFY(!Json::write(with(&CotizacionRequest::peso, number)));
-    QVERIFY(!Json::write(with(&CotizacionRequest::valor, number)));
-    QVERIFY(!Json::write(with(&CotizacionRequest::peso, number, &CotizacionRequest::valor, number)));
+    using Limits = std::numeric_limits<double>;
+    for (const double number : {Limits::quiet_NaN(), -Limits::quiet_NaN(), std::bit_cast<double>(0x7FF0000000000001),
+                                Limits::infinity(), -Limits::infinity()}) {
+        QVERIFY(!Json::write(with(&CotizacionRequest::peso, number)));
+        QVERIFY(!Json::write(with(&CotizacionRequest::valor, number)));
+        QVERIFY(!Json::write(with(&CotizacionRequest::peso, number, &CotizacionRequest::valor, number)));
+    }
     QVERIFY(Json::write(with(&CotizacionRequest::peso, 1)));
 }
 

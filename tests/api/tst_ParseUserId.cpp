@@ -15,9 +15,8 @@ private Q_SLOTS:
 
 void ParseUserIdTest::readsDecimalIntegersOnly_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<qint64>("number");
-    const auto row = [](const QString &text, qint64 number) { QTest::newRow(qPrintable(text)) << text << number; };
+    const auto add = columns<QString, qint64>("text", "number");
+    const auto row = [&add](const QString &text, qint64 number) { add(text.toUtf8(), text, number); };
     row(u"42"_s, 42);
     row(u"0"_s, 0);
     row(u"+42"_s, 42);
