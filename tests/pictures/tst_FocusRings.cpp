@@ -69,14 +69,13 @@ private:
 
 void FocusRingsTest::everyStopOfTheTabKeyHasAClosedRing_data()
 {
-    QTest::addColumn<QByteArray>("scene");
-    QTest::addColumn<double>("textScale");
+    const auto row = columns<QByteArray, double>("scene", "textScale");
     // One state of each screen; the others have no more stops.
     for (const char *const name : {"ingreso", "recuperar", "registro", "perfil", "fotos", "panel", "cotizar", "autos",
                                    "casillero", "paquetes", "cotizaciones-vacio", "creditos"}) {
         const QByteArray scene(name);
-        QTest::newRow(scene + "-390") << scene << 1.0;
-        QTest::newRow(scene + "-text200") << scene << 2.0;
+        row(scene + "-390", scene, 1.0);
+        row(scene + "-text200", scene, 2.0);
     }
 }
 

@@ -65,16 +65,13 @@ void DeveloperViewTest::tapAnywhereOnALinkOpensItsAddress()
 
 void DeveloperViewTest::targetThatFormsNoLinkIsLeftOut_data()
 {
-    QTest::addColumn<QString>("site");
-    QTest::addColumn<QString>("mail");
-    QTest::addColumn<bool>("siteShown");
-    QTest::addColumn<bool>("mailShown");
+    const auto row = columns<QString, QString, bool, bool>("site", "mail", "siteShown", "mailShown");
     const QString goodMail = u"hola@corvandel.example"_s;
     const QString goodSite = u"https://corvandel.example/"_s;
-    QTest::newRow("malformed host") << u"https://[corvandel"_s << goodMail << false << true;
-    QTest::newRow("no site") << QString() << goodMail << false << true;
-    QTest::newRow("no mail") << goodSite << QString() << true << false;
-    QTest::newRow("neither") << u"https://["_s << QString() << false << false;
+    row("malformed host", u"https://[corvandel"_s, goodMail, false, true);
+    row("no site", QString(), goodMail, false, true);
+    row("no mail", goodSite, QString(), true, false);
+    row("neither", u"https://["_s, QString(), false, false);
 }
 
 void DeveloperViewTest::targetThatFormsNoLinkIsLeftOut()

@@ -38,22 +38,21 @@ void LinksTest::cleanup()
 
 void LinksTest::onlyAddressesOfHttpsAndMailtoLeave_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QByteArray>("address");
-    QTest::newRow("plain") << u"https://track.example/MRV-1"_s << QByteArray("https://track.example/MRV-1");
-    QTest::newRow("blanks") << u"https://track.example/MRV 1 2"_s << QByteArray("https://track.example/MRV%201%202");
-    QTest::newRow("accents") << u"https://track.example/ñ"_s << QByteArray("https://track.example/%C3%B1");
-    QTest::newRow("query") << u"https://track.example/a?b=c#d"_s << QByteArray("https://track.example/a?b=c#d");
-    QTest::newRow("escaped") << u"https://track.example/%41%2F"_s << QByteArray("https://track.example/A%2F");
-    QTest::newRow("stray percent") << u"https://track.example/100%"_s << QByteArray("https://track.example/100%25");
-    QTest::newRow("mail") << u"mailto:hola@corvandel.example"_s << QByteArray("mailto:hola@corvandel.example");
-    QTest::newRow("no host") << u"https:///MRV-1"_s << QByteArray();
-    QTest::newRow("malformed host") << u"https://[track.example/MRV-1"_s << QByteArray();
-    QTest::newRow("malformed port") << u"https://track.example:port/MRV-1"_s << QByteArray();
-    QTest::newRow("relative") << u"MRV-1"_s << QByteArray();
-    QTest::newRow("empty") << QString() << QByteArray();
+    const auto row = columns<QString, QByteArray>("text", "address");
+    row("plain", u"https://track.example/MRV-1"_s, "https://track.example/MRV-1");
+    row("blanks", u"https://track.example/MRV 1 2"_s, "https://track.example/MRV%201%202");
+    row("accents", u"https://track.example/ñ"_s, "https://track.example/%C3%B1");
+    row("query", u"https://track.example/a?b=c#d"_s, "https://track.example/a?b=c#d");
+    row("escaped", u"https://track.example/%41%2F"_s, "https://track.example/A%2F");
+    row("stray percent", u"https://track.example/100%"_s, "https://track.example/100%25");
+    row("mail", u"mailto:hola@corvandel.example"_s, "mailto:hola@corvandel.example");
+    row("no host", u"https:///MRV-1"_s, "");
+    row("malformed host", u"https://[track.example/MRV-1"_s, "");
+    row("malformed port", u"https://track.example:port/MRV-1"_s, "");
+    row("relative", u"MRV-1"_s, "");
+    row("empty", QString(), "");
     for (const char *other : {"http://track.example/1", "file:///etc/passwd", "javascript:alert(1)", "tel:123"})
-        QTest::newRow(other) << QString::fromLatin1(other) << QByteArray();
+        row(other, QString::fromLatin1(other), "");
 }
 
 void LinksTest::onlyAddressesOfHttpsAndMailtoLeave()

@@ -118,17 +118,15 @@ private:
 
 void PlatformSettingsTest::motionIsReducedWhereTheDesktopSaysSo_data()
 {
-    QTest::addColumn<QVariant>("animations");
-    QTest::addColumn<QVariant>("motion");
-    QTest::addColumn<bool>("reduced");
+    const auto row = columns<QVariant, QVariant, bool>("animations", "motion", "reduced");
     const QVariant nothing;
-    QTest::newRow("nobody says") << nothing << nothing << false;
-    QTest::newRow("animations off") << QVariant(false) << nothing << true;
-    QTest::newRow("reduced") << nothing << QVariant(1u) << true;
+    row("nobody says", nothing, nothing, false);
+    row("animations off", QVariant(false), nothing, true);
+    row("reduced", nothing, QVariant(1u), true);
     // Either is enough.
-    QTest::newRow("animations off, not reduced") << QVariant(false) << QVariant(0u) << true;
-    QTest::newRow("animations on, reduced") << QVariant(true) << QVariant(1u) << true;
-    QTest::newRow("animations on, not reduced") << QVariant(true) << QVariant(0u) << false;
+    row("animations off, not reduced", QVariant(false), QVariant(0u), true);
+    row("animations on, reduced", QVariant(true), QVariant(1u), true);
+    row("animations on, not reduced", QVariant(true), QVariant(0u), false);
 }
 
 void PlatformSettingsTest::motionIsReducedWhereTheDesktopSaysSo()
@@ -192,12 +190,10 @@ void PlatformSettingsTest::nothingMovesWhenMotionIsReduced()
 
 void PlatformSettingsTest::photoPickerIsThePortals_data()
 {
-    QTest::addColumn<QByteArray>("theme");
-    QTest::addColumn<QVariant>("fileChooser");
-    QTest::addColumn<bool>("offered");
-    QTest::newRow("portal") << QByteArray("xdgdesktopportal") << QVariant(4u) << true;
-    QTest::newRow("portal without a file chooser") << QByteArray("xdgdesktopportal") << QVariant() << false;
-    QTest::newRow("another theme") << QByteArray("gtk3") << QVariant(4u) << false;
+    const auto row = columns<QByteArray, QVariant, bool>("theme", "fileChooser", "offered");
+    row("portal", QByteArray("xdgdesktopportal"), QVariant(4u), true);
+    row("portal without a file chooser", QByteArray("xdgdesktopportal"), QVariant(), false);
+    row("another theme", QByteArray("gtk3"), QVariant(4u), false);
 }
 
 void PlatformSettingsTest::photoPickerIsThePortals()
