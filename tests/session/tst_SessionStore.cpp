@@ -15,7 +15,6 @@ using Stores::Watched;
 class SessionStoreTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void newStoreHasNoValues();
     void writtenValuesAreThereAfterARestart_data();
     void writtenValuesAreThereAfterARestart();
     void storeOfAReleaseIsOpened_data();
@@ -30,16 +29,6 @@ private Q_SLOTS:
     void longLogIsShortenedWhenAsked();
     void endlessLogIsShortenedByItself();
 };
-
-void SessionStoreTest::newStoreHasNoValues()
-{
-    const Folder folder;
-    Watched store(folder.path());
-    QCOMPARE(store.values(), Values());
-    QVERIFY(!store.replaced);
-    QCOMPARE(store.reports, QStringList());
-    QVERIFY(QFile::exists(folder.file()));
-}
 
 void SessionStoreTest::writtenValuesAreThereAfterARestart_data()
 {

@@ -16,7 +16,7 @@ class SessionStoreDamageTest : public QObject {
 private Q_SLOTS:
     void foreignFileIsMovedAside_data();
     void foreignFileIsMovedAside();
-    void emptyFileBecomesAStore();
+    void missingOrEmptyFileBecomesAStore();
     void databaseChangedFromOutsideIsMovedAside_data();
     void databaseChangedFromOutsideIsMovedAside();
     void lostRowIsNotWritten();
@@ -89,16 +89,20 @@ void SessionStoreDamageTest::foreignFileIsMovedAside()
     expectReplaced(folder, store, bytes);
 }
 
-void SessionStoreDamageTest::emptyFileBecomesAStore()
+void SessionStoreDamageTest::missingOrEmptyFileBecomesAStore()
 {
-    const Folder folder;
-    folder.put({});
-    Watched store(folder.path());
-    QCOMPARE(store.values(), Values());
-    QVERIFY(!store.replaced);
-    QCOMPARE(store.reports, QStringList());
-    QVERIFY(store.write(Stores::sample));
-    QCOMPARE(Watched(folder.path()).values(), Stores::sample);
+    for (const bool empty : {false, true}) {
+        const Folder folder;
+        if (empty)
+            folder.put({});
+        Watched store(folder.path());
+        QCOMPARE(store.values(), Values());
+        QVERIFY(!store.replaced);
+        QCOMPARE(store.reports, QStringList());
+        QVERIFY(QFile::exists(folder.file()));
+        QVERIFY(store.write(Stores::sample));
+        QCOMPARE(Watched(folder.path()).values(), Stores::sample);
+    }
 }
 
 void SessionStoreDamageTest::databaseChangedFromOutsideIsMovedAside_data()

@@ -36,7 +36,6 @@ private Q_SLOTS:
     void headerFollowsTheSession();
     void signOutWritesTheNumberOnly();
     void focusedTileIsBroughtIntoView();
-    void captionsOfTilesAreNotBrokenWithinAWord_data();
     void captionsOfTilesAreNotBrokenWithinAWord();
     void tappedButtonIsNotScrolledTo();
 
@@ -351,26 +350,20 @@ void DashboardViewTest::focusedTileIsBroughtIntoView()
     QCOMPARE(screen.find(u"tileScroll"_s)->property("contentX").toReal(), 0);
 }
 
-void DashboardViewTest::captionsOfTilesAreNotBrokenWithinAWord_data()
-{
-    QTest::addColumn<double>("textScale");
-    for (const double scale : {1.0, 3.0})
-        QTest::addRow("%.1f", scale) << scale;
-}
-
 void DashboardViewTest::captionsOfTilesAreNotBrokenWithinAWord()
 {
-    QFETCH(const double, textScale);
-    const TextScale scale(textScale);
-    const TestScreen screen(view);
-    for (const QString &caption : {u"Casillero"_s, u"Cotizar"_s, u"Autos"_s, u"Perfil"_s, u"Dev"_s}) {
-        const QQuickItem *const tile = screen.named(caption);
-        const QQuickItem *const text = tile->property("contentItem").value<QQuickItem *>()->childItems().last();
-        QCOMPARE(text->property("text").toString(), caption);
-        QCOMPARE(text->property("lineCount").toInt(), 1);
-        // No wider than the word needs.
-        const qreal word = text->property("contentWidth").toReal();
-        QVERIFY2(tile->width() >= 64 && tile->width() <= std::max(word + 1, 64.0), qUtf8Printable(caption));
+    for (const double textScale : {1.0, 3.0}) {
+        const TextScale scale(textScale);
+        const TestScreen screen(view);
+        for (const QString &caption : {u"Casillero"_s, u"Cotizar"_s, u"Autos"_s, u"Perfil"_s, u"Dev"_s}) {
+            const QQuickItem *const tile = screen.named(caption);
+            const QQuickItem *const text = tile->property("contentItem").value<QQuickItem *>()->childItems().last();
+            QCOMPARE(text->property("text").toString(), caption);
+            QCOMPARE(text->property("lineCount").toInt(), 1);
+            // No wider than the word needs.
+            const qreal word = text->property("contentWidth").toReal();
+            QVERIFY2(tile->width() >= 64 && tile->width() <= std::max(word + 1, 64.0), qUtf8Printable(caption));
+        }
     }
 }
 
