@@ -22,9 +22,7 @@ private Q_SLOTS:
     void bodyIsSentAsItIs();
     void statusAndHeadersAreKnown();
     void observerSeesTheExchangeFromItsStart();
-    void redirectIsNotFollowed();
     void noCookieIsSentBack();
-    void challengeIsNotAnswered();
     void brokenConnectionIsNotTriedAgain();
     void manyExchangesRunAtOnce();
 
@@ -116,22 +114,6 @@ void HttpTransportTest::observerSeesTheExchangeFromItsStart()
     QTRY_COMPARE(seen, (QStringList{u"in time"_s, u"sent"_s, u"finished"_s, u"b"_s}));
 }
 
-void HttpTransportTest::redirectIsNotFollowed()
-{
-    ScriptedServer other;
-    server.on("/a", [&](const auto &, const auto &answer) {
-        answer->send("moved", 307, "Location: " + other.baseUrl().toUtf8() + "a\r\n");
-    });
-    for (const HttpRequest &request : {post(server, R"({"password":"x"})"), get(server)}) {
-        const auto outcome = send(request);
-        QVERIFY(completed(outcome));
-        QCOMPARE(outcome->reply.status, 307);
-        QCOMPARE(outcome->reply.body, "moved");
-    }
-    QCOMPARE(server.requests().size(), 2);
-    QCOMPARE(other.connections(), 0);
-}
-
 void HttpTransportTest::noCookieIsSentBack()
 {
     server.on("/a", [](const auto &, const auto &answer) {
@@ -144,18 +126,6 @@ void HttpTransportTest::noCookieIsSentBack()
     QCOMPARE(server.requests().size(), 3);
     for (const auto &request : server.requests())
         QVERIFY(request.header("Cookie").isNull());
-}
-
-void HttpTransportTest::challengeIsNotAnswered()
-{
-    server.on("/a", [](const auto &, const auto &answer) {
-        answer->send(R"({"status":"error"})", 401, "WWW-Authenticate: Basic realm=\"a\"\r\n");
-    });
-    const auto outcome = send(post(server, R"({"password":"x"})"));
-    QVERIFY(completed(outcome));
-    QCOMPARE(outcome->reply.body, "{\"status\":\"error\"}");
-    QCOMPARE(server.requests().size(), 1);
-    QVERIFY(server.requests().first().header("Authorization").isNull());
 }
 
 void HttpTransportTest::brokenConnectionIsNotTriedAgain()
