@@ -189,20 +189,13 @@ class RecordsTest(ProgramTest):
         self.assertEqual(warnings(report), [f'{L}: message: absent: the customer sees "Error de credenciales"'])
 
     def test_forms_fail_on_any_other_status(self):
-        for endpoint in ("api_cotizar.php", "api_auto.php", "api_perfil.php", "api_recuperar.php"):
-            for reply, line in [
-                ({"status": "error", "message": "Espere"}, 'status: "error": the service refuses, saying "Espere"'),
-                ({"message": "Espere"}, "status: absent, which counts as a failure"),
-            ]:
-                with self.subTest(endpoint + line), Server({endpoint: reply}) as server:
-                    self.assertEqual(faults(self.check(server, "--write", status=1)), [f"{endpoint}: {line}"])
-
-    def test_registration_that_is_refused_is_a_fault(self):
-        for reply, line in (({"status": "error", "message": "Ya existe"},
-                             'status: "error": the service refuses, saying "Ya existe"'),
-                            ({**DONE, "id": 43}, "id: number, must be text")):
-            with Server({"api_registro.php": reply}) as server:
-                self.assertEqual(faults(self.check(server, "--write", status=1)), [f"api_registro.php: {line}"])
+        refused = {"status": "error", "message": "Espere"}, 'status: "error": the service refuses, saying "Espere"'
+        absent = {"message": "Espere"}, "status: absent, which counts as a failure"
+        number = {**DONE, "id": 43}, "id: number, must be text"
+        cases = [(f"api_{form}.php", case) for form in ("cotizar", "auto", "perfil", "recuperar") for case in (refused, absent)]
+        for endpoint, (reply, line) in [*cases, ("api_registro.php", refused), ("api_registro.php", number)]:
+            with self.subTest(endpoint + line), Server({endpoint: reply}) as server:
+                self.assertEqual(faults(self.check(server, "--write", status=1)), [f"{endpoint}: {line}"])
 
 
 if __name__ == "__main__":

@@ -25,7 +25,6 @@ private Q_SLOTS:
     void customerIsToldInOrderWhenAllIsThere();
     void customerIsStoredAtOnce();
     void signingOutKeepsTheRest();
-    void withoutAStoreTheValuesLiveOn_data();
     void withoutAStoreTheValuesLiveOn();
     void damagedStoreStartsSignedOut();
     void damagedStoreThatCannotBeMovedStartsSignedOut();
@@ -247,36 +246,31 @@ void SessionTest::signingOutKeepsTheRest()
     QCOMPARE(session.userAvatarData(), "photo"_ba);
 }
 
-void SessionTest::withoutAStoreTheValuesLiveOn_data()
-{
-    QTest::addColumn<bool>("later");
-    QTest::newRow("no folder for it") << false;
-    QTest::newRow("a later version's") << true;
-}
-
 void SessionTest::withoutAStoreTheValuesLiveOn()
 {
-    QFETCH(const bool, later);
-    const Folder folder;
-    folder.fill();
-    Stores::run(folder.file(), later ? "PRAGMA user_version = 2" : "");
-    const QString directory = later ? folder.path() : folder.file();
-    const auto files = folder.files();
-    {
-        Session session(directory);
-        expectNobody(session);
-        const Observer observer(session);
-        signIn(session);
-        session.setUserEmail(u"b@b.example"_s);
-        QCOMPARE(session.userId(), 42);
-        QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
-        QCOMPARE(session.userEmail(), u"b@b.example"_s);
-        QCOMPARE(session.userAvatarData(), "photo"_ba);
-        QCOMPARE(observer.counts(), (QList<qsizetype>{1, 1, 2, 1}));
+    // A file in the place of its folder, and a later version's store.
+    for (const bool later : {false, true}) {
+        const Folder folder;
+        folder.fill();
+        Stores::run(folder.file(), later ? "PRAGMA user_version = 2" : "");
+        const QString directory = later ? folder.path() : folder.file();
+        const auto files = folder.files();
+        {
+            Session session(directory);
+            expectNobody(session);
+            const Observer observer(session);
+            signIn(session);
+            session.setUserEmail(u"b@b.example"_s);
+            QCOMPARE(session.userId(), 42);
+            QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
+            QCOMPARE(session.userEmail(), u"b@b.example"_s);
+            QCOMPARE(session.userAvatarData(), "photo"_ba);
+            QCOMPARE(observer.counts(), (QList<qsizetype>{1, 1, 2, 1}));
+        }
+        QVERIFY(folder.files() == files);
+        Session again(directory);
+        expectNobody(again);
     }
-    QVERIFY(folder.files() == files);
-    Session again(directory);
-    expectNobody(again);
 }
 
 void SessionTest::damagedStoreStartsSignedOut()

@@ -22,7 +22,6 @@ private Q_SLOTS:
     void thisReleasesStoreIsKept();
     void writingFollowsAStoreThatWasReplaced();
     void writingMakesADeletedStoreAnew();
-    void readableByTheUserAlone_data();
     void readableByTheUserAlone();
     void openToOthersIsClosedAgain();
     void missingFoldersAreMade();
@@ -113,34 +112,23 @@ void SessionStoreTest::writingMakesADeletedStoreAnew()
     QCOMPARE(Watched(folder.path()).store->read(Key::UserNombre), "Eva"_ba);
 }
 
-void SessionStoreTest::readableByTheUserAlone_data()
-{
-    QTest::addColumn<int>("mask");
-    QTest::newRow("usual") << 0022;
-    QTest::newRow("open to all") << 0000;
-    QTest::newRow("open to the group") << 0007;
-    QTest::newRow("closed") << 0077;
-    QTest::newRow("closed to the user too") << 0777;
-}
-
 void SessionStoreTest::readableByTheUserAlone()
 {
-    QFETCH(const int, mask);
-    const Folder folder;
-    const mode_t before = umask(static_cast<mode_t>(mask));
-    Watched store(folder.path());
-    const bool written = store.write(Stores::sample);
-    umask(before);
-
-    QVERIFY2(written, qPrintable(store.reports.join(u'\n')));
     const auto mode = [](const QString &path) {
         struct stat found = {};
         return stat(QFile::encodeName(path).constData(), &found) == 0 ? found.st_mode & 07777U : 0U;
     };
-    QCOMPARE(mode(folder.path()), 0700U);
-    QCOMPARE(mode(folder.file()), 0600U);
-    QCOMPARE(mode(folder.file(u"-wal"_s)), 0600U);
-    QCOMPARE(mode(folder.file(u"-shm"_s)), 0600U);
+    for (const mode_t mask : {0022, 0000, 0007, 0077, 0777}) {
+        const Folder folder;
+        const mode_t before = umask(mask);
+        Watched store(folder.path());
+        const bool written = store.write(Stores::sample);
+        umask(before);
+        QVERIFY2(written, qPrintable(store.reports.join(u'\n')));
+        QCOMPARE(mode(folder.path()), 0700U);
+        for (const QString &suffix : {QString(), u"-wal"_s, u"-shm"_s})
+            QCOMPARE(mode(folder.file(suffix)), 0600U);
+    }
 }
 
 void SessionStoreTest::openToOthersIsClosedAgain()

@@ -16,7 +16,6 @@ using namespace Qt::StringLiterals;
 class FieldsTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void hintGivesWayToText_data();
     void hintGivesWayToText();
     void unfinishedTextReachesTheBoundText();
     void unfinishedTextStaysUntilItIsReplaced();
@@ -51,30 +50,24 @@ private:
     }
 };
 
-void FieldsTest::hintGivesWayToText_data()
-{
-    QTest::addColumn<QString>("name");
-    for (const char *name : {"plain", "number", "secret"})
-        QTest::newRow(name) << QString::fromLatin1(name);
-}
-
 void FieldsTest::hintGivesWayToText()
 {
-    QFETCH(const QString, name);
     TestScreen screen(fields());
-    QQuickItem *const field = screen.find(name);
-    const QString hint = field->property("hint").toString();
-    screen.tap(field);
-    QVERIFY(screen.texts(field).contains(hint));
-    TestScreen::compose(field, u"n"_s);
-    QVERIFY(!screen.texts(field).contains(hint));
-    QCOMPARE(field->property("text").toString(), QString());
-    TestScreen::compose(field, {});
-    QVERIFY(screen.texts(field).contains(hint));
-    screen.type(field, u"1"_s);
-    QVERIFY(!screen.texts(field).contains(hint));
-    // It stays the name that is heard.
-    QCOMPARE(screen.named(hint), field);
+    for (const QString &name : {u"plain"_s, u"number"_s, u"secret"_s}) {
+        QQuickItem *const field = screen.find(name);
+        const QString hint = field->property("hint").toString();
+        screen.tap(field);
+        QVERIFY(screen.texts(field).contains(hint));
+        TestScreen::compose(field, u"n"_s);
+        QVERIFY(!screen.texts(field).contains(hint));
+        QCOMPARE(field->property("text").toString(), QString());
+        TestScreen::compose(field, {});
+        QVERIFY(screen.texts(field).contains(hint));
+        screen.type(field, u"1"_s);
+        QVERIFY(!screen.texts(field).contains(hint));
+        // It stays the name that is heard.
+        QCOMPARE(screen.named(hint), field);
+    }
 }
 
 void FieldsTest::unfinishedTextReachesTheBoundText()
