@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -100,9 +101,9 @@ public:
         if (m_end == HttpReply::End::Platform || QCoreApplication::closingDown())
             return;
         delete m_reply;
-        m_manager->setParent(nullptr);
-        m_manager->moveToThread(&abandonedManagers());
-        m_manager->deleteLater();
+        QNetworkAccessManager *const abandoned = m_manager.release();
+        abandoned->moveToThread(&abandonedManagers());
+        abandoned->deleteLater();
     }
 
 private:
@@ -198,7 +199,7 @@ private:
 
     std::function<void(HttpReply)> m_handler;
     HttpLimits m_limits;
-    QNetworkAccessManager *const m_manager = new QNetworkAccessManager(this);
+    std::unique_ptr<QNetworkAccessManager> m_manager = std::make_unique<QNetworkAccessManager>();
     QTimer m_silenceTimer;
     QNetworkReply *m_reply = nullptr;
     QByteArray m_body;

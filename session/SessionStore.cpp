@@ -435,9 +435,9 @@ int SessionStore::update(Key key, const QByteArray &value) const
     const Statement statement = prepare("UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
     if (!statement)
         return code;
-    // A null pointer would be bound as NULL, which means "never written".
-    const char *bytes = value.isNull() ? "" : value.constData();
-    sqlite3_bind_blob64(statement.get(), 1, bytes, static_cast<sqlite3_uint64>(value.size()), SQLITE_STATIC);
+    // A null pointer would be bound as NULL, which means "never written"; constData never returns one.
+    sqlite3_bind_blob64(statement.get(), 1, value.constData(), static_cast<sqlite3_uint64>(value.size()),
+                        SQLITE_STATIC);
     sqlite3_bind_int64(statement.get(), 2, checksumOf(key, value));
     sqlite3_bind_int(statement.get(), 3, rowOf(key));
     code = sqlite3_step(statement.get());

@@ -32,6 +32,5 @@ Item {
         color: "transparent"
         border.width: avatar.ringWidth
         border.color: Theme.blue
-        antialiasing: true
     }
 }

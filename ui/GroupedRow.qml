@@ -48,7 +48,6 @@ Item {
         visible: !row.last
     }
     FocusRing {
-        z: 1
         anchors.margins: 1
         shown: row.list.activeFocus && row.list.currentIndex === row.index && row.list.count > 0
         radius: 10

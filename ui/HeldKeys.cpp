@@ -29,8 +29,6 @@ HeldKeys::HeldKeys(QObject *parent) : QObject(parent)
     qApp->installEventFilter(this);
 }
 
-HeldKeys::~HeldKeys() { qApp->removeNativeEventFilter(this); }
-
 bool HeldKeys::nativeEventFilter(const QByteArray &eventType, void *message, qintptr *)
 {
     if (eventType != "xcb_generic_event_t")

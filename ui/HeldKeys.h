@@ -11,7 +11,6 @@
 class HeldKeys final : public QObject, public QAbstractNativeEventFilter {
 public:
     explicit HeldKeys(QObject *parent = nullptr);
-    ~HeldKeys() override;
 
     bool nativeEventFilter(const QByteArray &eventType, void *message, qintptr *result) override;
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -78,7 +78,6 @@ FocusScope {
             }
         } else {
             progress = 1
-            leaving = false
             swipe.popping = false
             arrange()
         }

@@ -14,8 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int fileRole = Qt::UserRole;
-constexpr int nameRole = Qt::UserRole + 1;
+enum Role { FileRole = Qt::UserRole, NameRole };
 
 /// Starts every read at once, since an earlier one may have stalled on a network drive that is gone.
 Background &folderReader()
@@ -68,16 +67,16 @@ QVariant PictureList::data(const QModelIndex &index, int role) const
         return {};
     const QString &path = m_files[index.row()];
     switch (role) {
-    case fileRole:
+    case FileRole:
         return QUrl::fromLocalFile(path);
-    case nameRole:
+    case NameRole:
         return QFileInfo(path).completeBaseName();
     default:
         return {};
     }
 }
 
-QHash<int, QByteArray> PictureList::roleNames() const { return {{fileRole, "file"}, {nameRole, "name"}}; }
+QHash<int, QByteArray> PictureList::roleNames() const { return {{FileRole, "file"}, {NameRole, "name"}}; }
 
 void PictureFolder::refresh() { refreshWith(picturesByAge); }
 

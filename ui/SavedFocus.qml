@@ -17,7 +17,6 @@ QtObject {
 
     function restore() {
         const target = item ?? popup.parent
-        item = null
         popup.focus = false
         target.forceActiveFocus(reason)
     }

@@ -9,10 +9,10 @@ namespace {
 
 constexpr QChar bullet(u'\u2022');
 
-/// Qt calls this for each class of the object, from the most derived one up to QObject.
-QAccessibleInterface *makeSecureField(const QString &className, QObject *object)
+QAccessibleInterface *makeSecureField(const QString &, QObject *object)
 {
-    if (className != u"QQuickTextInput" || object->property("echoMode").toInt() == 0)
+    // Only fields have an echo mode.
+    if (object->property("echoMode").toInt() == 0)
         return nullptr;
     return new SecureFieldAccessible(static_cast<QQuickItem *>(object));
 }

@@ -18,12 +18,13 @@ T.Control {
     // A tap does not move the focus unless a segment has it. In that case the focus moves before the choice does, since
     // the focused segment must remain a tab stop.
     function choose(index: int, byTap: bool) {
-        if (index < 0 || index >= picker.options.length)
+        const option = picker.options[index]
+        if (option === undefined)
             return
         UnfinishedText.commit()
         if (!byTap || picker.activeFocus)
             segments.itemAt(index).forceActiveFocus(Qt.OtherFocusReason)
-        picker.chosen(picker.options[index])
+        picker.chosen(option)
     }
 
     implicitHeight: Math.max(32, Theme.footnote.line + 14)

@@ -16,7 +16,6 @@ Item {
 
     AppText {
         id: titleText
-        y: section.stacked ? 0 : (section.height - height) / 2
         width: section.stacked ? section.width : section.width - linkButton.width - Theme.spacing
         text: section.title
         textStyle: Theme.headline
@@ -25,7 +24,7 @@ Item {
     TextButton {
         id: linkButton
         x: section.stacked ? 0 : section.width - width
-        y: section.height - height - (section.stacked ? 0 : (section.height - height) / 2)
+        y: section.height - height
         text: section.link
         onClicked: section.clicked()
     }

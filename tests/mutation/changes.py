@@ -73,8 +73,8 @@ def changed_number(text):
     if plain[:2] in ("0x", "0X"):  # a pattern or a channel of a colour, which stays in its range
         return hex(int(plain, 16) ^ 0x40) + suffix
     value = float(plain)
-    if value in (0, 1):
-        return plain.replace(str(int(value)), str(int(value) + 1), 1) + suffix
+    if value in (0, 1):  # 2 would often be the same as 1: a limit, an order
+        return plain.replace(str(int(value)), str(1 - int(value)), 1) + suffix
     return (str(int(value * 1.5) + 1) if plain.isdigit() else f"{value * 1.5 + 1:g}") + suffix
 
 

@@ -51,7 +51,7 @@ class ChangesTest(unittest.TestCase):
             "12 < -> <=",
             "12 && -> ||",
             "13 count += 1 -> {}",
-            "13 1 -> 2",
+            "13 1 -> 0",
             "14 rows.clear() -> {}",
             "15 == -> !=",
             "15 3 -> 5",

@@ -62,6 +62,8 @@ class FocusRingsTest : public ServiceTest {
 private Q_SLOTS:
     void everyStopOfTheTabKeyHasAClosedRing_data();
     void everyStopOfTheTabKeyHasAClosedRing();
+    void ringFollowsTheCornersOfItsStop_data();
+    void ringFollowsTheCornersOfItsStop();
 
 private:
     static void check(TestScreen &screen);
@@ -108,6 +110,29 @@ void FocusRingsTest::everyStopOfTheTabKeyHasAClosedRing()
             return;
     }
     QVERIFY(!stops.isEmpty());
+}
+
+void FocusRingsTest::ringFollowsTheCornersOfItsStop_data()
+{
+    const auto row = columns<QByteArray, QString, double>("scene", "stop", "radius");
+    row("photo", "perfil", u"Cambiar foto"_s, 53.0);
+    row("segment", "cotizar", u"Aéreo"_s, 12.0);
+    row("list", "paquetes", u"Mis Paquetes"_s, 10.0);
+}
+
+void FocusRingsTest::ringFollowsTheCornersOfItsStop()
+{
+    QFETCH(QByteArray, scene);
+    QFETCH(QString, stop);
+    const auto screen = staged(scene, server);
+    QVERIFY(screen);
+    screen->key(Qt::Key_Tab);
+    for (int i = 0; i < 30 && screen->focusedName() != stop; ++i)
+        screen->key(Qt::Key_Tab);
+    QList<QQuickItem *> rings = screen->all(u"focusRing"_s);
+    rings.removeIf([](const QQuickItem *ring) { return !ring->isVisible(); });
+    QCOMPARE(rings.size(), 1);
+    QTEST(rings.first()->property("radius").toDouble(), "radius");
 }
 
 void FocusRingsTest::check(TestScreen &screen)

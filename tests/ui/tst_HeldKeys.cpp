@@ -71,6 +71,7 @@ void HeldKeysTest::repeatsAreToldFromPresses()
         std::memcpy(event.data() + 4, &time, sizeof time);
         QVERIFY(!held.nativeEventFilter("xcb_generic_event_t", event.data(), nullptr));
         QVERIFY(!held.nativeEventFilter("another", event.data(), nullptr));
+        QVERIFY(!held.eventFilter(&window, std::make_unique<QEvent>(QEvent::Expose).get()));
     }
     QTEST(window.seen, "seen");
 }

@@ -12,8 +12,8 @@ class LookTest : public QObject {
 private Q_SLOTS:
     void coloursThatNoTableHolds();
     void curvesThatNoTableHolds();
+    void alertComesInAFifthOfASecond();
     void ringIsTwoWide();
-    void ringOfSegmentsFollowsTheirCorners();
     void changedShapeIsDrawnAnew_data();
     void changedShapeIsDrawnAnew();
     void outlineHasTheDesignedCurve();
@@ -39,6 +39,12 @@ void LookTest::curvesThatNoTableHolds()
     QCOMPARE(screen.root()->property("out").value<QList<qreal>>(), QList<qreal>({0, 0, 0.58, 1, 1, 1}));
 }
 
+void LookTest::alertComesInAFifthOfASecond()
+{
+    const TestScreen screen("Item { property int duration: Theme.alertDuration }");
+    QCOMPARE(screen.root()->property("duration").toInt(), 200);
+}
+
 void LookTest::ringIsTwoWide()
 {
     TestScreen screen("Rectangle { color: 'white'; FocusRing { anchors.fill: parent; anchors.margins: 10; radius: 4; "
@@ -49,15 +55,6 @@ void LookTest::ringIsTwoWide()
     for (int x = 0; x < 30; ++x)
         wide += shown.pixelColor(x, 30) != QColor(Qt::white);
     QCOMPARE(wide, 2);
-}
-
-void LookTest::ringOfSegmentsFollowsTheirCorners()
-{
-    TestScreen screen("SegmentedPicker { width: 200; label: 'Tipo'; options: ['Uno', 'Dos']; selection: 'Uno' }");
-    screen.key(Qt::Key_Tab);
-    const QQuickItem *const ring = screen.find(u"focusRing"_s);
-    QVERIFY(ring->property("shown").toBool());
-    QCOMPARE(ring->property("radius").toReal(), 9 + ring->property("margin").toReal());
 }
 
 void LookTest::changedShapeIsDrawnAnew_data()

@@ -159,6 +159,10 @@ void PlatformSettingsTest::changeIsFollowed()
     QVERIFY(platform.reducedMotion());
     change(appearance, u"reduced-motion"_s, 0u);
     QVERIFY(!platform.reducedMotion());
+    // Other settings of these names do not matter.
+    m_portal.change(appearance, u"color-scheme"_s, 1u);
+    change(gnome, u"enable-animations"_s, true);
+    QVERIFY(!platform.reducedMotion());
 }
 
 void PlatformSettingsTest::nothingMovesWhenMotionIsReduced()

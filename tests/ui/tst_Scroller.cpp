@@ -11,13 +11,14 @@ private Q_SLOTS:
     void inertWhileTheContentFits();
     void focusedFieldIsBroughtIntoView();
     void focusedFieldStaysInViewWhenTheWindowShrinks();
+    void focusElsewhereScrollsNothing();
     void shrinkingContentReturnsToTheTop();
     void indicatorShowsWhileItMoves();
 
 private:
     static QByteArray column(int rows, const QByteArray &more = {})
     {
-        return "Scroller { objectName: 'scroller'; " + more +
+        return "Scroller { objectName: 'scroller'; anchors.fill: parent; " + more +
                " Column { objectName: 'column'; width: parent.width; Repeater { model: " + QByteArray::number(rows) +
                "; CustomTextField { required property int index; objectName: 'field' + index; width: parent.width;"
                " hint: 'Campo ' + index; isDecimal: false } } } }";
@@ -74,6 +75,18 @@ void ScrollerTest::focusedFieldStaysInViewWhenTheWindowShrinks()
     QCOMPARE(screen.root()->property("contentY").toReal(), 0);
 }
 
+void ScrollerTest::focusElsewhereScrollsNothing()
+{
+    TestScreen screen("Item { " + column(40) +
+                      "CustomTextField { objectName: 'outside'; y: 2000; hint: ''; isDecimal: "
+                      "false } }");
+    QQuickItem *const scroller = screen.find(u"scroller"_s);
+    scroller->setProperty("contentY", 200);
+    screen.find(u"outside"_s)->forceActiveFocus();
+    screen.settle();
+    QCOMPARE(scroller->property("contentY").toReal(), 200);
+}
+
 void ScrollerTest::shrinkingContentReturnsToTheTop()
 {
     TestScreen screen(
@@ -87,18 +100,21 @@ void ScrollerTest::shrinkingContentReturnsToTheTop()
 void ScrollerTest::indicatorShowsWhileItMoves()
 {
     TestScreen screen(column(40));
+    const QList<QQuickItem *> children = screen.root()->childItems();
+    const auto *const indicator = *std::find_if(children.begin(), children.end(), [](const QQuickItem *each) {
+        return QByteArray(each->metaObject()->className()).startsWith("ScrollIndicator");
+    });
     const auto indicatorShown = [&] {
-        const QList<QQuickItem *> children = screen.root()->childItems();
-        return std::any_of(children.begin(), children.end(), [](const QQuickItem *each) {
-            return QByteArray(each->metaObject()->className()).startsWith("ScrollIndicator") && each->isVisible() &&
-                   each->width() > 0 && each->property("color").value<QColor>().alpha() > 0;
-        });
+        return indicator->isVisible() && indicator->width() > 0 &&
+               indicator->property("color").value<QColor>().alpha() > 0;
     };
     QVERIFY(!indicatorShown());
     drag(screen, 600, 200, [&] { QVERIFY(indicatorShown()); });
     QTRY_VERIFY(screen.root()->property("contentY").toReal() > 100);
     QTRY_VERIFY(!screen.root()->property("moving").toBool());
     QVERIFY(!indicatorShown());
+    screen.root()->setProperty("contentHeight", 1e6);
+    QCOMPARE(indicator->height(), 24);
 }
 
 MAROVENDA_TEST(ScrollerTest)

@@ -119,6 +119,8 @@ void CotizarViewTest::modeIsHeardAsAChoice()
     heard(u"Marítimo"_s)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     QVERIFY(heard(u"Marítimo"_s)->state().checked);
     QVERIFY(!heard(u"Aéreo"_s)->state().checked);
+    heard(u"Aéreo"_s)->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    QVERIFY(heard(u"Aéreo"_s)->state().checked);
 }
 
 MAROVENDA_TEST(CotizarViewTest)
