@@ -8,7 +8,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <memory>
 
 namespace {
 
@@ -101,9 +100,9 @@ public:
         if (m_end == HttpReply::End::Platform || QCoreApplication::closingDown())
             return;
         delete m_reply;
-        QNetworkAccessManager *const abandoned = m_manager.release();
-        abandoned->moveToThread(&abandonedManagers());
-        abandoned->deleteLater();
+        m_manager->setParent(nullptr);
+        m_manager->moveToThread(&abandonedManagers());
+        m_manager->deleteLater();
     }
 
 private:
@@ -199,7 +198,7 @@ private:
 
     std::function<void(HttpReply)> m_handler;
     HttpLimits m_limits;
-    std::unique_ptr<QNetworkAccessManager> m_manager = std::make_unique<QNetworkAccessManager>();
+    QNetworkAccessManager *const m_manager = new QNetworkAccessManager(this);
     QTimer m_silenceTimer;
     QNetworkReply *m_reply = nullptr;
     QByteArray m_body;
