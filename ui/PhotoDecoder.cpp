@@ -48,9 +48,8 @@ QImage readJpeg(const QByteArray &bytes, int diameter, qint64 memory)
     const QSize size = reader.size();
     if (!isPhotoSize(size) || outline.scans * pixels(size) > maxScannedPixels)
         return {};
-    const QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding);
-    if (scaled.width() < size.width())
-        reader.setScaledSize(scaled);
+    const QSize scaled = size.scaled(diameter, diameter, Qt::KeepAspectRatioByExpanding).boundedTo(size);
+    reader.setScaledSize(scaled);
     // Qt scales in two steps; the first one yields up to twice the wanted width and height.
     if (outline.coefficientBytes + 8 * std::min(pixels(size), 4 * pixels(scaled)) > memory)
         return {};

@@ -127,6 +127,8 @@ void DeveloperViewTest::longLinksAreNotCut()
         QVERIFY2(item->property("contentWidth").toReal() <= box.width() + 0.5, qUtf8Printable(said));
         QVERIFY2(item->property("contentHeight").toReal() <= box.height() + 0.5, qUtf8Printable(said));
     }
+    // Links shrink before they take more lines.
+    QCOMPARE(text(screen, site)->property("lineCount").toInt(), 3);
     // Nothing lies over anything else, and all of it can be reached.
     QVERIFY(TestScreen::box(screen.find(u"volver"_s)).top() >= card.bottom() + 24);
     screen.tap(screen.named(u"✉️ Correo: "_s + mail));
