@@ -156,6 +156,11 @@ void PhotoPickerTest::keyPicksUnlessItIsHeldFromBefore()
     QCOMPARE(screen.root()->property("picks").toInt(), 0);
     QVERIFY(screen.named(u"uno"_s));
     screen.key(Qt::Key_Right);
+    // The marked photo leaves five points to its ring.
+    QList<QQuickItem *> views = screen.all(u"view"_s);
+    views.removeIf([](const QQuickItem *view) { return view->scale() == 1; });
+    QCOMPARE(views.size(), 1);
+    QCOMPARE(qRound(views.first()->width() * (1 - views.first()->scale())), 10);
     screen.key(key);
     QCOMPARE(screen.root()->property("chosen").toUrl(), url(u"dos.png"_s));
     QTRY_VERIFY(!shown(screen));
