@@ -13,8 +13,6 @@ Window {
 
     width: 390
     height: 844
-    minimumWidth: 320
-    minimumHeight: 480
     visible: true
     title: "Marovenda"
     color: Theme.screenBackground

@@ -14,13 +14,15 @@ Item {
         cropped: true
         name: "background"
     }
+    // Centred, or above the credit in a low window.
     Column {
-        anchors.centerIn: parent
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: Math.min(Math.round((parent.height - height) / 2), credit.y - height)
         spacing: 20
         Artwork {
             objectName: "logo"
-            width: 160
-            height: 160
+            width: height
+            height: Math.max(0, Math.min(160, credit.y - parent.spacing - spinnerPlace.height))
             name: "marovenda_logo"
             scale: splash.logoScale
             opacity: splash.logoOpacity
@@ -28,6 +30,7 @@ Item {
             Behavior on opacity { LogoAnimation {} }
         }
         Item {
+            id: spinnerPlace
             anchors.horizontalCenter: parent.horizontalCenter
             width: spinner.width
             height: 16 + spinner.height
@@ -40,6 +43,7 @@ Item {
         }
     }
     AppText {
+        id: credit
         objectName: "credit"
         anchors.bottom: parent.bottom
         width: parent.width

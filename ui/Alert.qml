@@ -95,7 +95,7 @@ FocusScope {
         enabled: alert.shown
         anchors.horizontalCenter: parent.horizontalCenter
         y: Math.max(8, (parent.height - keyboard - height) / 2)
-        width: Math.min(270 * Math.max(1, Math.min(Theme.textScale, 1.3)), parent.width - 16)
+        width: Math.min(270 * Math.max(1, Math.min(Theme.textScale, 1.3)), parent.width - 32)
         height: content.height
         readonly property real radius: 14
         readonly property real keyboard: InputMethod.visible ? InputMethod.keyboardRectangle.height : 0
@@ -114,11 +114,10 @@ FocusScope {
             id: content
             width: parent.width
 
-            Flickable {
+            // Low windows leave room for the input and the buttons; the texts scroll.
+            Scroller {
                 width: parent.width
                 height: Math.min(texts.height, alert.height - box.keyboard - 16 - buttons.height)
-                contentHeight: texts.height
-                interactive: contentHeight > height
                 clip: interactive
 
                 Column {

@@ -7,6 +7,8 @@ ListView {
     id: list
 
     property string title
+    // Shown below the title, by the screen, while the list has no rows.
+    property Item placeholder
     readonly property real columnWidth: Math.min(width, Theme.columnWidth)
     readonly property real side: (width - columnWidth) / 2 + 16
 
@@ -45,7 +47,7 @@ ListView {
     }
     footer: Item {
         width: list.width
-        height: 24
+        height: 24 + (list.placeholder?.visible ? list.placeholder.height : 0)
     }
     // qmllint enable unqualified
 

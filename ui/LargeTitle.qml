@@ -15,9 +15,9 @@ Item {
         width: parent.width - 2 * Theme.padding
         textStyle: Theme.largeTitle
         bold: true
-        // At large text sizes, shrinks down to the standard size before it breaks words.
+        // Shrinks before it breaks words, at large text sizes and in narrow windows.
         fontSizeMode: Text.HorizontalFit
-        minimumPixelSize: 34
+        minimumPixelSize: 24
         Accessible.role: Accessible.Heading
     }
 }

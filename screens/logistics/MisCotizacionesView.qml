@@ -18,6 +18,7 @@ AppScreen {
         anchors.fill: parent
         title: screen.title
         model: screen.viewModel.cotizaciones
+        placeholder: empty
         delegate: ListRow {
             required property var origen
             required property var descripcion
@@ -30,8 +31,8 @@ AppScreen {
             spoken: headline + ", " + badge + ", " + detail
         }
 
-        // Shown if the list has no rows.
         ContinuousRectangle {
+            id: empty
             objectName: "empty"
             parent: rows.contentItem
             visible: rows.count === 0

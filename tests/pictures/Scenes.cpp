@@ -224,6 +224,11 @@ QList<Scene> logisticsScenes()
             return until([&] { return screen.find(u"paqueteCount"_s)->property("count").toInt() == packages; });
         };
     };
+    const auto lists = [](int packages) -> When {
+        return [=](TestScreen &screen) {
+            return still(screen) && until([&] { return screen.find(u"rows"_s)->property("count").toInt() == packages; });
+        };
+    };
     const QByteArray dashboard = TestScreen::alone("DashboardView { screens: ServiceScreens {} }");
     return {
         {"panel-vacio", dashboard, rows("{}", u"Ana"_s), shows(u"Mi Resumen"_s)},
@@ -241,8 +246,8 @@ QList<Scene> logisticsScenes()
          replies("/api_casillero.php", R"({"nombreCompleto":"Ana Lucía Peñalver Ríos MRV-1001"})"),
          shows(u"Ana Lucía Peñalver Ríos MRV-1001"_s)},
         {"casillero-error", pushed("CasilleroView"), nothing, shows(u"Error"_s)},
-        {"paquetes", pushed("MisPaquetesView"), rows(someRows(), u"Ana"_s), shows(u"Tracking: N/A"_s)},
-        {"paquetes-largo", pushed("MisPaquetesView"), rows(longRows(), u"Ana"_s), shows(u"Tracking: 1"_s)},
+        {"paquetes", pushed("MisPaquetesView"), rows(someRows(), u"Ana"_s), lists(4)},
+        {"paquetes-largo", pushed("MisPaquetesView"), rows(longRows(), u"Ana"_s), lists(2)},
         {"cotizaciones", pushed("MisCotizacionesView"), rows(someRows(), u"Ana"_s), shows(u"Bicicleta de niño"_s)},
         {"cotizaciones-vacio", pushed("MisCotizacionesView"), rows("{}", u"Ana"_s),
          shows(u"No tienes cotizaciones registradas."_s)},
