@@ -71,6 +71,7 @@ AppScreen {
                             emoji: "🌐"
                             label: "Sitio Web:"
                             target: screen.viewModel.sitioTexto
+                            copyText: screen.viewModel.sitio
                             onClicked: screen.viewModel.abrir(screen.viewModel.sitio)
                         }
                         Hairline {
@@ -85,6 +86,7 @@ AppScreen {
                             emoji: "✉️"
                             label: "Correo:"
                             target: screen.viewModel.correoTexto
+                            copyText: target
                             targetStyle: Theme.footnote
                             onClicked: screen.viewModel.abrir(screen.viewModel.correo)
                         }

@@ -28,6 +28,8 @@ ListView {
             event.accepted = true
             currentIndex = Math.max(0, Math.min(count - 1, currentIndex + steps[event.key]))
         }
+        if (event.matches(StandardKey.Copy) && !event.isAutoRepeat)
+            Copying.copy((currentItem as GroupedRow)?.copyText ?? "")
     }
 
     Accessible.role: Accessible.List

@@ -8,6 +8,8 @@ Item {
     required property int index
     required property GroupedList list
     default property alias content: holder.data
+    // What can be copied from the row; empty for nothing.
+    property string copyText
     readonly property bool first: row.index === 0
     readonly property bool last: row.index === row.list.count - 1
     readonly property real cornerReach: 20
@@ -25,6 +27,10 @@ Item {
         ReadingOrder.place(row)
     }
 
+    Copyable {
+        parent: row
+        text: row.copyText
+    }
     ContinuousRectangle {
         objectName: "card"
         x: row.list.side

@@ -14,6 +14,11 @@ Pressable {
 
     text: link.emoji + " " + link.label + " " + link.target
 
+    Copyable {
+        button: link
+        text: link.copyText
+    }
+
     // The implicit width of wrapped text depends on its width, so binding the width to it would be a loop.
     TextMetrics {
         id: measure

@@ -140,6 +140,7 @@ FocusScope {
         }
     }
 
+    CopiedNotice { z: 1 }
     Item {
         id: swipe
         property bool popping

@@ -1,5 +1,6 @@
 #include "PlatformSettings.h"
 
+#include "Copying.h"
 #include "SecureFieldAccessible.h"
 
 #include <QEvent>
@@ -65,6 +66,7 @@ PlatformSettings::PlatformSettings(QObject *parent) : QObject(parent)
 {
     // Qt asks the factory that was installed last first, so install ours after Qt Quick's.
     SecureFieldAccessible::install();
+    Copying::install();
     readTextScale();
     qGuiApp->installEventFilter(this);
     queryReducedMotion();

@@ -11,6 +11,8 @@ T.AbstractButton {
     property real focusRadius: 10
     property color focusColor: Theme.blue
     property real focusMargin: 3
+    // What Ctrl+C copies. Copyable adds the presses that copy.
+    property string copyText
 
     // Runs before the users' own handlers.
     onClicked: UnfinishedText.commit()
@@ -26,7 +28,10 @@ T.AbstractButton {
     // for a release whose press another item received.
     Keys.onPressed: event => {
         const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
-        event.accepted = isReturn || (event.isAutoRepeat && event.key === Qt.Key_Space)
+        const copies = copyText !== "" && event.matches(StandardKey.Copy)
+        event.accepted = isReturn || copies || (event.isAutoRepeat && event.key === Qt.Key_Space)
+        if (copies && !event.isAutoRepeat)
+            Copying.copy(copyText)
         if (isReturn && !event.isAutoRepeat)
             control.clicked()
     }

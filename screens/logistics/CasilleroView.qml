@@ -39,11 +39,22 @@ AppScreen {
                     width: parent.width
                     radius: 24
                     padding: 24
+                    readonly property string copyText: screen.viewModel.info + "\n" + screen.viewModel.direccion
 
+                    Copyable {
+                        parent: card
+                        text: card.copyText
+                    }
+                    FocusRing {
+                        parent: card
+                        shown: Keyboard.navigating && address.activeFocus
+                        radius: card.radius + margin
+                    }
                     contentItem: Column {
                         spacing: 16
                         AppText {
                             objectName: "info"
+                            readonly property string copyText: card.copyText
                             width: parent.width
                             text: screen.viewModel.info
                             textStyle: Theme.headline
@@ -51,7 +62,15 @@ AppScreen {
                             horizontalAlignment: Text.AlignHCenter
                         }
                         AppText {
+                            id: address
                             objectName: "direccion"
+                            readonly property string copyText: card.copyText
+                            activeFocusOnTab: true
+                            Keys.onPressed: event => {
+                                event.accepted = event.matches(StandardKey.Copy)
+                                if (event.accepted && !event.isAutoRepeat)
+                                    Copying.copy(copyText)
+                            }
                             width: parent.width
                             text: screen.viewModel.direccion
                             color: Theme.grey

@@ -154,6 +154,7 @@ AppScreen {
                         width: column.inner
                         focusRadius: 16
                         text: card.spoken
+                        copyText: tracking ?? ""
                         onClicked: screen.viewModel.abrirTracking(tracking)
                         contentItem: CardRow {
                             id: card
@@ -163,6 +164,10 @@ AppScreen {
                             detail: row.descripcion ?? Absent.descripcion
                             badge: (row.estado ?? Absent.estadoPaquete).toUpperCase()
                             badgeColor: Theme.green
+                        }
+                        Copyable {
+                            button: row
+                            text: row.copyText
                         }
                     }
                 }

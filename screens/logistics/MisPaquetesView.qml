@@ -27,6 +27,7 @@ AppScreen {
             badge: (estado ?? Absent.estadoPaquete).toUpperCase()
             badgeColor: Theme.green
             detail: descripcion ?? Absent.descripcion
+            copyText: tracking ?? ""
             spoken: headline + ", " + detail + ", " + badge
         }
     }

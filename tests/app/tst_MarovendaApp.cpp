@@ -133,7 +133,8 @@ void MarovendaAppTest::windowHasTheDesignedSizes()
 {
     QQuickWindow *const window = start();
     QCOMPARE(window->size(), QSize(390, 844));
-    QVERIFY(window->minimumWidth() <= 320 && window->minimumHeight() <= 480);
+    // A phone's shell may give less than any minimum.
+    QVERIFY(window->minimumSize().isEmpty());
     QCOMPARE(window->title(), u"Marovenda"_s);
 }
 

@@ -45,11 +45,11 @@ class Element:
     def __repr__(self):
         return f"{self.role} «{self.name}»"
 
-    def press(self):
+    def press(self, named="Press"):
         """The action that a screen reader's user would choose."""
         action = self.accessible.get_action_iface()
         names = [action.get_action_name(i) for i in range(action.get_n_actions())]
-        action.do_action(names.index("Press"))
+        action.do_action(names.index(named))
 
     def focus(self):
         self.accessible.get_component_iface().grab_focus()

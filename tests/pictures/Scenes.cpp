@@ -226,7 +226,8 @@ QList<Scene> logisticsScenes()
     };
     const auto lists = [](int packages) -> When {
         return [=](TestScreen &screen) {
-            return still(screen) && until([&] { return screen.find(u"rows"_s)->property("count").toInt() == packages; });
+            return still(screen) &&
+                   until([&] { return screen.find(u"rows"_s)->property("count").toInt() == packages; });
         };
     };
     const QByteArray dashboard = TestScreen::alone("DashboardView { screens: ServiceScreens {} }");

@@ -2,7 +2,6 @@
 #include "Scenes.h"
 #include "ServiceTest.h"
 
-#include <QDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -39,11 +38,11 @@ QList<QQuickItem *> parts(QQuickItem *from)
     if (!from->isVisible() || qFuzzyIsNull(from->opacity()))
         return all;
     const bool isText = from->inherits("QQuickText") && !from->property("text").toString().isEmpty();
-    const bool isPart = isText || from->inherits("QQuickControl") ||
-                        from->inherits("QQuickTextInput") || from->inherits("Artwork") || from->inherits("Symbol");
-    // What a field holds scrolls within it.
+    const bool isPart = isText || from->inherits("QQuickControl") || from->inherits("QQuickTextInput") ||
+                        from->inherits("Artwork") || from->inherits("Symbol");
     if (isPart)
         all.append(from);
+    // What a field holds scrolls within it.
     if (from->inherits("QQuickTextInput"))
         return all;
     for (QQuickItem *const child : from->childItems())
@@ -68,10 +67,8 @@ void SmallWindowsTest::everythingCanBeSeen()
     QFETCH(QSize, size);
     const auto screen = staged(scene, server, size);
     QVERIFY(screen);
-    QList<QQuickItem *> below = parts(screen->root());
-    if (qEnvironmentVariableIsSet("SHOW")) screen->picture().save(u"/tmp/wt/small/%1.png"_s.arg(QString::fromUtf8(QTest::currentDataTag())));
     QStringList unseen;
-    for (QQuickItem *const part : below) {
+    for (QQuickItem *const part : parts(screen->root())) {
         screen->scrollTo(part);
         for (QQuickItem *area = part->parentItem(); area; area = area->parentItem()) {
             if (area->inherits("QQuickFlickable"))
@@ -79,7 +76,8 @@ void SmallWindowsTest::everythingCanBeSeen()
         }
         const QRectF box = TestScreen::box(part);
         if (!isInside(box, viewOf(part, size)) && box.height() <= viewOf(part, size).height())
-            unseen.append(u"%1 %2 \"%3\" at %4,%5 %6x%7"_s.arg(QString::fromLatin1(part->metaObject()->className()), part->objectName(), part->property("text").toString()).arg(box.x()).arg(box.y()).arg(box.width()).arg(box.height()));
+            unseen.append(QString::fromLatin1(part->metaObject()->className()) + u' ' +
+                          part->property("text").toString());
     }
     QVERIFY2(unseen.isEmpty(), qUtf8Printable(unseen.join(u" | "_s)));
 }

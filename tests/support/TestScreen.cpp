@@ -217,9 +217,15 @@ QRectF TestScreen::box(const QQuickItem *item)
 
 void TestScreen::scrollTo(const QQuickItem *item) const
 {
-    settle();
-    bringIntoView(item);
-    settle();
+    // The screen may still scroll by itself with its next frame.
+    (void)QTest::qWaitFor(
+        [&] {
+            settle();
+            bringIntoView(item);
+            settle();
+            return QRectF(QPointF(), m_view->size()).contains(box(item).center());
+        },
+        1000);
 }
 
 void TestScreen::bringIntoView(const QQuickItem *item)
