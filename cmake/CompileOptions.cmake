@@ -52,6 +52,12 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT MSVC)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
     add_compile_options(-fstack-protector-strong -fstack-clash-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
+    # Marks where indirect jumps may land, and guards return addresses, on processors that check it.
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+        add_compile_options(-fcf-protection=full)
+    elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+        add_compile_options(-mbranch-protection=standard)
+    endif()
     if(UNIX AND NOT APPLE)
         # Records the compiler's options in the executables.
         add_compile_options(-frecord-gcc-switches)
