@@ -88,6 +88,7 @@ class Phone:
 
     def __enter__(self):
         try:
+            self._set_environment()
             self._start_display()
             self._start_buses()
         except BaseException:
@@ -107,14 +108,13 @@ class Phone:
         self.children.append(child)
         return child
 
-    def _start_display(self):
-        server, display = start_display(*self.size, self.home)
-        self.children.append(server)
-        os.environ.update(DISPLAY=display, XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+    def _set_environment(self):
+        os.environ.update(XDG_RUNTIME_DIR=str(self.home), QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                           XDG_DATA_HOME=str(self.home / "data"), XDG_CONFIG_HOME=str(self.home / "config"),
                           XDG_CACHE_HOME=str(self.home / "cache"), LC_ALL="C.UTF-8", NO_AT_BRIDGE="0",
-                          QT_QPA_PLATFORM="xcb", HOME=str(self.home), TMPDIR=str(self.home / "tmp"))
-        for name in ("WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "http_proxy", "https_proxy", "HTTP_PROXY", "HTTPS_PROXY"):
+                          HOME=str(self.home), TMPDIR=str(self.home / "tmp"))
+        for name in ("WAYLAND_DISPLAY", "DISPLAY", "XDG_CURRENT_DESKTOP", "http_proxy", "https_proxy", "HTTP_PROXY",
+                     "HTTPS_PROXY"):
             os.environ.pop(name, None)
         self.home.chmod(0o700)
         (self.home / "tmp").mkdir()
@@ -125,6 +125,11 @@ class Phone:
         opener.write_text(f'#!/bin/sh\nprintf "%s\\0" "$#" "$@" >>"{self.home}/opened"\n')
         opener.chmod(0o755)
         os.environ["PATH"] = f"{tools}:{os.environ['PATH']}"
+
+    def _start_display(self):
+        server, display = start_display(*self.size, self.home)
+        self.children.append(server)
+        os.environ.update(DISPLAY=display, QT_QPA_PLATFORM="xcb")
 
     def _start_buses(self):
         bus = self._spawn("dbus-daemon", "--session", "--nofork", "--print-address=1", stdout=subprocess.PIPE, text=True,

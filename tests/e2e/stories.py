@@ -15,8 +15,8 @@ sys.path.insert(0, str(HERE))
 from stage import STORIES, Stage, in_own_network
 
 
-def main():
-    for file in sorted(HERE.glob("story_*.py")):
+def main(folder=HERE):
+    for file in sorted(folder.glob("story_*.py")):
         importlib.import_module(file.stem)
     lock = in_own_network()
     STORIES[sys.argv[1]](Stage(*sys.argv[2:6]))

@@ -1,0 +1,32 @@
+"""Stories of customers with phones, told through the real app under the compositors of phone shells.
+
+usage: shells.py STORY APP SCRIPTED_APP SERVICE RELEASE_APP
+
+MAROVENDA_FINGER is the program of finger.cpp. Where a shell is missing the story is skipped, unless MAROVENDA_NEEDS_SHELLS
+is set.
+"""
+
+import os
+import pathlib
+import shutil
+import sys
+
+HERE = pathlib.Path(__file__).parent
+sys.path[:0] = [str(HERE), str(HERE.parent / "e2e")]
+import stories
+from plasma import PlasmaCustomer
+from sway import SwayCustomer
+
+SKIPPED = 77
+
+
+def missing():
+    programs = (*PlasmaCustomer.PROGRAMS, *SwayCustomer.PROGRAMS, os.environ.get("MAROVENDA_FINGER") or "marovenda-finger")
+    return [program for program in programs if not shutil.which(program)]
+
+
+if __name__ == "__main__":
+    if lacking := missing():
+        print(f"{' '.join(lacking)}: not found; packaging/install-packages shells installs phone shells, then configure again")
+        sys.exit(1 if os.environ.get("MAROVENDA_NEEDS_SHELLS") else SKIPPED)
+    stories.main(HERE)

@@ -1,0 +1,27 @@
+"""The window and its shell: it has the size that the shell gives, and it ends when the shell says so."""
+
+from stage import BRUNO, story
+from sway import SwayCustomer
+
+
+@story
+def window_fits(stage):
+    with stage.customer(kind=SwayCustomer) as phone:
+        phone.wait_window(360, 720)
+        # On its side, then half of it, as a keyboard leaves it.
+        for size in ((720, 360), (720, 180), (360, 720)):
+            phone.turn(*size)
+            # No part of it is for a title bar of its own.
+            assert phone.view()["window_rect"] == {"x": 0, "y": 0, "width": size[0], "height": size[1]}, phone.view()
+
+
+@story
+def closed_by_shell(stage):
+    with stage.customer(kind=SwayCustomer) as phone:
+        phone.message("kill")
+        assert (status := phone.end()) == 0, status
+        phone.open_at_login(stage.app)
+        phone.sign_in(BRUNO, "2 Paquetes")
+        phone.enter("Cotizar")
+        phone.message("kill")
+        assert (status := phone.end()) == 0, status
