@@ -1,10 +1,11 @@
 """A phone with Plasma Mobile's compositor, KWin, its on-screen keyboard, Maliit, and a person's fingers."""
 
+import contextlib
 import os
-import pathlib
 import shutil
 import subprocess
 
+from phone import DEADLINE, Gone
 from shell import SOCKET, ShellCustomer
 
 KEYBOARD = "/usr/bin/maliit-keyboard"
@@ -24,6 +25,16 @@ maximizevertrule=2
 noborder=true
 noborderrule=2
 """
+
+# The keys of a keyboard of the United States, by the number of the first one in each row of linux/input-event-codes.h.
+ROWS = {2: "1234567890-=", 16: "qwertyuiop[]", 30: "asdfghjkl;'`", 43: "\\zxcvbnm,./", 57: " "}
+SHIFTED = dict(zip('!@#$%^&*()_+{}:"~|<>?', "1234567890-=[];'`\\,./"))
+KEYS = {key: first + place for first, row in ROWS.items() for place, key in enumerate(row)}
+KEYS.update(Escape=1, BackSpace=14, Tab=15, Return=28, ctrl=29, shift=42, alt=56, Home=102, Left=105, End=107, Delete=111)
+
+
+# The rows of the on-screen keyboard, by where the first letter is.
+LETTERS = {18: "qwertyuiop", 36: "asdfghjkl", 72: "zxcvbnm"}
 
 
 class PlasmaCustomer(ShellCustomer):
@@ -86,6 +97,96 @@ class PlasmaCustomer(ShellCustomer):
         self.gesture(f"down {finger} {begin[0]} {begin[1]}",
                      *(command for x, y in places for command in (f"wait {took // steps}", f"move {finger} {x} {y}")),
                      f"wait {rest}", f"up {finger}")
+
+    def reach(self, name, beside=None):
+        """Swipes until all of this is in view: up as far as the screen goes, then down; sideways in a row where it is
+        beside something."""
+        for way in (-1, 1):
+            before = None
+            for _ in range(20):
+                self.wait_still()
+                if self.is_in_view(name):
+                    return
+                if before == (before := self.shot()):
+                    break
+                width, height = self.window()
+                if beside:
+                    x, y, reach = width // 2, self.middle(beside)[1], (way * width * 0.35, 0)
+                else:
+                    x, y, reach = width // 2, height // 2, (0, way * height * 0.35)
+                self.swipe((x - reach[0], y - reach[1]), (x + reach[0], y + reach[1]), rest=100)
+        raise Gone(f"«{name}» is not reached by swiping; on screen: {self.describe()}")
+
+    def press(self, name, role=None):
+        self.reach(name)
+        self.tap(name, role)
+
+    def focus(self, name):
+        self.press(name)
+        self.wait_focus(name)
+
+    def swipe_back(self):
+        width, height = self.window()
+        self.swipe((3, height // 2), (width * 3 // 4, height // 2))
+
+    # The on-screen keyboard
+
+    def open_keyboard(self, field):
+        """By a tap on a field."""
+        self.tap(field)
+        self.wait_for(lambda: self.keyboard_is_open() and self.window()[1] < self.size[1], "the keyboard")
+        self.wait_focus(field)
+        self.wait_still()
+
+    def tap_letters(self, letters):
+        """On its keys, as they are on an upright phone 360 wide."""
+        for letter in letters:
+            row, (first, others) = next(each for each in enumerate(LETTERS.items()) if letter in each[1][1])
+            self.tap_at(first + 36 * others.index(letter), self.size[1] - 189 + 54 * row)
+            self.wait_still()
+
+    def wait_keyboard_gone(self, deadline=DEADLINE):
+        self.wait_for(lambda: not self.keyboard_is_open() and self.window() == self.size, "the keyboard's end", deadline)
+
+    def hide_keyboard(self):
+        """By the gesture that the keyboard has for it, down from its upper part. On a busy machine it may take a slow
+        one for a key that is held; a person tries again, too."""
+        x, bottom = self.size[0] // 2, self.size[1]
+        for _ in range(3):
+            self.swipe((x, self.window()[1] + 50), (x, bottom - 3), took=120)
+            with contextlib.suppress(Gone):
+                self.wait_keyboard_gone(deadline=2)
+                return
+        self.wait_keyboard_gone()
+
+    def tap_letters(self, letters):
+        """On its keys, as they are on an upright phone 360 wide."""
+        for letter in letters:
+            row, (first, others) = next(each for each in enumerate(LETTERS.items()) if letter in each[1][1])
+            self.tap_at(first + 36 * others.index(letter), self.size[1] - 189 + 54 * row)
+            self.wait_still()
+
+    def wait_keyboard_gone(self, deadline=DEADLINE):
+        self.wait_for(lambda: not self.keyboard_is_open() and self.window() == self.size, "the keyboard's end", deadline)
+
+    def hide_keyboard(self):
+        """By the gesture that the keyboard has for it, down from its upper part."""
+        x, bottom = self.size[0] // 2, self.size[1]
+        top = self.window()[1] + 50
+        self.swipe((x, top), (x, bottom - 3), took=120)
+        self.wait_keyboard_gone()
+
+    # Keys of a keyboard that is plugged in
+
+    def keys(self, *names):
+        for name in names:
+            codes = [KEYS[part] for part in name.split("+")]
+            self.gesture(*(f"key {code}" for code in codes), *(f"release {code}" for code in reversed(codes)))
+
+    def write(self, text):
+        for letter in text:
+            small = SHIFTED.get(letter, letter.lower())
+            self.keys(small if small == letter else f"shift+{small}")
 
     # What KWin says
 
