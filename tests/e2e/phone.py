@@ -222,15 +222,15 @@ class Phone:
                 return child
         return None
 
-    def elements(self):
-        """All that is showing, in reading order."""
+    def elements(self, hidden=False):
+        """All that is showing, in reading order; with `hidden`, also what is out of view."""
         found = []
 
         def walk(accessible):
             accessible.clear_cache()
             states = accessible.get_state_set()
             role = role_of(accessible)
-            if states.contains(self.atspi.StateType.SHOWING) and role not in ("application", "frame", "filler"):
+            if (hidden or states.contains(self.atspi.StateType.SHOWING)) and role not in ("application", "frame", "filler"):
                 found.append(Element(accessible, role, accessible.get_name() or "",
                                      {s.value_nick for s in states.get_states()}))
             for i in range(accessible.get_child_count()):

@@ -99,27 +99,27 @@ class PlasmaCustomer(ShellCustomer):
                      f"wait {rest}", f"up {finger}")
 
     def reach(self, name, beside=None):
-        """Swipes until all of this is in view: up as far as the screen goes, then down; sideways in a row where it is
-        beside something."""
-        for way in (-1, 1):
-            before = None
-            for _ in range(20):
-                self.wait_still()
-                if self.is_in_view(name):
-                    return
-                if before == (before := self.shot()):
-                    break
-                width, height = self.window()
-                if beside:
-                    x, y, reach = width // 2, self.middle(beside)[1], (way * width * 0.35, 0)
-                else:
-                    x, y, reach = width // 2, height // 2, (0, way * height * 0.35)
-                self.swipe((x - reach[0], y - reach[1]), (x + reach[0], y + reach[1]), rest=100)
+        """Swipes until all of this is in view, towards where it is; what is not there yet, a far row of a list, is below.
+        Sideways in a row of which something else is in view."""
+        for _ in range(20):
+            # A finger that rests before it is lifted leaves nothing moving on.
+            self.wait_still(still=0.15)
+            if self.is_in_view(name):
+                return
+            width, height = self.window()
+            boxes = [e.box() for e in self.elements(hidden=True) if e.name == name]
+            box = next((box for box in boxes if box.width and box.height), None)
+            x, y = width // 2, self.middle(beside)[1] if beside else height // 2
+            missing = (0, y - height) if not box else (x - box.x - box.width // 2, y - box.y - box.height // 2)
+            limit = 0.7 * (width if beside else height)
+            way = max(-limit, min(limit, missing[0 if beside else 1]))
+            way = (way / 2, 0) if beside else (0, way / 2)
+            self.swipe((x - way[0], y - way[1]), (x + way[0], y + way[1]), rest=100)
         raise Gone(f"«{name}» is not reached by swiping; on screen: {self.describe()}")
 
     def press(self, name, role=None):
         self.reach(name)
-        self.tap(name, role)
+        self.tap_at(*self.middle(name, role))
 
     def focus(self, name):
         self.press(name)
@@ -133,7 +133,7 @@ class PlasmaCustomer(ShellCustomer):
 
     def open_keyboard(self, field):
         """By a tap on a field."""
-        self.tap(field)
+        self.press(field)
         self.wait_for(lambda: self.keyboard_is_open() and self.window()[1] < self.size[1], "the keyboard")
         self.wait_focus(field)
         self.wait_still()
@@ -151,7 +151,8 @@ class PlasmaCustomer(ShellCustomer):
     def hide_keyboard(self):
         """By the gesture that the keyboard has for it, down from its upper part. On a busy machine it may take a slow
         one for a key that is held; a person tries again, too."""
-        x, bottom = self.size[0] // 2, self.size[1]
+        # Over a key, both of letters and of numbers.
+        x, bottom = 60, self.size[1]
         for _ in range(3):
             self.swipe((x, self.window()[1] + 50), (x, bottom - 3), took=120)
             with contextlib.suppress(Gone):

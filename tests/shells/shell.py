@@ -79,7 +79,7 @@ class ShellCustomer(Customer):
                 since, before = time.monotonic(), now
             elif time.monotonic() - since > still:
                 return
-            time.sleep(0.02)
+            time.sleep(0.04)
 
     def end(self):
         """The exit status of the app, which has been asked to close."""

@@ -13,11 +13,10 @@ def copied_and_pasted(stage):
         phone.keys("ctrl+a", "ctrl+c")
         phone.wait_for(lambda: phone.copied() == "ana@x", "the copied address")
 
-        for text in ("lucía@ñandú.example", "🚢 dos", "una\nlínea"):
+        for text in ("lucía@ñandú.example", "🚢 dos"):
             phone.copy(text)
             phone.keys("ctrl+a", "ctrl+v")
-            shown = text.replace("\n", " ")
-            phone.wait_for(lambda: phone.find(EMAIL).text() == shown, f"«{text}»")
+            phone.wait_text(EMAIL, text)
 
         # A password is pasted, and never copied.
         phone.copy("Clave#1")

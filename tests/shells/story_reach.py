@@ -46,10 +46,10 @@ def last_controls_on_its_side(stage):
     check_screens(stage, 720, 360)
 
 
-def check_above_keyboard(stage, width, height):
-    with stage.customer(kind=PlasmaCustomer, width=width, height=height) as phone:
+@story
+def last_controls_above_the_keyboard(stage):
+    with stage.customer(kind=PlasmaCustomer, width=720, height=360) as phone:
         def check(field, last):
-            phone.reach(field)
             phone.open_keyboard(field)
             phone.reach(last)
             assert phone.keyboard_is_open(), f"swiping to «{last}» closes the keyboard"
@@ -72,13 +72,3 @@ def check_above_keyboard(stage, width, height):
             check(field, LAST[tile])
             phone.swipe_back()
             phone.wait_gone(LAST[tile])
-
-
-@story
-def last_controls_above_the_keyboard(stage):
-    check_above_keyboard(stage, 360, 720)
-
-
-@story
-def last_controls_on_its_side_above_the_keyboard(stage):
-    check_above_keyboard(stage, 720, 360)

@@ -8,30 +8,33 @@ from stage import BRUNO, story
 @story
 def keyboard_leaves_the_field_in_view(stage):
     with stage.customer(kind=PlasmaCustomer) as phone:
-        def check(*fields):
+        def check(*fields, last):
             for field in fields:
-                phone.reach(field)
                 phone.open_keyboard(field)
                 # The window ends where the keyboard begins.
                 assert phone.is_in_view(field), f"«{field}» at {phone.find(field).box()} in {phone.window()}"
-                phone.hide_keyboard()
-                phone.wait_focus(field)
+                if field != fields[-1]:
+                    phone.hide_keyboard()
+                    phone.wait_focus(field)
+            phone.reach(last)
+            assert phone.keyboard_is_open(), f"swiping to «{last}» closes the keyboard"
 
-        check(EMAIL, PASSWORD)
-        phone.tap(FORGOT)
+        check(EMAIL, PASSWORD, last=REGISTER)
+        phone.press(FORGOT)
         phone.find(RECOVERY, "dialog")
-        check(RECOVERY_FIELD)
+        check(RECOVERY_FIELD, last="Enviar")
         phone.tap("Cancelar")
         phone.wait_gone(RECOVERY)
         phone.press(REGISTER)
         phone.find("Crear Cuenta")
-        check(NAME, EMAIL, "Dirección de Domicilio", "Ciudad", PASSWORD)
+        check(NAME, EMAIL, "Dirección de Domicilio", "Ciudad", PASSWORD, last="Registrarme")
         phone.swipe_back()
         phone.sign_in(BRUNO, "2 Paquetes")
-        check(NUMBER)
-        for tile, fields in (("Cotizar", QUOTATION), ("Autos", VEHICLE), ("Perfil", (NAME, "Correo"))):
+        check(NUMBER, last="Buscar")
+        for tile, fields, last in (("Cotizar", QUOTATION, "Enviar Cotización"), ("Autos", VEHICLE, "Solicitar Importación"),
+                                   ("Perfil", (NAME, "Correo"), "Guardar Cambios")):
             phone.press(tile)
-            check(*fields)
+            check(*fields, last=last)
             phone.swipe_back()
             phone.find(NUMBER)
 
