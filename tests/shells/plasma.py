@@ -154,7 +154,7 @@ class PlasmaCustomer(ShellCustomer):
         # Over a key, both of letters and of numbers.
         x, bottom = 60, self.size[1]
         for _ in range(3):
-            self.swipe((x, self.window()[1] + 50), (x, bottom - 3), took=120)
+            self.swipe((x, self.window()[1] + 35), (x, bottom - 10), took=120)
             with contextlib.suppress(Gone):
                 self.wait_keyboard_gone(deadline=2)
                 return

@@ -68,7 +68,8 @@ class SwayCustomer(ShellCustomer):
         run("grim", str(path))
 
     def copied(self):
-        return run("wl-paste", "--no-newline").decode()
+        """Empty where there is nothing."""
+        return subprocess.run(["wl-paste", "--no-newline"], check=False, capture_output=True, text=True).stdout
 
     def copy(self, text):
         subprocess.run(["wl-copy"], input=text.encode(), check=True)
