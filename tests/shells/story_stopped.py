@@ -28,9 +28,11 @@ def stopped_while_it_waits(stage):
                 answered.set()
             time.sleep(3)
             phone.app.send_signal(signal.SIGCONT)
+            if not answer_meanwhile:
+                time.sleep(1)
             answered.set()
 
-        # Refused first; the answer comes when the app goes on.
+        # Refused first; the answer comes once the app has gone on.
         phone.type(EMAIL, "eva@x")
         phone.type(PASSWORD, "b")
         phone.press("Iniciar Sesión")
