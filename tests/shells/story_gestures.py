@@ -14,8 +14,8 @@ def swiping_back(stage):
         phone.find("Crear Cuenta")
         # A finger that goes back on its way, or begins elsewhere, leaves the screen where it is.
         phone.wait_still()
-        phone.gesture("down 0 3 300", *(f"{word} {number}".strip() for x in (40, 80, 120, 80, 40, 20)
-                                        for word, number in (("wait", 30), ("move", f"0 {x} 300"))), "wait 200", "up 0")
+        phone.gesture("down 0 3 300", *(command for x in (40, 80, 120, 80, 40, 20)
+                                        for command in ("wait 30", f"move 0 {x} 300")), "wait 200", "up 0")
         phone.swipe((100, 300), (340, 300))
         phone.wait_still()
         assert phone.shows("Crear Cuenta") and not phone.shows(REGISTER), phone.describe()
