@@ -17,11 +17,12 @@ def window_fits(stage):
 
 @story
 def closed_by_shell(stage):
-    with stage.customer(kind=SwayCustomer) as phone:
+    """The build that customers get: of the other one, the exit status tells of memory that Mesa and Wayland keep."""
+    with stage.customer(stage.release_app, kind=SwayCustomer) as phone:
         phone.message("kill")
-        assert (status := phone.end()) == 0, status
-        phone.open_at_login(stage.app)
+        assert (status := phone.end()) == 0, f"{status}: {phone.standard_error()}"
+        phone.open_at_login(stage.release_app)
         phone.sign_in(BRUNO, "2 Paquetes")
         phone.enter("Cotizar")
         phone.message("kill")
-        assert (status := phone.end()) == 0, status
+        assert (status := phone.end()) == 0, f"{status}: {phone.standard_error()}"
