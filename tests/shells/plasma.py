@@ -133,7 +133,10 @@ class PlasmaCustomer(ShellCustomer):
 
     def open_keyboard(self, field):
         """By a tap on a field."""
-        self.press(field)
+        self.reach(field)
+        # What has just opened may still give the keyboard back and take it again.
+        self.wait_still()
+        self.tap(field)
         self.wait_for(lambda: self.keyboard_is_open() and self.window()[1] < self.size[1], "the keyboard")
         self.wait_focus(field)
         self.wait_still()
