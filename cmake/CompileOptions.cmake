@@ -14,8 +14,8 @@ if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 if(MAROVENDA_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
-    add_link_options(-fsanitize=address,undefined)
+    add_compile_options(-fsanitize=${MAROVENDA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${MAROVENDA_SANITIZE})
     # Reports name lines, for which this much is enough; it is written and linked faster.
     add_compile_options(-g1)
     # Layouts as byte code compile faster than as C++; the release builds have them as C++.
