@@ -58,3 +58,14 @@ def bill_of_materials(stage):
     assert len(loaded) > 15, loaded
     owners = {line.split(":")[0] for line in output("dpkg-query", "--search", *loaded).splitlines()}
     assert owners and owners <= names, owners - names
+
+
+@story
+def bill_of_another_processor(stage):
+    foreign = stage.folder / "marovenda"
+    data = bytearray(pathlib.Path(stage.release_app).read_bytes())
+    data[18] ^= 0xff
+    foreign.write_bytes(data)
+    done = subprocess.run([ROOT / "packaging" / "sbom", foreign], capture_output=True, text=True, check=False)
+    assert (done.returncode, done.stdout) == (1, ""), done
+    assert done.stderr == f"sbom: {foreign} is for another processor; run sbom on a machine that has it\n", done.stderr
