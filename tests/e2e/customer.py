@@ -1,5 +1,7 @@
 """What a customer does with the app, in the words of its screens. All stories and the tour go about it in this way."""
 
+import subprocess
+
 from phone import Phone
 
 EMAIL, PASSWORD, NAME = "Correo Electrónico", "Contraseña", "Nombre Completo"
@@ -76,6 +78,16 @@ class Customer(Phone):
         look()
         self.press(name, "push button")
         self.wait_gone("Elegir foto")
+
+    def wait_red_photo(self, what):
+        """Until the photo on the dashboard is red in its middle."""
+        def is_red():
+            box = self.find("Foto de perfil").box()
+            area = f"1x1+{box.x + box.width // 2}+{box.y + box.height // 2}"
+            red, green, blue = subprocess.run(["import", "-window", "root", "-crop", area, "-depth", "8", "rgb:-"],
+                                              check=True, stdout=subprocess.PIPE).stdout[:3]
+            return red > 200 and green < 60 and blue < 60
+        self.wait_for(is_red, what)
 
 
 class KeyboardCustomer(Customer):
