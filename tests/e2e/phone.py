@@ -15,6 +15,8 @@ import time
 from display import start_display
 
 DEADLINE = float(os.environ.get("MAROVENDA_E2E_DEADLINE", "60"))
+# The seconds without a change after which a picture is taken for finished; an emulated app needs more.
+STILL = float(os.environ.get("MAROVENDA_E2E_STILL", "0.3"))
 
 
 class Gone(Exception):
@@ -381,7 +383,7 @@ class Phone:
     def picture(self, path):
         subprocess.run(["import", "-window", "root", str(path)], check=True)
 
-    def wait_still(self, still=0.3, limit=3):
+    def wait_still(self, still=STILL, limit=10 * STILL):
         """Until nothing has moved for a moment; what never stands still, the splash, is taken as it is then."""
         until, since, before = time.monotonic() + limit, time.monotonic(), b""
         while time.monotonic() < until:

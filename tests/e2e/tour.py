@@ -17,10 +17,10 @@ class Tour(Customer):
         super().__init__()
         self.directory, self.count = directory, 0
 
-    def step(self, name, what, wait=3):
+    def step(self, name, what, **wait):
         """Says what has been done and what is on screen now, and takes a picture of it."""
         self.count += 1
-        self.wait_still(limit=wait)
+        self.wait_still(**wait)
         self.picture(self.directory / f"{self.count:02}-{name}.png")
         heard = "; ".join(e.name.replace("\n", ", ") for e in self.elements() if e.name)
         print(f"{self.count:2}. {what}\n    {heard}", flush=True)
@@ -28,7 +28,7 @@ class Tour(Customer):
     def arrive(self, executable):
         self.open(executable)
         self.find(SPLASH)
-        self.step("inicio", "The app starts with its splash.", wait=1.6)
+        self.step("inicio", "The app starts with its splash.", limit=1.6)
         self.find("Iniciar Sesión")
         self.wait_gone(SPLASH)
         self.step("ingreso", "Nobody is signed in: the sign-in follows.")
