@@ -57,7 +57,7 @@ def main():
         phone.expect_version(app, later)
         phone.enter("Casillero")
         phone.leave()
-        phone.expect_signed_in("during the upgrade")
+        phone.expect_signed_in("in the app that was open meanwhile")
         phone.close()
         phone.open(app)
         phone.expect_signed_in("after the upgrade")
