@@ -163,23 +163,6 @@ class PlasmaCustomer(ShellCustomer):
                 return
         self.wait_keyboard_gone()
 
-    def tap_letters(self, letters):
-        """On its keys, as they are on an upright phone 360 wide."""
-        for letter in letters:
-            row, (first, others) = next(each for each in enumerate(LETTERS.items()) if letter in each[1][1])
-            self.tap_at(first + 36 * others.index(letter), self.size[1] - 189 + 54 * row)
-            self.wait_still()
-
-    def wait_keyboard_gone(self, deadline=DEADLINE):
-        self.wait_for(lambda: not self.keyboard_is_open() and self.window() == self.size, "the keyboard's end", deadline)
-
-    def hide_keyboard(self):
-        """By the gesture that the keyboard has for it, down from its upper part."""
-        x, bottom = self.size[0] // 2, self.size[1]
-        top = self.window()[1] + 50
-        self.swipe((x, top), (x, bottom - 3), took=120)
-        self.wait_keyboard_gone()
-
     # Keys of a keyboard that is plugged in
 
     def keys(self, *names):
