@@ -79,13 +79,18 @@ class Customer(Phone):
         self.press(name, "push button")
         self.wait_gone("Elegir foto")
 
-    def wait_red_photo(self, what):
-        """Until the photo on the dashboard is red in its middle."""
+    def photo_colour(self, name="Foto de perfil"):
+        """The colour in the middle of the element that shows the photo."""
+        box, picture = self.find(name).box(), self.home / "screen.png"
+        self.picture(picture)
+        area = f"1x1+{box.x + box.width // 2}+{box.y + box.height // 2}"
+        pixel = subprocess.run(["convert", str(picture), "-crop", area, "-depth", "8", "rgb:-"], check=True,
+                               stdout=subprocess.PIPE).stdout
+        return tuple(pixel[:3])
+
+    def wait_red_photo(self, what, name="Foto de perfil"):
         def is_red():
-            box = self.find("Foto de perfil").box()
-            area = f"1x1+{box.x + box.width // 2}+{box.y + box.height // 2}"
-            red, green, blue = subprocess.run(["import", "-window", "root", "-crop", area, "-depth", "8", "rgb:-"],
-                                              check=True, stdout=subprocess.PIPE).stdout[:3]
+            red, green, blue = self.photo_colour(name)
             return red > 200 and green < 60 and blue < 60
         self.wait_for(is_red, what)
 

@@ -6,13 +6,19 @@ from customer import Customer
 from stage import ANA, BRUNO, story
 
 
+def make_photos(phone):
+    """Returns the folder that they are in."""
+    pictures = phone.home / "Pictures"
+    pictures.mkdir()
+    for name, colour in (("rojo", "red"), ("verde", "lime")):
+        subprocess.run(["convert", "-size", "400x300", f"xc:{colour}", str(pictures / f"{name}.png")], check=True)
+    return pictures
+
+
 @story
 def photo(stage):
     with Customer() as phone:
-        pictures = phone.home / "Pictures"
-        pictures.mkdir()
-        for name, colour in (("rojo", "red"), ("verde", "lime")):
-            subprocess.run(["convert", "-size", "400x300", f"xc:{colour}", str(pictures / f"{name}.png")], check=True)
+        make_photos(phone)
         with stage.service():
             phone.open_at_login(stage.app)
             phone.sign_in(ANA, "230 Paquetes")

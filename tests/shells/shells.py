@@ -6,6 +6,7 @@ MAROVENDA_FINGER is the program of finger.cpp. Where a shell is missing the stor
 is set.
 """
 
+import glob
 import os
 import pathlib
 import shutil
@@ -14,15 +15,18 @@ import sys
 HERE = pathlib.Path(__file__).parent
 sys.path[:0] = [str(HERE), str(HERE.parent / "e2e")]
 import stories
+from desktop import DesktopCustomer
 from plasma import PlasmaCustomer
-from sway import SwayCustomer
 
 SKIPPED = 77
+# What makes Qt use the desktop's portal.
+THEME = "/usr/lib/*/qt6/plugins/platformthemes/libqxdgdesktopportal.so"
 
 
 def missing():
-    programs = (*PlasmaCustomer.PROGRAMS, *SwayCustomer.PROGRAMS, os.environ.get("MAROVENDA_FINGER") or "marovenda-finger")
-    return [program for program in programs if not shutil.which(program)]
+    programs = (*PlasmaCustomer.PROGRAMS, *DesktopCustomer.PROGRAMS, os.environ.get("MAROVENDA_FINGER") or "marovenda-finger")
+    plugins = () if glob.glob(THEME) else (pathlib.Path(THEME).name,)
+    return [*(program for program in programs if not shutil.which(program)), *plugins]
 
 
 if __name__ == "__main__":
