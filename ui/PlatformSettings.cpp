@@ -16,6 +16,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #endif
 
@@ -23,8 +24,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+#ifdef MAROVENDA_DBUS
+bool isInstalled(QLatin1StringView theme)
+{
+    return QFile::exists(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platformthemes/lib"_L1 + theme + ".so"_L1);
+}
+#endif
+
 /// The size of the platform's default font before the customer changes it. GNOME uses 11 points, Plasma 10, and Qt
-/// uses 9 on desktops without a platform theme.
+/// uses 9 on desktops without a platform theme of Qt's, which GNOME often is.
 double standardPointSize()
 {
 #if defined(Q_OS_MACOS)
@@ -41,7 +49,7 @@ double standardPointSize()
         return 10;
     for (const char *gtk : {"gnome", "unity", "phosh", "cinnamon", "mate", "xfce", "budgie"}) {
         if (desktop.contains(gtk))
-            return 11;
+            return isInstalled("qgtk3"_L1) ? 11 : 9;
     }
     return 9;
 #endif
@@ -56,6 +64,7 @@ constexpr auto portalSettings = "org.freedesktop.portal.Settings"_L1;
 // (https://flatpak.github.io/xdg-desktop-portal/docs/doc-org.freedesktop.portal.Settings.html).
 constexpr auto gnomeNamespace = "org.gnome.desktop.interface"_L1;
 constexpr auto gnomeKey = "enable-animations"_L1;
+constexpr auto gnomeTextKey = "text-scaling-factor"_L1;
 constexpr auto appearanceNamespace = "org.freedesktop.appearance"_L1;
 constexpr auto appearanceKey = "reduced-motion"_L1;
 #endif
@@ -69,16 +78,13 @@ PlatformSettings::PlatformSettings(QObject *parent) : QObject(parent)
     Copying::install();
     readTextScale();
     qGuiApp->installEventFilter(this);
-    queryReducedMotion();
-    queryPhotoPicker();
+    followPortal();
 }
 
 void PlatformSettings::preferPortal()
 {
 #ifdef MAROVENDA_DBUS
-    const QString plugin =
-        QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platformthemes/libqxdgdesktopportal.so"_L1;
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORMTHEME") && QFile::exists(plugin))
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORMTHEME") && isInstalled("qxdgdesktopportal"_L1))
         qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
 #endif
 }
@@ -117,7 +123,8 @@ void PlatformSettings::readTextScale()
 {
     const double size = QGuiApplication::font().pointSizeF();
     // A font that is set in pixels has no point size.
-    const double scale = size > 0 ? std::clamp(size / standardPointSize(), 0.8, 3.0) : 1.0;
+    const double fontScale = size > 0 ? size / standardPointSize() : 1.0;
+    const double scale = std::clamp(fontScale * m_textFactor, 0.8, 3.0);
     if (qFuzzyCompare(scale, m_textScale))
         return;
     m_textScale = scale;
@@ -132,31 +139,47 @@ void PlatformSettings::setReduced(bool &setting, bool reduced)
         emit reducedMotionChanged();
 }
 
-void PlatformSettings::queryReducedMotion()
+void PlatformSettings::followPortal()
 {
 #ifdef MAROVENDA_DBUS
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return;
-    bus.connect(portalService, portalPath, portalSettings, u"SettingChanged"_s, this,
-                SLOT(portalSettingChanged(QString, QString)));
-    portalSettingChanged(gnomeNamespace, gnomeKey);
-    portalSettingChanged(appearanceNamespace, appearanceKey);
+    if (bus.isConnected()) {
+        bus.connect(portalService, portalPath, portalSettings, u"SettingChanged"_s, this,
+                    SLOT(portalSettingChanged(QString, QString)));
+        // The portal may start after the app.
+        auto *const watcher =
+            new QDBusServiceWatcher(portalService, bus, QDBusServiceWatcher::WatchForRegistration, this);
+        connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &PlatformSettings::queryPortal);
+    }
 #endif
+    queryPortal();
+}
+
+void PlatformSettings::queryPortal()
+{
+#ifdef MAROVENDA_DBUS
+    if (QDBusConnection::sessionBus().isConnected()) {
+        portalSettingChanged(gnomeNamespace, gnomeKey);
+        portalSettingChanged(gnomeNamespace, gnomeTextKey);
+        portalSettingChanged(appearanceNamespace, appearanceKey);
+    }
+#endif
+    queryPhotoPicker();
 }
 
 void PlatformSettings::portalSettingChanged(const QString &area, const QString &key)
 {
 #ifdef MAROVENDA_DBUS
-    const bool gnome = area == gnomeNamespace && key == gnomeKey;
-    if (!gnome && !(area == appearanceNamespace && key == appearanceKey))
+    const bool animations = area == gnomeNamespace && key == gnomeKey;
+    const bool text = area == gnomeNamespace && key == gnomeTextKey;
+    if (!animations && !text && !(area == appearanceNamespace && key == appearanceKey))
         return;
     auto call = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, u"Read"_s);
     call << area << key;
     // Do not start a portal for this: without one, motion is on.
     call.setAutoStartService(false);
     auto *const watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, gnome, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, animations, text, watcher] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         watcher->deleteLater();
         if (reply.isError())
@@ -165,10 +188,14 @@ void PlatformSettings::portalSettingChanged(const QString &area, const QString &
         // The portal wraps the setting in a second variant.
         if (value.canConvert<QDBusVariant>())
             value = value.value<QDBusVariant>().variant();
-        if (gnome)
+        if (animations) {
             setReduced(m_animationsOff, !value.toBool());
-        else
+        } else if (text) {
+            m_textFactor = value.toDouble() > 0 ? value.toDouble() : 1.0;
+            readTextScale();
+        } else {
             setReduced(m_motionReduced, value.toUInt() == 1);
+        }
     });
 #else
     Q_UNUSED(area)

@@ -36,11 +36,14 @@ Q_SIGNALS:
 private:
     void readTextScale();
     void setReduced(bool &setting, bool reduced);
-    void queryReducedMotion();
+    void followPortal();
+    void queryPortal();
     void queryPhotoPicker();
     Q_SLOT void portalSettingChanged(const QString &area, const QString &key);
 
     double m_textScale = 1;
+    /// GNOME's factor for all fonts, which Qt does not apply to its default font.
+    double m_textFactor = 1;
     bool m_animationsOff = false;
     bool m_motionReduced = false;
     bool m_photoPicker = false;
