@@ -17,7 +17,7 @@ function(marovenda_add_tests name)
         add_test(NAME ${test} COMMAND ${name} ${test})
         set_tests_properties(${test} PROPERTIES
             TIMEOUT 300
-            ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;DBUS_SESSION_BUS_ADDRESS=disabled:;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
+            ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QPA_PLATFORMTHEME=generic;QT_QUICK_BACKEND=software;DBUS_SESSION_BUS_ADDRESS=disabled:;LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0")
     endforeach()
     foreach(part IN LISTS arg_PROCESSOR)
         set_tests_properties(tst_${part} PROPERTIES LABELS processor)

@@ -14,6 +14,7 @@ class DesktopCustomer(SwayCustomer):
 
     def _set_environment(self):
         super()._set_environment()
+        os.environ.pop("QT_QPA_PLATFORMTHEME", None)
         # The settings are in a file of the private home.
         os.environ.update(XDG_CURRENT_DESKTOP="GNOME", GSETTINGS_BACKEND="keyfile")
 
