@@ -21,6 +21,8 @@ QByteArray readPhotoFile(const QUrl &file)
     // Anything but a regular file, a pipe for example, might never end.
     if (path.isEmpty() || (file.isLocalFile() && !QFileInfo(path).isFile()))
         return {};
+    // The application may have ended while a network drive answered.
+    Background::signOfLife();
     QFile opened(path);
     if (!opened.open(QFile::ReadOnly | QFile::Unbuffered) || opened.size() > largestFile)
         return {};

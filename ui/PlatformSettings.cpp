@@ -24,12 +24,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-#ifdef MAROVENDA_DBUS
-bool isInstalled(QLatin1StringView theme)
+/// Whether Qt has this platform theme; elsewhere than on Linux there is none to choose.
+[[maybe_unused]] bool isInstalled(QLatin1StringView theme)
 {
     return QFile::exists(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platformthemes/lib"_L1 + theme + ".so"_L1);
 }
-#endif
 
 /// The size of the platform's default font before the customer changes it. GNOME uses 11 points, Plasma 10, and Qt
 /// uses 9 on desktops without a platform theme of Qt's, which GNOME often is.
