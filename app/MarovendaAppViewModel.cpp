@@ -16,6 +16,8 @@ void MarovendaAppViewModel::iniciarSplash()
 {
     logoOpacity = 1.0;
     logoScale = 1.0;
+    // The first frame does not need the session.
+    QTimer::singleShot(200ms, this, [] { Session::instance().prepare(); });
     // Read and check the photo once the logo's animation has ended, so that a damaged store is detected before the
     // first screen is chosen.
     QTimer::singleShot(1200ms, this, [] { Session::instance().userAvatarData(); });

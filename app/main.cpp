@@ -71,5 +71,6 @@ int main(int argc, char *argv[])
     }
     // Delete the view models whose pages were destroyed with the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    Session::instance().finish();
     return code;
 }

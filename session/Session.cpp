@@ -1,11 +1,15 @@
 #include "Session.h"
+#include "StoreLog.h"
 
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QStringDecoder>
 
-#include <chrono>
 #include <cstdio>
+#include <system_error>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -19,13 +23,7 @@ QString textOf(const QByteArray &utf8)
 
 } // namespace
 
-Session::Session(QString directory, QObject *parent) : QObject(parent), m_directory(std::move(directory))
-{
-    // Shorten the log some time after the write: with a large photo, the customer would notice both at once.
-    m_logTimer.setSingleShot(true);
-    m_logTimer.setInterval(std::chrono::seconds(1));
-    connect(&m_logTimer, &QTimer::timeout, this, [this] { store().shortenLog(); });
-}
+Session::Session(QString directory, QObject *parent) : QObject(parent), m_directory(std::move(directory)) {}
 
 Session &Session::instance()
 {
@@ -35,33 +33,74 @@ Session &Session::instance()
 
 QString Session::usersDirectory() { return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation); }
 
+Session::Opened Session::open(const QString &directory, bool prepares)
+{
+    using Key = SessionStore::Key;
+    Opened opened;
+    opened.store = std::make_unique<SessionStore>(directory, printError);
+    opened.userId = opened.store->read(Key::UserId).value_or(QByteArray());
+    opened.nombre = opened.store->read(Key::UserNombre).value_or(QByteArray());
+    opened.email = opened.store->read(Key::UserEmail).value_or(QByteArray());
+    if (prepares) {
+        opened.avatar = opened.store->read(Key::UserAvatar).value_or(QByteArray());
+        if (opened.store->isOpen())
+            StoreLog::start(opened.store->path());
+    }
+    opened.wasReplaced = opened.store->wasReplaced();
+    return opened;
+}
+
+void Session::prepare()
+{
+    if (m_store || m_opening.valid())
+        return;
+    try {
+        m_opening = std::async(std::launch::async, open, m_directory, true);
+    } catch (const std::system_error &) {
+        // The system has no more threads.
+    }
+}
+
+void Session::take(Opened opened)
+{
+    m_store = std::move(opened.store);
+    m_keeper = std::make_unique<StoreKeeper>(m_store->path(), printError);
+    m_store->postponeWhenLocked([this](const SessionStore::Values &values) { m_keeper->writeLater(values); });
+    // What a killed process has written may not be on disk yet.
+    if (QFileInfo(m_store->path() + "-wal"_L1).size() > 0)
+        m_keeper->noteWrite(false);
+    // If a value was damaged, the store was replaced, and the values read before are void too.
+    if (opened.wasReplaced)
+        return;
+    m_userId = opened.userId.toLongLong();
+    m_userNombre = textOf(opened.nombre);
+    m_userEmail = textOf(opened.email);
+    m_userAvatarData = std::move(opened.avatar);
+}
+
+void Session::finish()
+{
+    if (m_opening.valid())
+        m_opening.wait();
+    if (m_store)
+        m_store->postponeWhenLocked(nullptr);
+    m_keeper.reset();
+}
+
 SessionStore &Session::store()
 {
-    if (!m_store) {
-        m_store.emplace(m_directory, printError);
-        load();
-    }
+    if (!m_store)
+        take(m_opening.valid() ? m_opening.get() : open(m_directory, false));
     return *m_store;
 }
 
-void Session::write(const QList<std::pair<SessionStore::Key, QByteArray>> &values)
+void Session::write(const SessionStore::Values &values)
 {
-    store().write(values);
-    if (m_store->isLogLong())
-        m_logTimer.start();
-}
-
-void Session::load()
-{
-    const QByteArray id = m_store->read(SessionStore::Key::UserId).value_or(QByteArray());
-    const QByteArray nombre = m_store->read(SessionStore::Key::UserNombre).value_or(QByteArray());
-    const QByteArray email = m_store->read(SessionStore::Key::UserEmail).value_or(QByteArray());
-    // If a value was damaged, the store was replaced, and the values read before are void too.
-    if (m_store->wasReplaced())
-        return;
-    m_userId = id.toLongLong();
-    m_userNombre = textOf(nombre);
-    m_userEmail = textOf(email);
+    SessionStore &into = store();
+    if (m_keeper && m_keeper->isWriting())
+        m_keeper->writeLater(values);
+    else if (into.write(values) && m_keeper)
+        m_keeper->noteWrite(into.isLogLong());
 }
 
 void Session::clearAll()

@@ -1,16 +1,18 @@
 #pragma once
 
 #include "SessionStore.h"
+#include "StoreKeeper.h"
 
 #include <QByteArray>
 #include <QObject>
 #include <QString>
-#include <QTimer>
 
+#include <future>
+#include <memory>
 #include <optional>
 
-/// The four values that the app stores on the device. Setters write the value to the store before they return. Use it
-/// on the main thread only.
+/// The four values that the app stores on the device. Setters write the value to the store before they return (see
+/// SessionStore::write), but do not wait for the disk or for other processes. Use it on the main thread only.
 ///
 /// If the store cannot be used, the session prints one line on stderr and keeps the values in memory only.
 class Session final : public QObject {
@@ -18,6 +20,13 @@ class Session final : public QObject {
 public:
     /// Creates a session that uses the store in `directory`.
     explicit Session(QString directory, QObject *parent = nullptr);
+
+    /// Opens the store and reads the values on another thread, which may take some time if the store must be created
+    /// first. Without this call, the first use does so.
+    void prepare();
+
+    /// Puts on disk what has been written, for at most five seconds. Call it before the process ends.
+    void finish();
 
     /// Returns the session of the process, which uses the store in the user's data directory. It is created at the
     /// first call and never destroyed.
@@ -53,15 +62,27 @@ Q_SIGNALS:
     void userAvatarDataChanged();
 
 private:
+    /// A store and what it contains.
+    struct Opened {
+        std::unique_ptr<SessionStore> store;
+        QByteArray userId;
+        QByteArray nombre;
+        QByteArray email;
+        std::optional<QByteArray> avatar;
+        bool wasReplaced = false;
+    };
+
+    static Opened open(const QString &directory, bool prepares);
+    void take(Opened opened);
     /// Opens the store at the first call, since the window's first frame does not need it.
     SessionStore &store();
-    void write(const QList<std::pair<SessionStore::Key, QByteArray>> &values);
-    void load();
+    void write(const SessionStore::Values &values);
     void clearAll();
 
     const QString m_directory;
-    std::optional<SessionStore> m_store;
-    QTimer m_logTimer;
+    std::future<Opened> m_opening;
+    std::unique_ptr<SessionStore> m_store;
+    std::unique_ptr<StoreKeeper> m_keeper;
     qint64 m_userId = 0;
     QString m_userNombre;
     QString m_userEmail;

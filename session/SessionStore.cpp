@@ -15,9 +15,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The log should be shortened at the first length, and is shortened during a write at the second one.
 constexpr int longLogPages = 1000;
-constexpr int maxLogPages = 10'000;
+constexpr int usualPatience = 5000;
+/// Less than a frame at 60 Hz.
+constexpr int shortPatience = 8;
 
 /// SQLite detects damage in its own structures, but not in the bytes of a value. The checksum covers the value, its
 /// key, so that values cannot be swapped, and whether there is a value at all. XXH3 detects accidents, not forgery.
@@ -136,15 +137,13 @@ SessionStore::Health SessionStore::tryToOpen()
         return healthOf(code);
     }
     sqlite3_extended_result_codes(database, 1);
-    sqlite3_busy_timeout(database, 5000);
+    sqlite3_busy_timeout(database, m_later ? shortPatience : usualPatience);
     m_logPages = 0;
+    // Replaces SQLite's own hook, which would move a long log into the file during a write.
     sqlite3_wal_hook(
         database,
         [](void *store, sqlite3 *, const char *, int pages) {
-            auto *const self = static_cast<SessionStore *>(store);
-            self->m_logPages = pages;
-            if (pages >= maxLogPages)
-                self->shortenLog();
+            static_cast<SessionStore *>(store)->m_logPages = pages;
             return SQLITE_OK;
         },
         this);
@@ -181,28 +180,29 @@ bool SessionStore::isIntact() const
 
 SessionStore::Health SessionStore::prepareTables()
 {
-    // With these two settings (https://www.sqlite.org/pragma.html#pragma_synchronous) a commit synchronises the log
-    // before it returns, so that it survives a power failure. An interrupted commit is stored completely or not at
-    // all. This requires a disk that keeps the data that it reports as synchronised, and does not damage neighbouring
-    // data while writing.
+    // With these two settings (https://www.sqlite.org/pragma.html#pragma_synchronous) a commit appends to the log and
+    // does not wait for the disk. An interrupted commit is stored completely or not at all. This requires a disk that
+    // keeps the data that it reports as synchronised, and does not damage neighbouring data while writing.
     int code = run("PRAGMA journal_mode = WAL");
     if (code == SQLITE_OK)
-        code = run("PRAGMA synchronous = FULL");
-    if (code == SQLITE_OK)
-        code = run("PRAGMA journal_size_limit = 1048576");
+        code = run("PRAGMA synchronous = NORMAL");
     if (code == SQLITE_OK)
         code = run("PRAGMA cell_size_check = ON");
-    if (code == SQLITE_OK)
+    // The usual start needs no lock: another process may hold it.
+    int found = code == SQLITE_OK ? version(m_database.get(), code) : 0;
+    if (code == SQLITE_OK && found < layoutVersion) {
         code = run("BEGIN IMMEDIATE");
-    const int found = code == SQLITE_OK ? version(code) : 0;
+        if (code == SQLITE_OK)
+            found = version(m_database.get(), code);
+        if (code == SQLITE_OK && found < 0)
+            code = SQLITE_CORRUPT;
+        if (code == SQLITE_OK && found < layoutVersion)
+            code = migrate(found);
+        if (code == SQLITE_OK)
+            code = run("COMMIT");
+    }
     if (code == SQLITE_OK && found > layoutVersion)
         return refuseLaterVersion();
-    if (code == SQLITE_OK && found < 0)
-        code = SQLITE_CORRUPT;
-    if (code == SQLITE_OK && found < layoutVersion)
-        code = migrate(found);
-    if (code == SQLITE_OK)
-        code = run("COMMIT");
     if (code != SQLITE_OK) {
         // sqlite3_errmsg could quote from the file.
         m_problem = u"%1 cannot be used: %2"_s.arg(m_path, QString::fromUtf8(sqlite3_errstr(code)));
@@ -220,9 +220,9 @@ SessionStore::Health SessionStore::refuseLaterVersion()
     return Health::Unusable;
 }
 
-int SessionStore::version(int &code) const
+int SessionStore::version(sqlite3 *database, int &code)
 {
-    const Statement statement = prepare("PRAGMA user_version", code);
+    const Statement statement = prepare(database, "PRAGMA user_version", code);
     if (!statement)
         return 0;
     code = sqlite3_step(statement.get());
@@ -335,10 +335,10 @@ int SessionStore::quickCheck(sqlite3 *database)
     return code;
 }
 
-SessionStore::Statement SessionStore::prepare(const char *sql, int &code) const
+SessionStore::Statement SessionStore::prepare(sqlite3 *database, const char *sql, int &code)
 {
     sqlite3_stmt *statement = nullptr;
-    code = sqlite3_prepare_v2(m_database.get(), sql, -1, &statement, nullptr);
+    code = sqlite3_prepare_v2(database, sql, -1, &statement, nullptr);
     return Statement(statement);
 }
 
@@ -396,31 +396,43 @@ SessionStore::Health SessionStore::readRow(Key key, std::optional<QByteArray> &v
     return healthOf(code);
 }
 
-bool SessionStore::write(const QList<std::pair<Key, QByteArray>> &values)
+int SessionStore::write(sqlite3 *database, const Values &values)
+{
+    int code = sqlite3_exec(database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+    // A later version of the app may have changed the layout since the file was opened.
+    if (code == SQLITE_OK && version(database, code) > layoutVersion)
+        code = SQLITE_SCHEMA;
+    for (const auto &[key, value] : values) {
+        if (code == SQLITE_OK)
+            code = update(database, key, value);
+    }
+    if (code == SQLITE_OK)
+        code = sqlite3_exec(database, "COMMIT", nullptr, nullptr, nullptr);
+    // Some errors roll the transaction back automatically.
+    if (code != SQLITE_OK && !sqlite3_get_autocommit(database))
+        sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+    return code;
+}
+
+bool SessionStore::write(const Values &values)
 {
     if (m_database)
         reopenIfMoved();
     if (!m_database)
         return false;
-    int code = run("BEGIN IMMEDIATE");
-    // A later version of the app may have changed the layout since the file was opened.
-    if (code == SQLITE_OK && version(code) > layoutVersion) {
-        handle(refuseLaterVersion());
-        return false;
-    }
-    for (const auto &[key, value] : values) {
-        if (code == SQLITE_OK)
-            code = update(key, value);
-    }
-    if (code == SQLITE_OK)
-        code = run("COMMIT");
+    const int code = write(m_database.get(), values);
     if (code == SQLITE_OK) {
         m_reported = false;
         return true;
     }
-    // Some errors roll the transaction back automatically.
-    if (!sqlite3_get_autocommit(m_database.get()))
-        run("ROLLBACK");
+    if (code == SQLITE_SCHEMA) {
+        handle(refuseLaterVersion());
+        return false;
+    }
+    if ((code & 0xFF) == SQLITE_BUSY && m_later) {
+        m_later(values);
+        return true;
+    }
     QStringList names;
     for (const auto &[key, value] : values)
         names += QLatin1String(name(key));
@@ -429,10 +441,17 @@ bool SessionStore::write(const QList<std::pair<Key, QByteArray>> &values)
     return false;
 }
 
-int SessionStore::update(Key key, const QByteArray &value) const
+void SessionStore::postponeWhenLocked(std::function<void(const Values &values)> later)
+{
+    m_later = std::move(later);
+    if (m_database)
+        sqlite3_busy_timeout(m_database.get(), shortPatience);
+}
+
+int SessionStore::update(sqlite3 *database, Key key, const QByteArray &value)
 {
     int code = SQLITE_OK;
-    const Statement statement = prepare("UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
+    const Statement statement = prepare(database, "UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
     if (!statement)
         return code;
     // A null pointer would be bound as NULL, which means "never written"; constData never returns one.
@@ -443,18 +462,10 @@ int SessionStore::update(Key key, const QByteArray &value) const
     code = sqlite3_step(statement.get());
     if (code != SQLITE_DONE)
         return code;
-    return sqlite3_changes(m_database.get()) == 1 ? SQLITE_OK : SQLITE_CORRUPT;
+    return sqlite3_changes(database) == 1 ? SQLITE_OK : SQLITE_CORRUPT;
 }
 
 bool SessionStore::isLogLong() const { return m_logPages >= longLogPages; }
-
-void SessionStore::shortenLog()
-{
-    // Pages that cannot be moved now stay in the log.
-    m_logPages = 0;
-    if (m_database)
-        sqlite3_wal_checkpoint_v2(m_database.get(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-}
 
 bool SessionStore::wasReplaced() { return std::exchange(m_replaced, false); }
 

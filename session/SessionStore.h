@@ -14,8 +14,12 @@ struct sqlite3;
 struct sqlite3_stmt;
 
 /// Stores the session's four values in a SQLite database that only the user can read. Each value has a fixed key and
-/// a checksum, and can be changed without rewriting the others. A write that returned true is on disk: the database
-/// is in WAL mode and synchronised at each commit (https://www.sqlite.org/pragma.html#pragma_synchronous, FULL).
+/// a checksum, and can be changed without rewriting the others.
+///
+/// A write that returned true is in the system's hands: it survives the end of the process, however the process ends.
+/// It is on disk once StoreFile::synchroniseLog has run. A loss of power before that undoes whole writes, the last
+/// ones first: the database is in WAL mode and its commits do not wait for the disk
+/// (https://www.sqlite.org/pragma.html#pragma_synchronous, NORMAL).
 ///
 /// If the file cannot be opened, the store reports that once through `report`, reads nothing and refuses every write.
 /// If the file is damaged, the store reports that, renames the file, and starts a new one with empty values; if the
@@ -40,20 +44,30 @@ public:
     SessionStore(const SessionStore &) = delete;
     SessionStore &operator=(const SessionStore &) = delete;
 
+    bool isOpen() const { return m_database != nullptr; }
+
     /// Returns the bytes of a value, or nothing if it was never written or cannot be read. Reading a damaged value
     /// replaces the whole file, so that values read before are void; see `wasReplaced`.
     std::optional<QByteArray> read(Key key);
 
+    using Values = QList<std::pair<Key, QByteArray>>;
+
     /// Writes a value. If that fails, reports the reason, keeps the old value and returns false.
     bool write(Key key, const QByteArray &value) { return write({{key, value}}); }
     /// Writes several values in one transaction.
-    bool write(const QList<std::pair<Key, QByteArray>> &values);
+    bool write(const Values &values);
+    /// The same on an open database; returns SQLite's result code. Leaves a database of a later layout unchanged and
+    /// returns SQLITE_SCHEMA.
+    static int write(sqlite3 *database, const Values &values);
 
-    /// Returns whether it is time to call `shortenLog`. With a large photo that takes about as long as the write did.
-    /// If nobody calls it, a later write shortens the log before it becomes very large.
+    /// While another process writes, a write waits for at most five seconds. After this call it waits for less than a
+    /// frame of the display, and then passes the values to `later` and returns true.
+    void postponeWhenLocked(std::function<void(const Values &values)> later);
+
+    /// Returns whether it is time to call StoreLog::shorten.
     bool isLogLong() const;
-    /// Moves the contents of the log into the database file. Values are safe in the log as well.
-    void shortenLog();
+    /// The path of the database.
+    const QString &path() const { return m_path; }
 
     /// Returns whether the file was found damaged since the last call, even if it could not be renamed.
     bool wasReplaced();
@@ -82,13 +96,14 @@ private:
     Health prepareTables();
     Health refuseLaterVersion();
     int makeTable() const;
-    int version(int &code) const;
     int migrate(int version) const;
-    int update(Key key, const QByteArray &value) const;
     Health checkStructure();
     int checkRows() const;
     Health healthOf(int code) const;
-    Statement prepare(const char *sql, int &code) const;
+    Statement prepare(const char *sql, int &code) const { return prepare(m_database.get(), sql, code); }
+    static Statement prepare(sqlite3 *database, const char *sql, int &code);
+    static int version(sqlite3 *database, int &code);
+    static int update(sqlite3 *database, Key key, const QByteArray &value);
     int run(const QByteArray &sql) const;
     static int quickCheck(sqlite3 *database);
     Health readRow(Key key, std::optional<QByteArray> &value);
@@ -104,6 +119,7 @@ private:
     const QString m_directory;
     const QString m_path;
     Report m_report;
+    std::function<void(const Values &values)> m_later;
     std::unique_ptr<sqlite3, Closer> m_database;
     QString m_problem;
     /// The length of the log after the last write, in pages of 4 KiB.

@@ -190,6 +190,16 @@ void StoreFile::synchroniseFoldersOf(const QString &directory)
     } while (!folder.isRoot());
 }
 
+QString StoreFile::synchroniseLog(const QString &path)
+{
+    const int file = ::open(QFile::encodeName(path + "-wal"_L1).constData(), O_RDWR | O_CLOEXEC);
+    if (file < 0)
+        return {};
+    const int error = ::fdatasync(file) == 0 ? 0 : errno;
+    ::close(file);
+    return error == 0 ? QString() : u"%1 cannot be synchronised: %2"_s.arg(path, qt_error_string(error));
+}
+
 bool StoreFile::moveAside(const QString &path)
 {
     const auto aside = [&](int number, QLatin1StringView companion) {

@@ -49,6 +49,11 @@ bool canBeRead(const QString &path);
 /// the store's folder. Like SQLite, ignores folders that cannot be synchronised.
 void synchroniseFoldersOf(const QString &directory);
 
+/// Synchronises the log of the store at `path`; SQLite has synchronised its header and its name when it made it.
+/// Returns an error message, or an empty string on success and if there is no log. Uses only the log's own
+/// descriptor, so it can be called on any thread while SQLite has the store open.
+QString synchroniseLog(const QString &path);
+
 /// Renames the file, its log and its journal to PATH.damaged-N. Returns false if one of them could not be renamed.
 bool moveAside(const QString &path);
 

@@ -1,13 +1,17 @@
 """What the app takes of the machine: no time while nothing moves, little memory for long lists. The build that customers
 get: the sanitizers of the other one take memory of their own."""
 
+import contextlib
+import os
 import pathlib
+import sqlite3
+import subprocess
 import time
 
-from customer import REGISTER
+from customer import NAME, REGISTER
 from scripted import ScriptedServer, reply
 from service import demo_port
-from stage import BRUNO, story
+from stage import ANA, BRUNO, story
 
 # Long enough for a caret that blinks and a spinner that turns.
 IDLE = 3
@@ -74,3 +78,52 @@ def hundred_thousand_packages(stage):
         more = peak_memory(phone) - before
         print(f"{more} MB more at its peak than at the sign-in")
         assert more < 100, f"{more} MB"
+
+
+@story
+def slow_disk(stage):
+    """Whatever the app stores, its main thread waits for no disk. Every synchronisation takes as long as on a phone."""
+    log = stage.folder / "synchronisations"
+
+    def prepare(phone):
+        os.environ.update(LD_PRELOAD=str(pathlib.Path(stage.app).parent / "tests" / "slow-disk.so"),
+                          MAROVENDA_DISK_DELAY="50", MAROVENDA_DISK_LOG=str(log))
+
+    def waited():
+        return log.read_text().split() if log.exists() else []
+
+    def type_and_wait(phone, text):
+        before = len(waited())
+        phone.write(text)
+        phone.wait_for(lambda: len(waited()) > before, "the synchronisation of what was typed")
+
+    with stage.customer(stage.release_app, prepare=prepare) as phone:
+        photo = phone.home / "Pictures" / "grande.png"
+        photo.parent.mkdir()
+        # Long enough for the store's log to be shortened.
+        subprocess.run(["convert", "-size", "1300x1300", "xc:red", "+noise", "Random", "-depth", "8", str(photo)], check=True)
+        assert photo.stat().st_size > 4_500_000
+        phone.sign_in(ANA, "230 Paquetes")
+        phone.enter("Perfil")
+        phone.focus(NAME)
+        # Typing, a pause, and typing again.
+        type_and_wait(phone, "abcdefghijklmnopqrst")
+        type_and_wait(phone, "u")
+        phone.pick_photo("grande")
+        phone.send({}, "Guardar Cambios", "Perfil actualizado con éxito", "alert")
+        store = phone.home / "data" / "marovenda" / "session.sqlite"
+        phone.wait_for(lambda: store.stat().st_size > 4_500_000, "the photo in the store's file")
+        phone.focus(NAME)
+        type_and_wait(phone, "v")
+        phone.close()
+        # Another program has moved the log into the file and deleted it.
+        with contextlib.closing(sqlite3.connect(store)) as database:
+            value, = database.execute("SELECT value FROM session WHERE key = 'user_nombre'").fetchone()
+            assert value.endswith(b"tuv"), value
+        assert not store.with_name("session.sqlite-wal").exists()
+        phone.open(stage.release_app)
+        phone.find("230 Paquetes")
+        phone.enter("Perfil")
+        phone.focus(NAME)
+        type_and_wait(phone, "w")
+        assert "main" not in waited(), waited()

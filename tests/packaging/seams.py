@@ -41,7 +41,7 @@ SEAMS = {
     "check/main.cpp": r"unistd\.h | isatty | STDOUT_FILENO",
     "demo/main.cpp": r"sig\w+ | pthread_sigmask | SIG\w+",
     "screens/logistics/ParseDecimal.cpp": r"x?locale\.h | _WIN32 | __APPLE__ | locale_t | newlocale | _?strtod_l | _create_locale",
-    "session/StoreFile.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | fsync | O_\w+",
+    "session/StoreFile.cpp": r"fcntl\.h | unistd\.h | sys/file\.h | ::open | ::close | flock | fsync | fdatasync | O_\w+",
     "ui/Copying.cpp": r"private/qaccessiblequickitem_p\.h | private/qquickitem_p\.h",
     "ui/HeldKeys.cpp": r"xcb_\w+",
     "ui/PlatformSettings.cpp": r"QDBus\w* | MAROVENDA_DBUS | Q_OS_\w+ | XDG_CURRENT_DESKTOP | org\.\w+",

@@ -5,6 +5,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <sqlite3.h>
+
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -18,6 +20,8 @@ private Q_SLOTS:
     void everyNumberIsKept();
     void everyTextIsKept_data();
     void everyTextIsKept();
+    void preparedValuesAreThere();
+    void writesWaitForAnotherProcessElsewhere();
     void logOfALargePhotoIsShortenedLater();
     void everyObserverHearsEachChangeOnce();
     void writingTheSameValueIsNoChange();
@@ -122,6 +126,49 @@ void SessionTest::everyTextIsKept()
     Session session(folder.path());
     QVERIFY(session.userNombre() == text);
     QVERIFY(session.userEmail() == text);
+}
+
+void SessionTest::preparedValuesAreThere()
+{
+    const Folder folder;
+    folder.fill();
+    Session session(folder.path());
+    session.prepare();
+    QCOMPARE(session.userNombre(), u"Ana Núñez"_s);
+    QCOMPARE(session.userAvatarData(), *Stores::sample[3]);
+    damage(folder, "user_avatar");
+    Session damaged(folder.path());
+    damaged.prepare();
+    expectNobody(damaged);
+    // Preparing a store and leaving it makes it.
+    const Folder made;
+    Session left(made.path());
+    left.prepare();
+    left.finish();
+    QVERIFY(QFile::exists(made.file()));
+}
+
+void SessionTest::writesWaitForAnotherProcessElsewhere()
+{
+    const Folder folder;
+    Session session(folder.path());
+    signIn(session);
+    sqlite3 *other = nullptr;
+    QCOMPARE(sqlite3_open(QFile::encodeName(folder.file()).constData(), &other), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    session.setUserNombre(u"Eva"_s);
+    session.setUserEmail(u"eva@b.example"_s);
+    // Written after the others although the store is free by then.
+    QCOMPARE(sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
+    session.setUserNombre(u"Eva Díaz"_s);
+    sqlite3_close(other);
+    session.finish();
+    // What is written after that is written at once.
+    session.setUserId(7);
+    Session again(folder.path());
+    QCOMPARE(again.userNombre(), u"Eva Díaz"_s);
+    QCOMPARE(again.userEmail(), u"eva@b.example"_s);
+    QCOMPARE(again.userId(), 7);
 }
 
 void SessionTest::logOfALargePhotoIsShortenedLater()
@@ -257,6 +304,7 @@ void SessionTest::withoutAStoreTheValuesLiveOn()
         const auto files = folder.files();
         {
             Session session(directory);
+            session.prepare();
             expectNobody(session);
             const Observer observer(session);
             signIn(session);

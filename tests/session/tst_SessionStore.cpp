@@ -1,4 +1,5 @@
 #include "MarovendaTest.h"
+#include "StoreLog.h"
 #include "Stores.h"
 
 #include <QTest>
@@ -25,8 +26,7 @@ private Q_SLOTS:
     void readableByTheUserAlone();
     void openToOthersIsClosedAgain();
     void missingFoldersAreMade();
-    void longLogIsShortenedWhenAsked();
-    void endlessLogIsShortenedByItself();
+    void longLogIsShortened();
 };
 
 void SessionStoreTest::writtenValuesAreThereAfterARestart_data()
@@ -153,7 +153,7 @@ void SessionStoreTest::missingFoldersAreMade()
     QCOMPARE(Watched(deep).values(), Stores::sample);
 }
 
-void SessionStoreTest::longLogIsShortenedWhenAsked()
+void SessionStoreTest::longLogIsShortened()
 {
     const Folder folder;
     const Watched store(folder.path());
@@ -163,27 +163,14 @@ void SessionStoreTest::longLogIsShortenedWhenAsked()
     QVERIFY(store.store->write(Key::UserAvatar, photo));
     QVERIFY(store.store->isLogLong());
     QVERIFY(folder.bytes().size() < photo.size());
-    store.store->shortenLog();
-    QVERIFY(!store.store->isLogLong());
+    StoreLog::shorten(folder.file());
     QVERIFY(folder.bytes().size() > photo.size());
+    QVERIFY(QFileInfo(folder.file(u"-wal"_s)).size() <= qsizetype(1024) * 1024);
     // The next write begins a short log.
     QVERIFY(store.store->write(Key::UserNombre, "Bea"));
     QVERIFY(!store.store->isLogLong());
-    QVERIFY(QFileInfo(folder.file(u"-wal"_s)).size() <= qsizetype(1024) * 1024);
     QCOMPARE(store.store->read(Key::UserAvatar), photo);
     QCOMPARE(store.store->read(Key::UserNombre), "Bea");
-}
-
-void SessionStoreTest::endlessLogIsShortenedByItself()
-{
-    const Folder folder;
-    const Watched store(folder.path());
-    const QByteArray photo(qsizetype(6) * 1024 * 1024, 'p');
-    for (int i = 0; i < 20; ++i) {
-        QVERIFY(store.store->write(Key::UserAvatar, photo.first(photo.size() - i)));
-        QVERIFY(QFileInfo(folder.file(u"-wal"_s)).size() < 9 * photo.size());
-    }
-    QVERIFY(folder.bytes().size() > photo.size());
 }
 
 MAROVENDA_TEST(SessionStoreTest)

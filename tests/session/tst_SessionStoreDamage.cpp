@@ -60,7 +60,6 @@ void SessionStoreDamageTest::expectLeftAlone(const Folder &folder, Watched &stor
     QVERIFY(!store.replaced);
     QVERIFY(!store.write(Stores::sample));
     QVERIFY(!store.store->write({{Key::UserId, "7"}, {Key::UserNombre, "Eva"}}));
-    store.store->shortenLog();
     QCOMPARE(store.values(), Values());
     QCOMPARE(store.reports.size(), 1);
     QVERIFY2(store.reports.first().contains(folder.file()), qPrintable(store.reports.first()));

@@ -21,8 +21,9 @@ QByteArray cleaned(const char *path)
     return clean;
 }
 
-bool concerns(const char *path) { return state().on && path && QByteArrayView(path).startsWith(state().folder); }
-bool concerns(int fd) { return state().on && state().open.contains(fd); }
+bool isWatched() { return state().on && state().thread == std::this_thread::get_id(); }
+bool concerns(const char *path) { return isWatched() && path && QByteArrayView(path).startsWith(state().folder); }
+bool concerns(int fd) { return isWatched() && state().open.contains(fd); }
 
 bool diesNow(Death death)
 {
@@ -88,6 +89,7 @@ void watch(const QByteArray &folder, const Plan &plan)
     watch = Watch();
     watch.folder = folder;
     watch.plan = plan;
+    watch.thread = std::this_thread::get_id();
     watch.on = true;
 }
 

@@ -6,7 +6,8 @@
 #include <cerrno>
 
 /// The file calls of this process (of Qt and SQLite, that is) below one folder: noted, refused, or cut off by death.
-/// The program defines the C library's functions itself, so the libraries call these. For one thread.
+/// The program defines the C library's functions itself, so the libraries call these. Only those of the thread that
+/// called `watch`.
 namespace FileCalls {
 
 enum class Kind { MakeDirectory, Create, Write, Truncate, Sync, Remove, Rename, Mode, Mark };

@@ -4,6 +4,8 @@
 
 #include <QHash>
 
+#include <thread>
+
 /// What the functions in LibraryCalls.cpp ask before a call and tell after it.
 namespace FileCalls {
 
@@ -12,6 +14,7 @@ struct Watch {
     Plan plan;
     qint64 count = 0;
     bool on = false;
+    std::thread::id thread = {};
     QByteArray firstRefused;
     QList<Call> calls;
     QHash<int, QByteArray> open;

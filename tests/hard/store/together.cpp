@@ -2,6 +2,7 @@
 
 #include "Checks.h"
 #include "FileCalls.h"
+#include "StoreLog.h"
 
 #include <csignal>
 #include <sys/wait.h>
@@ -193,7 +194,7 @@ void largePhoto(Tally &tally, const Form &form)
             FileCalls::watch(QFile::encodeName(folder.path()), deathAt(between(random, 1, 25'000)));
             const Watched store(folder.path());
             const bool written = store.store->write(SessionStore::Key::UserAvatar, other);
-            store.store->shortenLog();
+            StoreLog::shorten(store.store->path());
             _exit(written ? 0 : 1);
         }
         const int end = statusOf(writer);

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "SessionStore.h"
+
+#include <memory>
+
+/// A thread that puts a store's writes on disk (see StoreFile::synchroniseLog and StoreLog), so that no other thread
+/// waits for the disk.
+///
+/// Starts to synchronise within 0.3 s after the first write that is not on disk yet, also while further writes
+/// follow.
+class StoreKeeper {
+public:
+    /// Reports a problem through `report`, on its own thread, once until it has succeeded again.
+    StoreKeeper(const QString &path, SessionStore::Report report);
+    /// Waits until all is on disk, for at most five seconds.
+    ~StoreKeeper();
+    StoreKeeper(const StoreKeeper &) = delete;
+    StoreKeeper &operator=(const StoreKeeper &) = delete;
+
+    /// Call it after each write. `isLogLong` tells that the log is to be shortened.
+    void noteWrite(bool isLogLong);
+
+    /// Writes the values as soon as no other process has locked the store. Writes happen in the order of the calls.
+    void writeLater(const SessionStore::Values &values);
+    /// Returns whether such a write is still waiting; later writes must then wait too.
+    bool isWriting() const;
+
+private:
+    struct Shared;
+
+    /// Wakes the thread, or starts it. Call it with the mutex locked.
+    void start();
+
+    const std::shared_ptr<Shared> m_shared;
+};
