@@ -35,12 +35,25 @@ struct Refused {
     QString message;
 };
 
+void setBody(httplib::Response &to, std::string body)
+{
+    // The library would take half a minute to compress a listing with a large photo.
+    constexpr std::size_t longestCompressed = std::size_t(1024) * 1024;
+    if (body.size() <= longestCompressed)
+        return to.set_content(std::move(body), jsonType);
+    const std::size_t size = body.size();
+    to.set_content_provider(size, jsonType,
+                            [body = std::move(body)](std::size_t from, std::size_t length, httplib::DataSink &sink) {
+                                return sink.write(body.data() + from, length);
+                            });
+}
+
 template <Record R>
 void reply(httplib::Response &to, const R &record, int status = 200)
 {
     const QByteArray body = Json::write(record).value_or(QByteArray("{}"));
     to.status = status;
-    to.set_content(body.constData(), static_cast<std::size_t>(body.size()), jsonType);
+    setBody(to, body.toStdString());
 }
 
 void refuse(httplib::Response &to, const Refused &why)
@@ -339,7 +352,7 @@ Service::Implementation::Implementation()
     const std::string listing = pathOf(Endpoints::paquetes);
     m_endpoints.push_back({listing, "GET"});
     server.Get(listing, [this](const httplib::Request &request, httplib::Response &response) {
-        answerOrReport(response, [&] { response.set_content(m_listings.of(*store, customerOf(request)), jsonType); });
+        answerOrReport(response, [&] { setBody(response, m_listings.of(*store, customerOf(request))); });
     });
     refuseUnknownRequests();
     answerEverythingElse();
