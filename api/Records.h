@@ -53,6 +53,9 @@ struct PerfilRequest {
     QString password;
     /// The photo's bytes in base64, or empty.
     QString avatar_base64;
+
+    /// The size of the largest photo, in bytes.
+    static constexpr qint64 largestPhoto = qint64(64) * 1024 * 1024;
 };
 BOOST_DESCRIBE_STRUCT(PerfilRequest, (), (user_id, nombre, email, password, avatar_base64))
 

@@ -25,9 +25,24 @@ constexpr auto address = "127.0.0.1";
 constexpr auto jsonType = "application/json";
 constexpr auto success = "success"_L1;
 constexpr auto error = "error"_L1;
-constexpr std::size_t largestBody = std::size_t(32) * 1024 * 1024;
+constexpr qsizetype mebibyte = qsizetype(1024) * 1024;
+constexpr qsizetype largestBody = 32 * mebibyte;
+/// The same for a profile, which may contain a photo.
+constexpr qsizetype largestProfile = 192 * mebibyte;
 constexpr qsizetype longestText = 10'000;
+// In base64 three bytes of a photo take four characters, or eight bytes in JSON if each is a "\/". A character of the
+// other three texts takes at most six bytes.
+static_assert(largestProfile > (PerfilRequest::largestPhoto + 2) / 3 * 8 + longestText * 18 + 1000);
 constexpr std::size_t threads = 8;
+
+/// The listing of an unknown customer. The app ignores the message.
+struct RefusedListing {
+    QString status;
+    QString message;
+    QList<DashboardResponse::Paquete> paquetes;
+    QList<DashboardResponse::Cotizacion> cotizaciones;
+};
+BOOST_DESCRIBE_STRUCT(RefusedListing, (), (status, message, paquetes, cotizaciones))
 
 /// A request that violates the protocol: the HTTP status, and a message that says how.
 struct Refused {
@@ -109,19 +124,23 @@ void checkLengths(const R &record)
 }
 
 template <Record R>
-R readRecord(const std::string &body)
+R readRecord(QByteArray body)
 {
-    auto read = Json::read<R>(QByteArrayView(body.data(), static_cast<qsizetype>(body.size())));
+    auto read = Json::readAndFree<R>(std::move(body));
     if (!read)
         throw Refused{400, u"Solicitud no válida: "_s + read.error};
     checkLengths(*read.record);
     return std::move(*read.record);
 }
 
-std::string readBody(const httplib::Request &request, const httplib::Response &response,
-                     const httplib::ContentReader &content)
+QByteArray readBody(const httplib::Request &request, const httplib::Response &response,
+                    const httplib::ContentReader &content, qsizetype largest)
 {
     constexpr int tooLarge = 413;
+    const auto refusal = [&] {
+        return Refused{tooLarge,
+                       u"La solicitud es demasiado grande: el máximo es de %1 MiB"_s.arg(largest / mebibyte)};
+    };
     if (!equalIgnoringCase(request.get_header_value("Content-Type"), jsonType))
         throw Refused{400, u"Solicitud no válida: Content-Type must be application/json"_s};
     // Without a length, the library would wait until the connection is closed.
@@ -130,16 +149,21 @@ std::string readBody(const httplib::Request &request, const httplib::Response &r
     // The app never compresses a body, and a small compressed body can expand to any size.
     if (request.has_header("Content-Encoding"))
         throw Refused{415, u"Solicitud no válida: Content-Encoding must be absent"_s};
-    std::string body;
-    bool fits = true;
+    const qint64 announced = QByteArray::fromStdString(request.get_header_value("Content-Length")).toLongLong();
+    QByteArray body;
+    body.reserve(std::clamp<qint64>(announced, 0, largest) + Json::readBeyond);
+    qsizetype received = 0;
     const bool complete = content([&](const char *bytes, std::size_t count) {
-        fits = count <= largestBody - body.size();
-        if (fits)
-            body.append(bytes, count);
-        return fits;
+        received += static_cast<qsizetype>(count);
+        if (received <= largest)
+            body.append(bytes, static_cast<qsizetype>(count));
+        else
+            body = {};
+        // If the rest were not read, the connection would break before the client has read the refusal.
+        return received <= largestProfile;
     });
-    if (!fits || response.status == tooLarge)
-        throw Refused{tooLarge, u"La solicitud es demasiado grande: el máximo es de 32 MiB"_s};
+    if (received > largest || response.status == tooLarge)
+        throw refusal();
     if (!complete)
         throw Refused{400, u"Solicitud no válida: body incomplete"_s};
     return body;
@@ -154,11 +178,15 @@ std::optional<qint64> customerNumber(const QString &text)
 
 qint64 customerOf(const httplib::Request &request)
 {
-    if (request.get_param_value_count("user_id") != 1)
-        throw Refused{400, u"Solicitud no válida: user_id: must be given once"_s};
-    if (const auto id = customerNumber(QString::fromStdString(request.get_param_value("user_id"))))
-        return *id;
-    throw Refused{400, u"Solicitud no válida: user_id: must be a whole number of 64 bits"_s};
+    // The library splits "user_id=2=1" differently from version to version, and takes the 1 in some.
+    const QString target = QString::fromStdString(request.target);
+    constexpr auto prefix = "user_id="_L1;
+    const QString query = target.mid(target.indexOf(u'?') + 1);
+    if (target.contains(u'?') && query.startsWith(prefix)) {
+        if (const auto id = customerNumber(query.mid(prefix.size())))
+            return *id;
+    }
+    throw Refused{400, u"Solicitud no válida: user_id: the query must be user_id= and a whole number of 64 bits"_s};
 }
 
 bool looksLikeEmail(const QString &email)
@@ -252,13 +280,13 @@ StandardResponse importVehicle(Store &store, const AutoRequest &request)
     return store.addVehicleRequest(request) ? done(u"Recibimos tu solicitud de importación"_s) : unknownCustomer();
 }
 
-DashboardResponse listing(Store &store, qint64 id)
+QByteArray listing(Store &store, qint64 id)
 {
     auto all = store.listing(id);
     if (!all)
-        return {error, std::nullopt, QList<DashboardResponse::Paquete>(), QList<DashboardResponse::Cotizacion>()};
+        return Json::write(RefusedListing{error, unknownCustomer().message.value_or(QString()), {}, {}}).value();
     all->status = success;
-    return std::move(*all);
+    return Json::write(*all).value();
 }
 
 /// Returns the message for requests that the library itself refuses, such as those with an invalid head.
@@ -290,8 +318,7 @@ public:
         m_edition = edition;
         auto found = m_written.find(customer);
         if (found == m_written.end()) {
-            const QByteArray body = Json::write(listing(store, customer)).value_or(QByteArray("{}"));
-            found = m_written.emplace(customer, body.toStdString()).first;
+            found = m_written.emplace(customer, listing(store, customer).toStdString()).first;
         }
         return found->second;
     }
@@ -315,7 +342,7 @@ public:
 
 private:
     template <Record Request, Record Reply>
-    void answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &));
+    void answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &), qsizetype largest = largestBody);
     template <class Work>
     void answerOrReport(httplib::Response &response, Work work);
     void refuseUnknownRequests();
@@ -327,12 +354,13 @@ private:
     };
     std::vector<Endpoint> m_endpoints;
     Listings m_listings;
+    std::mutex m_largeBodies;
 };
 
 Service::Implementation::Implementation()
 {
     server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
-    server.set_payload_max_length(largestBody);
+    server.set_payload_max_length(largestProfile);
     // One request per connection: the rest of a refused request must not be read as the next one.
     server.set_keep_alive_max_count(1);
     server.set_keep_alive_timeout(2);
@@ -345,7 +373,7 @@ Service::Implementation::Implementation()
     answer(Endpoints::login, login);
     answer(Endpoints::recuperar, recover);
     answer(Endpoints::registro, registerCustomer);
-    answer(Endpoints::perfil, saveProfile);
+    answer(Endpoints::perfil, saveProfile, largestProfile);
     answer(Endpoints::casillero, mailbox);
     answer(Endpoints::cotizar, quote);
     answer(Endpoints::importarAuto, importVehicle);
@@ -359,14 +387,20 @@ Service::Implementation::Implementation()
 }
 
 template <Record Request, Record Reply>
-void Service::Implementation::answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &))
+void Service::Implementation::answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &),
+                                     qsizetype largest)
 {
     const std::string path = pathOf(endpoint);
     m_endpoints.push_back({path, "POST"});
-    server.Post(path, [this, work](const httplib::Request &request, httplib::Response &response,
-                                   const httplib::ContentReader &content) {
+    server.Post(path, [this, work, largest](const httplib::Request &request, httplib::Response &response,
+                                            const httplib::ContentReader &content) {
         answerOrReport(response, [&] {
-            reply(response, work(*store, readRecord<Request>(readBody(request, response, content))));
+            QByteArray body = readBody(request, response, content, largest);
+            std::unique_lock lock(m_largeBodies, std::defer_lock);
+            // Reading a body takes several times its size in memory.
+            if (body.size() > largestBody)
+                lock.lock();
+            reply(response, work(*store, readRecord<Request>(std::move(body))));
         });
     });
 }

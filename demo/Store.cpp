@@ -19,6 +19,8 @@ namespace {
 constexpr qint32 applicationId = 0x4d727664;
 constexpr qsizetype applicationIdOffset = 68;
 constexpr int layoutVersion = 1;
+/// The app ignores the photo in a listing, and reads no listing of more than 64 MiB.
+constexpr qint64 largestListedPhoto = qint64(8) * 1024 * 1024;
 constexpr auto ownerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 
 constexpr auto tables = R"(
@@ -353,8 +355,8 @@ void Store::addRecoveryRequest(const QString &email)
 std::optional<DashboardResponse> Store::listing(qint64 id) const
 {
     const std::scoped_lock lock(m_mutex);
-    Statement customer(*this, "SELECT avatar FROM customers WHERE id = ?");
-    if (!customer.add(id).next())
+    Statement customer(*this, "SELECT CASE WHEN length(avatar) <= ? THEN avatar END FROM customers WHERE id = ?");
+    if (!customer.add(largestListedPhoto).add(id).next())
         return std::nullopt;
     DashboardResponse all;
     if (const QByteArray avatar = customer.bytes(0); !avatar.isEmpty())

@@ -61,8 +61,8 @@ public:
     /// Stores the request, even if no customer has this e-mail address.
     void addRecoveryRequest(const QString &email);
 
-    /// Returns the customer's photo in base64, and packages and quotations, newest first. Returns nothing if the
-    /// customer does not exist.
+    /// Returns the customer's photo in base64, unless it is large, and packages and quotations, newest first. Returns
+    /// nothing if the customer does not exist.
     std::optional<DashboardResponse> listing(qint64 id) const;
     /// Returns a number that changes whenever the database changes, also from another process.
     qint64 edition() const;

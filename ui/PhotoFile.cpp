@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr qint64 largestFile = qint64(64) * 1024 * 1024;
 constexpr qsizetype step = qsizetype(1024) * 1024;
 
 } // namespace
@@ -24,12 +23,12 @@ QByteArray readPhotoFile(const QUrl &file)
     // The application may have ended while a network drive answered.
     Background::signOfLife();
     QFile opened(path);
-    if (!opened.open(QFile::ReadOnly | QFile::Unbuffered) || opened.size() > largestFile)
+    if (!opened.open(QFile::ReadOnly | QFile::Unbuffered) || opened.size() > largestPhotoFile)
         return {};
     const qint64 size = opened.size();
     QByteArray bytes;
     bytes.reserve(size + 1);
-    while (bytes.size() <= largestFile) {
+    while (bytes.size() <= largestPhotoFile) {
         Background::signOfLife();
         const qsizetype before = bytes.size();
         // Reads one byte more than the size, to detect the end; some files report no size.

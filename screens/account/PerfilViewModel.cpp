@@ -2,9 +2,12 @@
 
 #include "ApiClient.h"
 #include "Endpoints.h"
+#include "PhotoFile.h"
 #include "PhotoLoader.h"
 
 using namespace Qt::StringLiterals;
+
+static_assert(PerfilRequest::largestPhoto == largestPhotoFile);
 
 void PerfilViewModel::mostrarFoto()
 {
