@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Endpoints.h"
 #include "Json.h"
 #include "Records.h"
 
@@ -22,10 +23,11 @@ public:
     /// Returns the client of the process. It is created at the first call and never destroyed.
     static ApiClient &instance();
 
-    /// POSTs `body` as JSON to one of the Endpoints, and reads the reply as a `Reply`. A record that cannot be
-    /// written as JSON is sent as an empty body.
+    /// POSTs `body` as JSON to one of the Endpoints, and reads the reply as a `Reply`; both must be its records. A
+    /// record that cannot be written as JSON is sent as an empty body.
     template <Record Reply, Record Body>
-    void post(const QString &endpoint, const Body &body, std::function<void(std::optional<Reply>)> completion) const
+    void post(const PostEndpoint<Body, Reply> &endpoint, const Body &body,
+              std::function<void(std::optional<Reply>)> completion) const
     {
         postBytes(endpoint, Json::write(body).value_or(QByteArray()), decoding<Reply>(std::move(completion)));
     }

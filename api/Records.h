@@ -71,7 +71,7 @@ BOOST_DESCRIBE_STRUCT(AutoRequest, (), (user_id, marca, modelo, anio, ubicacion)
 
 struct CotizacionRequest {
     qint64 user_id = 0;
-    /// "aereo" or "maritimo".
+    /// `aereo` or `maritimo`.
     QString tipo;
     QString origen;
     QString destino;
@@ -80,6 +80,9 @@ struct CotizacionRequest {
     /// In US dollars.
     double valor = 0;
     QString descripcion;
+
+    static constexpr QStringView aereo = u"aereo";
+    static constexpr QStringView maritimo = u"maritimo";
 };
 BOOST_DESCRIBE_STRUCT(CotizacionRequest, (), (user_id, tipo, origen, destino, peso, valor, descripcion))
 

@@ -24,6 +24,7 @@ std::optional<HttpRequest> ServiceRequests::post(const QString &baseUrl, const Q
 
 std::optional<HttpRequest> ServiceRequests::listing(const QString &baseUrl, qint64 userId)
 {
-    const auto url = serviceUrl(baseUrl + Endpoints::paquetes + u"?user_id="_s + QString::number(userId));
+    const auto url = serviceUrl(baseUrl + Endpoints::paquetes.name + u'?' + Endpoints::paquetes.parameter + u'=' +
+                                QString::number(userId));
     return url ? std::optional(HttpRequest{HttpRequest::Method::Get, *url}) : std::nullopt;
 }

@@ -80,7 +80,7 @@ StandardResponse failed(const QString &message) { return {error, message}; }
 StandardResponse done(const QString &message) { return {success, message}; }
 StandardResponse unknownCustomer() { return failed(u"No encontramos a ese cliente"_s); }
 
-std::string pathOf(QLatin1StringView endpoint) { return (u'/' + QString(endpoint)).toStdString(); }
+std::string pathOf(const QString &endpoint) { return (u'/' + endpoint).toStdString(); }
 
 bool equalIgnoringCase(std::string_view one, std::string_view other)
 {
@@ -180,7 +180,7 @@ qint64 customerOf(const httplib::Request &request)
 {
     // The library splits "user_id=2=1" differently from version to version, and takes the 1 in some.
     const QString target = QString::fromStdString(request.target);
-    constexpr auto prefix = "user_id="_L1;
+    const QString prefix = Endpoints::paquetes.parameter + u'=';
     const QString query = target.mid(target.indexOf(u'?') + 1);
     if (target.contains(u'?') && query.startsWith(prefix)) {
         if (const auto id = customerNumber(query.mid(prefix.size())))
@@ -268,7 +268,7 @@ CasilleroResponse mailbox(Store &store, const CasilleroRequest &request)
 
 StandardResponse quote(Store &store, const CotizacionRequest &request)
 {
-    if (request.tipo != u"aereo"_s && request.tipo != u"maritimo"_s)
+    if (request.tipo != CotizacionRequest::aereo && request.tipo != CotizacionRequest::maritimo)
         return failed(u"Elige envío aéreo o marítimo"_s);
     if (request.peso < 0 || request.valor < 0)
         return failed(u"El peso y el valor no pueden ser negativos"_s);
@@ -342,7 +342,8 @@ public:
 
 private:
     template <Record Request, Record Reply>
-    void answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &), qsizetype largest = largestBody);
+    void answer(const PostEndpoint<Request, Reply> &endpoint, Reply (*work)(Store &, const Request &),
+                qsizetype largest = largestBody);
     template <class Work>
     void answerOrReport(httplib::Response &response, Work work);
     void refuseUnknownRequests();
@@ -387,8 +388,8 @@ Service::Implementation::Implementation()
 }
 
 template <Record Request, Record Reply>
-void Service::Implementation::answer(QLatin1StringView endpoint, Reply (*work)(Store &, const Request &),
-                                     qsizetype largest)
+void Service::Implementation::answer(const PostEndpoint<Request, Reply> &endpoint,
+                                     Reply (*work)(Store &, const Request &), qsizetype largest)
 {
     const std::string path = pathOf(endpoint);
     m_endpoints.push_back({path, "POST"});

@@ -22,7 +22,7 @@ void CotizarViewModel::enviarCotizacion()
 {
     const CotizacionRequest request{
         .user_id = userId(),
-        .tipo = isSameText(tipo, u"Marítimo"_s) ? u"maritimo"_s : u"aereo"_s,
+        .tipo = (isSameText(tipo, u"Marítimo"_s) ? CotizacionRequest::maritimo : CotizacionRequest::aereo).toString(),
         .origen = origen,
         .destino = destino,
         .peso = parseDecimal(peso),

@@ -25,16 +25,19 @@ struct Delivery {
 };
 
 template <Record Reply, Record Body>
-std::shared_ptr<Delivery<Reply>> post(const QString &endpoint, const Body &body)
+std::shared_ptr<Delivery<Reply>> post(const char *endpoint, const Body &body)
 {
     auto delivery = std::make_shared<Delivery<Reply>>();
-    ApiClient::instance().post<Reply>(endpoint, body, [delivery](std::optional<Reply> record) {
-        ++delivery->count;
-        delivery->onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
-        delivery->record = std::move(record);
-    });
+    ApiClient::instance().post<Reply>(
+        PostEndpoint<Body, Reply>(endpoint), body, [delivery](std::optional<Reply> record) {
+            ++delivery->count;
+            delivery->onMainThread = QThread::currentThread() == QCoreApplication::instance()->thread();
+            delivery->record = std::move(record);
+        });
     return delivery;
 }
+
+constexpr PostEndpoint<LoginRequest, StandardResponse> somewhere("a");
 
 std::shared_ptr<Delivery<DashboardResponse>> fetch(qint64 userId)
 {
@@ -80,7 +83,7 @@ void ApiClientTest::thereIsOneClientAndItKeepsItsAddress()
     const ApiClient *const client = &ApiClient::instance();
     const QString address = std::exchange(TestDeployment::values().baseUrl, u"http://127.0.0.1:1/"_s);
     server.reply("/a", "{}");
-    const auto delivery = post<StandardResponse>(u"a"_s, LoginRequest());
+    const auto delivery = post<StandardResponse>("a", LoginRequest());
     TestDeployment::values().baseUrl = address;
     QTRY_COMPARE(delivery->count, 1);
     QVERIFY(delivery->record);
@@ -96,7 +99,7 @@ void ApiClientTest::requestIsPostedToTheEndpointGiven()
     const auto request = RecordTools::filled<CotizacionRequest>();
     const auto reply = RecordTools::filled<LoginResponse>();
     server.reply('/' + endpoint, Json::write(reply).value());
-    const auto delivery = post<LoginResponse>(QString::fromLatin1(endpoint), request);
+    const auto delivery = post<LoginResponse>(endpoint.constData(), request);
     QTRY_COMPARE(delivery->count, 1);
     QVERIFY(delivery->onMainThread);
     QVERIFY(delivery->record && RecordTools::same(*delivery->record, reply));
@@ -138,7 +141,7 @@ void ApiClientTest::replyIsReadWhateverItsStatus()
 {
     for (const int status : {200, 201, 302, 400, 401, 404, 500, 503}) {
         server.reply("/a", R"({"status":"error","message":"No"})", status);
-        const auto delivery = post<StandardResponse>(u"a"_s, LoginRequest());
+        const auto delivery = post<StandardResponse>("a", LoginRequest());
         QTRY_COMPARE(delivery->count, 1);
         QCOMPARE(delivery->record.value().message, u"No"_s);
     }
@@ -149,7 +152,7 @@ void ApiClientTest::replyThatCannotBeReadIsAbsent()
     for (const char *body : {"", "<html></html>", R"({"status":"success","id":42})", R"({"status":"success")"}) {
         for (const int status : {200, 500}) {
             server.reply("/api_login.php", body, status);
-            const auto delivery = post<LoginResponse>(u"api_login.php"_s, LoginRequest());
+            const auto delivery = post<LoginResponse>("api_login.php", LoginRequest());
             QTRY_COMPARE(delivery->count, 1);
             QVERIFY2(!delivery->record, body);
         }
@@ -162,7 +165,7 @@ void ApiClientTest::noConnectionIsAbsent()
         socket->abort();
         return true;
     });
-    const auto posted = post<LoginResponse>(u"api_login.php"_s, LoginRequest());
+    const auto posted = post<LoginResponse>("api_login.php", LoginRequest());
     const auto fetched = fetch(7);
     QCOMPARE(posted->count + fetched->count, 0);
     QTRY_COMPARE(posted->count, 1);
@@ -185,7 +188,7 @@ void ApiClientTest::recordThatCannotBeWrittenIsSentWithoutABody()
 {
     server.reply("/api_cotizar.php", R"({"status":"success"})");
     const auto request = with(&CotizacionRequest::peso, std::numeric_limits<double>::quiet_NaN());
-    const auto delivery = post<StandardResponse>(u"api_cotizar.php"_s, request);
+    const auto delivery = post<StandardResponse>("api_cotizar.php", request);
     QTRY_COMPARE(delivery->count, 1);
     QCOMPARE(server.requests().size(), 1);
     const auto &sent = server.requests().first();
@@ -200,7 +203,7 @@ void ApiClientTest::recordIsWrittenBeforeTheCallReturns()
 {
     server.reply("/a", "{}");
     LoginRequest request{u"before"_s, u"x"_s};
-    const auto delivery = post<StandardResponse>(u"a"_s, request);
+    const auto delivery = post<StandardResponse>("a", request);
     request.email = u"after"_s;
     QTRY_COMPARE(delivery->count, 1);
     QCOMPARE(server.requests().first().body, R"({"email":"before","password":"x"})");
@@ -213,9 +216,9 @@ void ApiClientTest::completionIsAJobOfItsOwn()
     // Jobs that a failed check leaves behind still write here.
     const auto order = std::make_shared<QStringList>();
     const auto note = [order](const QString &what) { return [order, what](const auto &...) { *order += what; }; };
-    ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(), note(u"first"_s));
+    ApiClient::instance().post<StandardResponse>(somewhere, LoginRequest(), note(u"first"_s));
     ApiClient::instance().fetchDashboard(7, note(u"second"_s));
-    ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(), note(u"third"_s));
+    ApiClient::instance().post<StandardResponse>(somewhere, LoginRequest(), note(u"third"_s));
     QTRY_COMPARE(server.held.size(), 3);
     const auto replies = QCoreApplication::instance()->findChildren<QNetworkReply *>();
     QCOMPARE(replies.size(), 3);
@@ -240,7 +243,7 @@ void ApiClientTest::capturesLiveUntilTheCompletionHasRun()
     auto screen = std::make_shared<int>(7);
     const std::weak_ptr<int> watched = screen;
     int seen = 0;
-    ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(),
+    ApiClient::instance().post<StandardResponse>(somewhere, LoginRequest(),
                                                  [screen, &seen](const auto &) { seen = *screen; });
     screen.reset();
     QTRY_COMPARE(server.held.size(), 1);
@@ -256,7 +259,7 @@ void ApiClientTest::completionMayCallAgain()
     int calls = 0;
     const std::function<void(const std::optional<StandardResponse> &)> again = [&](const auto &) {
         if (++calls < 3)
-            ApiClient::instance().post<StandardResponse>(u"a"_s, LoginRequest(), again);
+            ApiClient::instance().post<StandardResponse>(somewhere, LoginRequest(), again);
     };
     again({});
     QTRY_COMPARE(calls, 3);

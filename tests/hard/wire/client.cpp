@@ -37,25 +37,25 @@ auto written(const Done &done)
 
 void call(const QString &endpoint, const QString &text, const Done &done)
 {
-    const auto post = [&]<class Reply>(std::type_identity<Reply>, const auto &request) {
-        ApiClient::instance().post<Reply>(endpoint, request, written<Reply>(done));
+    const auto post = [&]<class Request, class Reply>(const PostEndpoint<Request, Reply> &to,
+                                                      const Request &request) {
+        ApiClient::instance().post<Reply>(to, request, written<Reply>(done));
     };
-    constexpr std::type_identity<StandardResponse> standard;
     constexpr qint64 user = 7;
-    if (endpoint == u"api_login.php")
-        post(std::type_identity<LoginResponse>(), LoginRequest{text, u"secret"_s});
-    else if (endpoint == u"api_recuperar.php")
-        post(standard, RecuperarRequest{text});
-    else if (endpoint == u"api_registro.php")
-        post(std::type_identity<LoginResponse>(), RegistroRequest{text, u"a@b.c"_s, u"secret"_s, u"D"_s, u"C"_s});
-    else if (endpoint == u"api_perfil.php")
-        post(standard, PerfilRequest{user, u"Ana"_s, u"a@b.c"_s, {}, text});
-    else if (endpoint == u"api_casillero.php")
-        post(std::type_identity<CasilleroResponse>(), CasilleroRequest{text});
-    else if (endpoint == u"api_cotizar.php")
-        post(standard, CotizacionRequest{user, u"aereo"_s, u"M"_s, u"C"_s, 1.5, 20, text});
-    else if (endpoint == u"api_auto.php")
-        post(standard, AutoRequest{user, u"Seat"_s, text, u"2020"_s, u"Miami"_s});
+    if (endpoint == Endpoints::login.name)
+        post(Endpoints::login, {text, u"secret"_s});
+    else if (endpoint == Endpoints::recuperar.name)
+        post(Endpoints::recuperar, {text});
+    else if (endpoint == Endpoints::registro.name)
+        post(Endpoints::registro, {text, u"a@b.c"_s, u"secret"_s, u"D"_s, u"C"_s});
+    else if (endpoint == Endpoints::perfil.name)
+        post(Endpoints::perfil, {user, u"Ana"_s, u"a@b.c"_s, {}, text});
+    else if (endpoint == Endpoints::casillero.name)
+        post(Endpoints::casillero, {text});
+    else if (endpoint == Endpoints::cotizar.name)
+        post(Endpoints::cotizar, {user, u"aereo"_s, u"M"_s, u"C"_s, 1.5, 20, text});
+    else if (endpoint == Endpoints::importarAuto.name)
+        post(Endpoints::importarAuto, {user, u"Seat"_s, text, u"2020"_s, u"Miami"_s});
     else
         ApiClient::instance().fetchDashboard(user, written<DashboardResponse>(done));
 }
