@@ -32,6 +32,8 @@ struct Names {
                                u"SECONDS"_s, u"60"_s};
     QCommandLineOption json{u"json"_s, u"Print the report as JSON."_s};
     QCommandLineOption quiet{u"quiet"_s, u"Do not print the progress."_s};
+    QCommandLineOption contract{u"contract"_s,
+                                u"Print the app's requests and replies as an OpenAPI 3.1 description, and exit."_s};
     QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this help and exit."_s};
     QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and exit."_s};
 };
@@ -120,7 +122,7 @@ Options Check::readOptions(const QStringList &arguments)
         "the test customer, or if the command line is wrong."_s);
     parser.addPositionalArgument(u"EMAIL"_s, u"The e-mail of a customer to test with."_s);
     parser.addOptions({names.base, names.passwordFile, names.write, names.newEmail, names.id, names.timeout,
-                       names.json, names.quiet, names.help, names.version});
+                       names.json, names.quiet, names.contract, names.help, names.version});
     Options options;
     if (!parser.parse(arguments)) {
         options.error = parser.errorText();
@@ -134,6 +136,8 @@ Options Check::readOptions(const QStringList &arguments)
         options.wish = Options::Wish::Help;
     else if (parser.isSet(names.version))
         options.wish = Options::Wish::Version;
+    else if (parser.isSet(names.contract))
+        options.wish = Options::Wish::Contract;
     if (options.wish != Options::Wish::Check)
         return options;
     options.error = readNumbers(parser, names, options);

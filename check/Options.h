@@ -6,7 +6,7 @@ namespace Check {
 
 /// The options of the command line.
 struct Options {
-    enum class Wish { Check, Help, Version };
+    enum class Wish { Check, Contract, Help, Version };
 
     Wish wish = Wish::Check;
     Order order;

@@ -1,3 +1,5 @@
+#include "Contract.h"
+#include "Deployment.h"
 #include "Options.h"
 #include "Password.h"
 #include "Report.h"
@@ -66,6 +68,10 @@ int main(int argc, char *argv[])
         return print(options.help.toUtf8()) ? Works : Unusable;
     if (options.wish == Check::Options::Wish::Version)
         return print("marovenda-check " MAROVENDA_VERSION "\n") ? Works : Unusable;
+
+    if (options.wish == Check::Options::Wish::Contract)
+        return print(Check::contract(QCoreApplication::applicationVersion(), Deployment::baseUrl())) ? Works
+                                                                                                     : Unusable;
 
     const Check::Password password = Check::findPassword(options.passwordFile, options.order.email);
     if (!password.text)

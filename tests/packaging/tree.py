@@ -18,6 +18,9 @@ APP_FILES = {"share/applications/marovenda.desktop", "share/icons/hicolor/scalab
              "share/metainfo/example.marovenda.marovenda.metainfo.xml", "share/doc/marovenda/NOTICES.md",
              *(f"share/icons/hicolor/{size}x{size}/apps/marovenda.png" for size in SIZES)}
 
+CHECK_FILES = {"share/marovenda-check/openapi.json", "share/marovenda-check/protocol.md"}
+FILES = {"app": APP_FILES, "demo": set(), "check": CHECK_FILES}
+
 wrong = []
 
 
@@ -41,7 +44,7 @@ def check_trees(build, work):
     for component, name in NAMES.items():
         options = ("--component", component)
         _, files = installed(build, work, *options)
-        wanted = {f"bin/{name}", f"share/man/man1/{name}.1"} | (APP_FILES if component == "app" else set())
+        wanted = {f"bin/{name}", f"share/man/man1/{name}.1"} | FILES[component]
         expect(files == wanted, f"{name}: {sorted(files ^ wanted)}")
     root, files = installed(build, work)
     expect(files == {"bin/marovenda", "share/man/man1/marovenda.1"} | APP_FILES, f"without a component: {sorted(files)}")
