@@ -7,6 +7,7 @@
 #include "Session.h"
 
 #include <QCommandLineParser>
+#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QPixmap>
@@ -15,6 +16,7 @@
 #include <QWindow>
 
 #include <cstdio>
+#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -52,6 +54,10 @@ int main(int argc, char *argv[])
         std::fputs("marovenda: the app is already running, but does not answer\n", stderr);
         return 3;
     }
+
+    // The splash needs both, and the main thread has enough to do until then.
+    Artwork::decodeAhead(u"background"_s, Artwork::ratioFor(application.devicePixelRatio()));
+    const std::future<void> fonts = std::async(std::launch::async, [] { QFontMetricsF(QFont()).height(); });
 
     const HeldKeys heldKeys;
     int code = 1;

@@ -6,6 +6,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
+#include <map>
+#include <mutex>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -19,13 +23,50 @@ QString fileOf(const QString &name, int ratio)
     return u":/marovenda/images/%1%2.png"_s.arg(name, ratio > 1 ? u"@%1x"_s.arg(ratio) : QString());
 }
 
+QImage decoded(const QString &path)
+{
+    QFile file(path);
+    return file.open(QFile::ReadOnly) ? decodePng(file.readAll(), mostMemory) : QImage();
+}
+
+/// The pictures that are decoded ahead, by file. Never destroyed, since another thread may use it.
+struct Ahead {
+    std::mutex mutex;
+    std::map<QString, std::future<QImage>> pictures;
+};
+
+Ahead &ahead()
+{
+    static auto *const all = new Ahead;
+    return *all;
+}
+
 } // namespace
+
+void Artwork::decodeAhead(const QString &name, int ratio)
+{
+    const QString path = fileOf(name, ratio);
+    const std::lock_guard lock(ahead().mutex);
+    try {
+        ahead().pictures[path] = std::async(std::launch::async, decoded, path);
+    } catch (const std::system_error &) {
+        // The system has no more threads.
+    }
+}
 
 QImage Artwork::picture(const QString &name, int ratio)
 {
-    QFile file(fileOf(name, ratio));
-    return file.open(QFile::ReadOnly) ? decodePng(file.readAll(), mostMemory) : QImage();
+    const QString path = fileOf(name, ratio);
+    std::future<QImage> found;
+    {
+        const std::lock_guard lock(ahead().mutex);
+        if (auto entry = ahead().pictures.extract(path))
+            found = std::move(entry.mapped());
+    }
+    return found.valid() ? found.get() : decoded(path);
 }
+
+int Artwork::ratioFor(qreal ratio) { return std::clamp(static_cast<int>(std::ceil(ratio)), 1, largestRatio); }
 
 void Artwork::setName(const QString &name)
 {
@@ -49,7 +90,7 @@ QString Artwork::textureKey() const { return QFile::exists(fileOf(m_name, 1)) ? 
 
 QImage Artwork::paint(qreal ratio) const
 {
-    const int whole = std::clamp(static_cast<int>(std::ceil(ratio)), 1, largestRatio);
+    const int whole = ratioFor(ratio);
     QImage image = picture(m_name, whole);
     image.setDevicePixelRatio(whole);
     return image;

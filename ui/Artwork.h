@@ -17,6 +17,12 @@ public:
     /// Returns the bundled picture for a device pixel ratio of 1 to 3, or a null image if there is none.
     static QImage picture(const QString &name, int ratio);
 
+    /// Starts to decode the picture on another thread. The next call of `picture` for it waits for the result and
+    /// takes it.
+    static void decodeAhead(const QString &name, int ratio);
+    /// The ratio of the picture for a screen with this device pixel ratio.
+    static int ratioFor(qreal ratio);
+
     void setName(const QString &name);
     void setCropped(bool cropped);
 

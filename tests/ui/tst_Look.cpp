@@ -126,8 +126,13 @@ void LookTest::artworkIsThereForAllRatios()
 {
     QFETCH(QString, name);
     QFETCH(int, width);
-    for (const int ratio : {1, 2, 3})
-        QCOMPARE(Artwork::picture(name, ratio).width(), ratio * width);
+    for (const int ratio : {1, 2, 3}) {
+        const QImage picture = Artwork::picture(name, ratio);
+        QCOMPARE(picture.width(), ratio * width);
+        Artwork::decodeAhead(name, ratio);
+        QVERIFY(Artwork::picture(name, ratio) == picture);
+        QVERIFY(Artwork::picture(name, ratio) == picture);
+    }
 }
 
 void LookTest::artworkIsWholeWithinItsItem()
