@@ -1,11 +1,11 @@
 #include "Options.h"
 
+#include "AddressRules.h"
 #include "Deployment.h"
 #include "Text.h"
 
 #include <QCommandLineParser>
-#include <QHostAddress>
-#include <QUrl>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -37,13 +37,6 @@ struct Names {
     QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this help and exit."_s};
     QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and exit."_s};
 };
-
-bool isThisMachine(const QString &host)
-{
-    // Refuse unusual forms of an address, such as "127.1".
-    const QHostAddress address(host);
-    return host == "localhost"_L1 || (address.isLoopback() && address.toString() == host);
-}
 
 std::optional<qint64> wholeNumber(const QString &text)
 {
@@ -95,17 +88,14 @@ QString readTexts(const QCommandLineParser &parser, const Names &names, Options 
 
 QString Check::troubleWithBase(const QString &base)
 {
-    const QUrl url(base, QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty() || base != base.trimmed())
-        return u"it must be an address with a host, as in https://api.example/."_s;
-    if (url.scheme() != "https"_L1 && url.scheme() != "http"_L1)
-        return u"it must begin with https."_s;
-    if (url.scheme() == "http"_L1 && !isThisMachine(url.host()))
-        return u"only this machine's own address may be used without https, which protects passwords."_s;
-    if (!url.userInfo().isEmpty() || base.contains(u'@') || url.hasQuery() || url.hasFragment())
-        return u"it must be without user, query and fragment."_s;
-    if (!base.endsWith(u'/'))
-        return u"it must end in \"/\"."_s;
+    const QString bytes = QString::fromLatin1(base.toUtf8());
+    const auto matches = [&bytes](const char *expression) {
+        return QRegularExpression(QString::fromLatin1(expression)).match(bytes).hasMatch();
+    };
+    for (const auto &[reason, when, must] : Deployment::addressRules) {
+        if (matches(when) && (*must == '\0' || !matches(must)))
+            return u"it must %1, as in https://api.example/."_s.arg(QLatin1StringView(reason));
+    }
     return {};
 }
 

@@ -26,6 +26,7 @@ function(marovenda_read_deployment file)
     endforeach()
 endfunction()
 
+include(${CMAKE_CURRENT_LIST_DIR}/Addresses.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/Check.cmake)
 
 # Adds an object library TARGET that implements Deployment.h with the values of FILE. Object libraries link in any order.

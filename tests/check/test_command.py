@@ -150,10 +150,12 @@ class OptionsTest(ProgramTest):
     def test_base_is_https_or_this_machine(self):
         for base, says in {
             "http://api.example/": "without https", "http://127.0.0.1.example/": "without https",
-            "http://0.0.0.0/": "without https", "ftp://127.0.0.1/": "begin with https", "api.example": "a host",
-            "": "a host", "https:///": "a host", "https://api.example": "end in", "https://api.example/?a=/": "without user",
-            "https://ana@api.example/": "without user", " https://api.example/": "a host",
-            "https://api.example/\x1b/": "a host",
+            "http://0.0.0.0/": "without https", "ftp://127.0.0.1/": "begin with https", "api.example": "begin with https",
+            "": "begin with https", "https:///": "a host", "https://api.example": "end in",
+            "https://api.example/?a=/": "without user", "https://ana@api.example/": "without user",
+            " https://api.example/": "no blanks", "https://api.example/\x1b/": "no blanks",
+            "http://127.1/": "four numbers from 0 to 255", "https://api..example/": "single dots",
+            "https://api.example:0/": "a port from 1 to 65535", "https://ñandú.example/": "begins with xn--",
         }.items():
             self.refused("--base", base, CUSTOMER, says=says)
         # These are taken: what is refused next is the password.

@@ -1,0 +1,12 @@
+# Writes what the check of deployments says of each base address in ADDRESSES, a line each, to VERDICTS.
+cmake_minimum_required(VERSION 3.25)
+include(${SOURCE}/deployments/Addresses.cmake)
+file(READ ${ADDRESSES} addresses)
+set(verdicts "")
+while(addresses MATCHES "^([^\n]*)\n")
+    string(LENGTH "${CMAKE_MATCH_0}" length)
+    string(SUBSTRING "${addresses}" ${length} -1 addresses)
+    marovenda_trouble_with_base_url("${CMAKE_MATCH_1}" trouble)
+    string(APPEND verdicts "${trouble}\n")
+endwhile()
+file(WRITE ${VERDICTS} "${verdicts}")
