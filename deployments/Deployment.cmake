@@ -4,30 +4,46 @@ set(MAROVENDA_DEPLOYMENT_VALUES
     BASE_URL TRACKING_URL SUPPORT_EMAIL
     WAREHOUSE_STREET WAREHOUSE_CITY WAREHOUSE_ZIP WAREHOUSE_PHONE
     DEVELOPER_SITE DEVELOPER_SITE_TEXT DEVELOPER_EMAIL)
-# Optional. Not compiled in; the packages' metadata for software catalogues contains it.
-set(MAROVENDA_DEPLOYMENT_OPTIONAL HOMEPAGE)
+# Optional. Not compiled in; the packages' metadata contains them.
+set(MAROVENDA_DEPLOYMENT_OPTIONAL HOMEPAGE MAINTAINER)
 set(_marovenda_deployment_dir ${CMAKE_CURRENT_LIST_DIR})
 
-# Sets the values of FILE in the caller's scope, as MAROVENDA_BASE_URL and so on, without checking them.
-function(marovenda_read_deployment file)
+include(${CMAKE_CURRENT_LIST_DIR}/Addresses.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/Read.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/Check.cmake)
+
+function(_marovenda_find_deployment file)
     if(NOT EXISTS "${file}" OR IS_DIRECTORY "${file}")
         message(FATAL_ERROR "MAROVENDA_DEPLOYMENT: there is no file \"${file}\".")
     endif()
-    foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES MAROVENDA_DEPLOYMENT_OPTIONAL)
-        unset(MAROVENDA_${name})
-        unset(MAROVENDA_${name} CACHE)
-    endforeach()
-    include("${file}")
-    if(NOT DEFINED MAROVENDA_HOMEPAGE AND "${MAROVENDA_SUPPORT_EMAIL}" MATCHES "@(.+)$")
-        set(MAROVENDA_HOMEPAGE "https://${CMAKE_MATCH_1}/")
+endfunction()
+
+# Sets the optional values that the file has not set.
+macro(_marovenda_complete_values)
+    if(MAROVENDA_SUPPORT_EMAIL MATCHES "@(.+)$")
+        if(MAROVENDA_HOMEPAGE STREQUAL "")
+            set(MAROVENDA_HOMEPAGE "https://${CMAKE_MATCH_1}/")
+        endif()
+        if(MAROVENDA_MAINTAINER STREQUAL "")
+            set(MAROVENDA_MAINTAINER "${CMAKE_MATCH_1}")
+        endif()
     endif()
+endmacro()
+
+# Sets the values of FILE in the caller's scope, as MAROVENDA_BASE_URL and so on, without checking them.
+function(marovenda_read_deployment file)
+    _marovenda_find_deployment("${file}")
+    set(problems "")
+    set(unread "")
+    _marovenda_read_values("${file}")
+    if(NOT problems STREQUAL "")
+        message(FATAL_ERROR "${file}:${problems}")
+    endif()
+    _marovenda_complete_values()
     foreach(name IN LISTS MAROVENDA_DEPLOYMENT_VALUES MAROVENDA_DEPLOYMENT_OPTIONAL)
         set(MAROVENDA_${name} "${MAROVENDA_${name}}" PARENT_SCOPE)
     endforeach()
 endfunction()
-
-include(${CMAKE_CURRENT_LIST_DIR}/Addresses.cmake)
-include(${CMAKE_CURRENT_LIST_DIR}/Check.cmake)
 
 # Adds an object library TARGET that implements Deployment.h with the values of FILE. Object libraries link in any order.
 function(marovenda_add_deployment target file)
