@@ -53,7 +53,8 @@ function(_marovenda_make_rules)
     string(REPEAT "${hex}+:+" 6 six_of_many)
     set(ending "[0-9]+\\.[0-9.]+")
     set(ipv6 "(${six_groups}(${group}:${group}|${ending})|(${group}(:${group})*)?::((${group}:)*(${group}|${ending}))?)")
-    set(port "([1-9][0-9]?[0-9]?[0-9]?|[1-5][0-9][0-9][0-9][0-9]|6[0-4][0-9][0-9][0-9]|65[0-4][0-9][0-9]|655[0-2][0-9]|6553[0-5])")
+    set(port
+        "([1-9][0-9]?[0-9]?[0-9]?|[1-5][0-9][0-9][0-9][0-9]|6[0-4][0-9][0-9][0-9]|65[0-4][0-9][0-9]|655[0-2][0-9]|6553[0-5])")
     set(host "([^][/:]+|\\[[^]]*\\])")
     string(REPEAT "[A-Za-z0-9-]" 64 long_part)
     string(REPEAT "[^/:]" 254 long_name)
@@ -70,11 +71,12 @@ function(_marovenda_make_rules)
         _marovenda_rule("have a valid IPv6 address in the brackets" "^https?://\\[" "${must}")
     endforeach()
     # Eight groups leave none for "::".
-    _marovenda_rule("have a valid IPv6 address in the brackets" "^https?://\\[:*${six_of_many}${hex}+(:+${hex}|\\.)" 
+    _marovenda_rule("have a valid IPv6 address in the brackets" "^https?://\\[:*${six_of_many}${hex}+(:+${hex}|\\.)"
         "^https?://\\[[^]:]+(:[^]:]+)*\\]")
-    _marovenda_rule("have a host of letters a to z, digits, hyphens and single dots (for other letters, its name that begins with xn--)"
+    _marovenda_rule(
+        "have a host of letters a to z, digits, hyphens and single dots (for other letters, its name that begins with xn--)"
         "^https?://[^[]" "^https?://${name}(:[^/]*)?/")
-    _marovenda_rule("have a host of at most 253 characters, and of 63 between two dots"
+    _marovenda_rule("have a host of at most 253 characters, with at most 63 between two dots"
         "^https?://([^/:]*${long_part}|${long_name})" "")
     # Such a host is taken for an IPv4 address, also if it is none.
     _marovenda_rule("have an IPv4 address of four numbers from 0 to 255, without leading zeros"
@@ -103,6 +105,32 @@ function(marovenda_trouble_with_base_url address result)
         endif()
     endforeach()
     set(${result} "" PARENT_SCOPE)
+endfunction()
+
+# The same for the address of a link: https, with or without path, query and fragment.
+function(marovenda_trouble_with_site address result)
+    string(REGEX REPLACE "[?#].*" "" page "${address}")
+    if(NOT page MATCHES "/$")
+        string(APPEND page "/")
+    endif()
+    marovenda_trouble_with_base_url("${page}" trouble)
+    if(trouble STREQUAL "" AND NOT page MATCHES "^https:")
+        set(trouble "begin with https://")
+    elseif(trouble STREQUAL "" AND address MATCHES "[ \"<>]|${marovenda_other_blanks}|${marovenda_unseen}")
+        set(trouble "contain no blanks and none of \" < >")
+    endif()
+    set(${result} "${trouble}" PARENT_SCOPE)
+endfunction()
+
+# The same for an e-mail address.
+function(marovenda_trouble_with_mail address result)
+    string(REGEX REPLACE "^.*@" "" domain "${address}")
+    marovenda_trouble_with_base_url("https://${domain}/" trouble)
+    if(NOT trouble STREQUAL "" OR address MATCHES "^\\.|\\.\\.|\\.@"
+            OR NOT address MATCHES "^[A-Za-z0-9.!#$%&'*+/=?^_`{|}~-]+@([A-Za-z0-9-]+\\.)+[A-Za-z][A-Za-z0-9-]+$")
+        set(trouble "be an e-mail address without a name")
+    endif()
+    set(${result} "${trouble}" PARENT_SCOPE)
 endfunction()
 
 # Writes the rules for C++.

@@ -123,8 +123,7 @@ function(_marovenda_read_text file result)
     if(hex MATCHES "00 ")
         message(FATAL_ERROR "${file}:\n  The file is in UTF-16, or is no text; save it as UTF-8.")
     endif()
-    file(READ "${file}" text)
-    string(REPLACE "\r\n" "\n" text "${text}")
+    file(READ "${file}" text) # Drops the carriage returns at the ends of lines.
     _marovenda_characters(mark "191 191 239 187")
     string(REGEX REPLACE "^${mark}" "" text "${text}")
 
@@ -236,7 +235,7 @@ function(_marovenda_read_values file)
         if(NOT text MATCHES "^([sS][eE][tT][ \t]*\\([ \t\n]*)([A-Za-z0-9_]+)[ \t\n)]")
             set(text "${after}")
             _marovenda_show("${written}" written)
-            string(APPEND problems "\n  Line ${line} is ${written}; it must be a comment or one value, as in "
+            string(APPEND problems "\n  Line ${line} is ${written}; it must be a comment of one line, or one value as in "
                 "set(MAROVENDA_WAREHOUSE_CITY \"Miami\").")
             continue()
         endif()

@@ -30,6 +30,7 @@ function(expect words)
     if(code EQUAL 0 OR at EQUAL -1)
         message(SEND_ERROR "not refused with: ${words}\nbut: ${said}")
     endif()
+    set(said "${said}" PARENT_SCOPE)
 endfunction()
 
 function(accept name)
@@ -54,6 +55,11 @@ endfunction()
 function(refuse_unseen name reason value shown)
     write_deployment(${name} "${value}")
     expect("MAROVENDA_${name} is \"${shown}\"; it must ${reason}, as in \"${example_of_${name}}\".")
+    string(FIND "${said}" "MAROVENDA_${name} is " first)
+    string(FIND "${said}" "MAROVENDA_${name} is " last REVERSE)
+    if(NOT first EQUAL last)
+        message(SEND_ERROR "said twice: ${said}")
+    endif()
 endfunction()
 
 # Appends a line to the demo deployment, from which NAME is missing.
@@ -61,6 +67,9 @@ function(refuse_line name line words)
     write_deployment(${name} "UNSET")
     file(APPEND ${WORK}/deployment.cmake "${line}\n")
     expect("${words}")
+    if(words MATCHES "is written as" AND said MATCHES "is not set")
+        message(SEND_ERROR "said twice: ${said}")
+    endif()
 endfunction()
 
 # A character from its bytes.
@@ -105,14 +114,19 @@ accept(BASE_URL "https://service.example/" "https://service.example:8443/app/" "
     "https://[1:2:3:4:5:6:7:8]/" "https://[::ffff:10.0.0.1]/" "https://Service.EXAMPLE/" "https://service/")
 refuse(BASE_URL "${begin}" "ftp://x/" "service.example/" "HTTPS://service.example/")
 refuse(BASE_URL "have a host" "https:///" "https://" "https://:80/")
-refuse(BASE_URL "${host}" "https://api..company/" "https://.company/" "https://company./" "https://-a.company/" "https://a-.company/"
-    "https://a_b.company/" "https://ñandú.company/")
+refuse(BASE_URL "${host}" "https://api..company/" "https://.company/" "https://company./" "https://-a.company/"
+    "https://a-.company/" "https://a_b.company/" "https://ñandú.company/")
+string(REPEAT a 63 longest)
+accept(BASE_URL "https://${longest}.company/")
+refuse(BASE_URL "have a host of at most 253 characters, with at most 63 between two dots" "https://a${longest}.company/"
+    "https://${longest}.${longest}.${longest}.${longest}/")
 refuse(BASE_URL "${number}" "https://999.1.1.1/" "https://127.300.1.1/" "http://127.300.1.1/" "https://1.2.3/" "https://1.2.3.4.5/"
     "http://127.1/" "https://1.2.3.04/" "https://2130706433/" "https://0x7f000001/" "https://company.1/")
 refuse(BASE_URL "${group}" "https://[1::2::3]/" "https://[1:2:3]/" "https://[12345::]/" "https://[1:2:3:4:5:6:7:8:9]/"
     "https://[1:2:3:4:5:6:7:8::]/" "https://[::1.2.3.256]/" "https://[]/" "https://[1.2.3.4]/")
 refuse(BASE_URL "${port}" "https://service.example:0/" "https://service.example:99999/" "https://service.example:65536/"
-    "https://service.example:x/" "https://service.example:/" "https://service.example:080/" "http://127.0.0.1:0/" "https://[::1]:70000/")
+    "https://service.example:x/" "https://service.example:/" "https://service.example:080/" "http://127.0.0.1:0/"
+    "https://[::1]:70000/")
 refuse(BASE_URL "${clear}" "http://example.com/" "http://127.0.0.1.example.com/" "http://localhost.example.com/" "http://10.0.0.1/")
 refuse(BASE_URL "end in \"/\"" "https://service.example" "https://service.example/app")
 refuse(BASE_URL "${bare}" "http://127.0.0.1@example.com/" "https://service.example/?a=/" "https://service.example/#/"
@@ -202,20 +216,26 @@ refuse_line(WAREHOUSE_CITY "set(MAROVENDA_WAREHOUSE_CITY \"Miami)"
 refuse_line(WAREHOUSE_CITY "set(MAROVENDA_WAREHOUSE_CITY \"Miami\" CACHE STRING \"\")"
     "MAROVENDA_WAREHOUSE_CITY is written as \"Miami\" CACHE STRING \"\" in line 13; ${one}, as in \"Miami\".")
 refuse_line(WAREHOUSE_STREET [[set(MAROVENDA_WAREHOUSE_STREET "100 Way; C:\suite")]]
-    "MAROVENDA_WAREHOUSE_STREET is written as \"100 Way; C:\\suite\" in line 13; it must have \\ only before \", \\ and \$; write \\\\ for a backslash, as in")
+    "MAROVENDA_WAREHOUSE_STREET is written as \"100 Way; C:\\suite\" in line 13; it must
+    have \\ only before \", \\ and \$; write \\\\ for a backslash, as in")
 refuse_line(WAREHOUSE_STREET [[set(MAROVENDA_WAREHOUSE_STREET "100 ${BAR} Way")]]
-    "MAROVENDA_WAREHOUSE_STREET is written as \"100 \${BAR} Way\" in line 13; it must be without variables such as \${BAR}; write \\\$ for a dollar sign, as in")
+    "MAROVENDA_WAREHOUSE_STREET is written as \"100 \${BAR} Way\" in line 13; it must
+    be without variables such as \${BAR}; write \\\$ for a dollar sign, as in")
 refuse_line(WAREHOUSE_CITY "set(MAROVENDA_WAREHOUSE_CITY \"Miami\")\nset(MAROVENDA_WAREHOUSE_CITY \"Doral\")"
-    "MAROVENDA_WAREHOUSE_CITY is set twice, to \"Miami\" in line 13 and to \"Doral\" in line 14; it must be set once, as in \"Miami\".")
+    "MAROVENDA_WAREHOUSE_CITY is set twice, to \"Miami\" in line 13 and to \"Doral\" in line 14; it
+    must be set once, as in \"Miami\".")
 refuse_line(WAREHOUSE_CITY "set(MARROVENDA_WAREHOUSE_CITY \"Miami\")"
     "MARROVENDA_WAREHOUSE_CITY in line 13 is no value of a deployment; the nearest is MAROVENDA_WAREHOUSE_CITY.")
 refuse_line(WAREHOUSE_CITY "set(MAROVENDA_WEARHOUSE_CITTY \"Miami\")"
     "MAROVENDA_WEARHOUSE_CITTY in line 13 is no value of a deployment; the nearest is MAROVENDA_WAREHOUSE_CITY.")
 refuse_line(BASE_URL "set(marovenda_base_url \"https://a.example/\")"
     "marovenda_base_url in line 13 is no value of a deployment; the nearest is MAROVENDA_BASE_URL.")
+refuse_line(DEVELOPER_SITE "set(marovenda_developer_site \"https://a.example/\")"
+    "marovenda_developer_site in line 13 is no value of a deployment; the nearest is MAROVENDA_DEVELOPER_SITE.")
 refuse_line(NOTHING "set(MAROVENDA_TESTS OFF)" "MAROVENDA_TESTS in line 13 is no value of a deployment;")
 refuse_line(NOTHING "include(\"common.cmake\")"
-    "Line 13 is include(\"common.cmake\"); it must be a comment or one value, as in set(MAROVENDA_WAREHOUSE_CITY \"Miami\").")
+    "Line 13 is include(\"common.cmake\"); it must be a comment of one line, or one value as in set(MAROVENDA_WAREHOUSE_CITY \"Miami\").")
+refuse_line(WAREHOUSE_CITY "#[[\nset(MAROVENDA_WAREHOUSE_CITY \"Miami\")\n]]" "Line 13 is #[[; it must be a comment of one line,")
 
 # Other ways to write the same value.
 function(read_as line words)
@@ -245,7 +265,9 @@ endif()
 # Encodings.
 character(windows 78 243 32 241)
 refuse_line(WAREHOUSE_CITY "set(MAROVENDA_WAREHOUSE_CITY \"${windows}\")"
-    "Line 13 is not in UTF-8 but in Windows-1252 or the like: set(MAROVENDA_WAREHOUSE_CITY \"Nó ñ\") Save the file as UTF-8, in the editor or with: iconv -f WINDOWS-1252 -t UTF-8 OLD.cmake >NEW.cmake")
+    "Line 13 is not in UTF-8 but in Windows-1252 or the like: set(MAROVENDA_WAREHOUSE_CITY \"Nó ñ\")
+    Save the file as UTF-8, in the editor or with: iconv
+    -f WINDOWS-1252 -t UTF-8 OLD.cmake >NEW.cmake")
 execute_process(COMMAND iconv -f UTF-8 -t UTF-16 ${SOURCE}/deployments/demo.cmake OUTPUT_FILE ${WORK}/deployment.cmake)
 expect("The file is in UTF-16, or is no text; save it as UTF-8.")
 

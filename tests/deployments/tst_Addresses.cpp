@@ -1,6 +1,8 @@
+#include "DeveloperViewModel.h"
 #include "Links.h"
 #include "Options.h"
 #include "ServiceRequests.h"
+#include "TestDeployment.h"
 
 #include <QFile>
 #include <QHostAddress>
@@ -90,7 +92,8 @@ QStringList generated()
     return all;
 }
 
-QStringList verdictsOfCMake(const QStringList &addresses)
+/// Reasons; empty for an address that is right.
+QStringList verdictsOfCMake(const QString &kind, const QStringList &addresses)
 {
     const QTemporaryDir folder;
     QFile file(folder.filePath(u"addresses"_s));
@@ -98,7 +101,7 @@ QStringList verdictsOfCMake(const QStringList &addresses)
         return {};
     file.close();
     QProcess::execute(QStringLiteral(MAROVENDA_CMAKE),
-                      {u"-DSOURCE=" MAROVENDA_SOURCE ""_s, u"-DADDRESSES="_s + file.fileName(),
+                      {u"-DSOURCE=" MAROVENDA_SOURCE ""_s, u"-DADDRESSES="_s + file.fileName(), u"-DKIND="_s + kind,
                        u"-DVERDICTS="_s + folder.filePath(u"verdicts"_s), u"-P"_s,
                        QStringLiteral(MAROVENDA_SOURCE "/tests/deployments/verdicts.cmake")});
     QFile verdicts(folder.filePath(u"verdicts"_s));
@@ -113,6 +116,8 @@ class AddressesTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void configuringCheckerAndAppAgree();
+    void linksLeadWhereTheyAreWritten();
+    void mailGoesToTheAddress();
 
 private:
     static void appAccepts(const QString &address);
@@ -144,7 +149,7 @@ void AddressesTest::appAccepts(const QString &address)
 void AddressesTest::configuringCheckerAndAppAgree()
 {
     const QStringList addresses = generated();
-    const QStringList verdicts = verdictsOfCMake(addresses);
+    const QStringList verdicts = verdictsOfCMake(u"base_url"_s, addresses);
     QCOMPARE(verdicts.size(), addresses.size());
     qsizetype accepted = 0;
     for (qsizetype i = 0; i < addresses.size(); ++i) {
@@ -160,6 +165,48 @@ void AddressesTest::configuringCheckerAndAppAgree()
         }
     }
     QVERIFY(accepted > 150 && addresses.size() - accepted > 400);
+}
+
+void AddressesTest::linksLeadWhereTheyAreWritten()
+{
+    QStringList sites{u"https://corvandel.example"_s};
+    for (const QString &end :
+         paths + QStringList{u"/a?b=[1]&c=%20#d"_s, u"?a"_s, u"#a"_s, u"/?a b"_s, u"/#\u200e"_s, u"/?<"_s})
+        sites << sites[0] + end << u"https://127.0.0.1:8443"_s + end << u"http://127.0.0.1"_s + end;
+    const QStringList verdicts = verdictsOfCMake(u"site"_s, sites);
+    QCOMPARE(verdicts.size(), sites.size());
+    QVERIFY(verdicts.count(QString()) > 30);
+    for (qsizetype i = 0; i < sites.size(); ++i) {
+        if (!verdicts[i].isEmpty())
+            continue;
+        TestDeployment::values().developerSite = sites[i];
+        const QUrl link = DeveloperViewModel().sitio();
+        QVERIFY2(link.isValid() && link.scheme() == "https"_L1, qPrintable(sites[i]));
+        QCOMPARE(link, QUrl(sites[i], QUrl::StrictMode));
+    }
+}
+
+void AddressesTest::mailGoesToTheAddress()
+{
+    QStringList mails;
+    for (const char *const name :
+         {"a", "soporte+app", "o'neill.a", "a/b",  "100%", "%41", "a?b", "a#b", "a&b=c", "{a}|`^~!$*_-",
+          "",  ".a",          "a.",        "a..b", "a b",  "a@b", "ñ",   "a,b", "a:b",   "<a>"})
+        for (const char *const domain : {"company.example", "a-1.b.CO", "x.museum", "localhost", "-a.example",
+                                         "a..example", "127.0.0.1", "[::1]", "a.example?cc=b"})
+            mails << QString::fromUtf8(name) + u'@' + QString::fromLatin1(domain);
+    const QStringList verdicts = verdictsOfCMake(u"mail"_s, mails);
+    QCOMPARE(verdicts.size(), mails.size());
+    QCOMPARE(verdicts.count(QString()), 10 * 3);
+    for (qsizetype i = 0; i < mails.size(); ++i) {
+        if (!verdicts[i].isEmpty())
+            continue;
+        TestDeployment::values().developerEmail = mails[i];
+        const QUrl link = DeveloperViewModel().correo();
+        QCOMPARE(link.scheme(), u"mailto"_s);
+        QCOMPARE(link.path(QUrl::FullyDecoded), mails[i]);
+        QVERIFY(!link.hasQuery() && !link.hasFragment());
+    }
 }
 
 QTEST_GUILESS_MAIN(AddressesTest)

@@ -1,4 +1,4 @@
-# Writes what the check of deployments says of each base address in ADDRESSES, a line each, to VERDICTS.
+# Writes what the check of deployments says of each address in ADDRESSES, a line each, to VERDICTS. KIND is that of the addresses.
 cmake_minimum_required(VERSION 3.25)
 include(${SOURCE}/deployments/Addresses.cmake)
 file(READ ${ADDRESSES} addresses)
@@ -6,7 +6,7 @@ set(verdicts "")
 while(addresses MATCHES "^([^\n]*)\n")
     string(LENGTH "${CMAKE_MATCH_0}" length)
     string(SUBSTRING "${addresses}" ${length} -1 addresses)
-    marovenda_trouble_with_base_url("${CMAKE_MATCH_1}" trouble)
+    cmake_language(CALL marovenda_trouble_with_${KIND} "${CMAKE_MATCH_1}" trouble)
     string(APPEND verdicts "${trouble}\n")
 endwhile()
 file(WRITE ${VERDICTS} "${verdicts}")
