@@ -179,6 +179,20 @@ private:
             m_reply->error() == QNetworkReply::NoError ? m_reply->abort() : finish();
     }
 
+    /// Qt reports ContentReSendError instead of success if the server closes the connection before Qt has noticed
+    /// that the request is sent: it tries to send the request again, which OneShotBody prevents.
+    bool isComplete(int status) const
+    {
+        using Error = QNetworkReply::NetworkError;
+        const Error error = m_reply->error();
+        if (m_end != HttpReply::End::Platform || status == 0)
+            return false;
+        if (error == Error::ContentReSendError)
+            return !m_reply->hasRawHeader("Content-Length") && !m_reply->hasRawHeader("Transfer-Encoding");
+        // From 400 on, a status is an error to Qt.
+        return error == Error::NoError || (status >= 400 && error != Error::RemoteHostClosedError);
+    }
+
     void finish()
     {
         if (std::exchange(m_finished, true))
@@ -192,6 +206,7 @@ private:
         reply.headers = m_reply->rawHeaderPairs();
         reply.error = m_reply->error();
         reply.end = m_end;
+        reply.complete = isComplete(reply.status);
         deleteLater();
         m_handler(std::move(reply));
     }

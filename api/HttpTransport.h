@@ -32,6 +32,9 @@ struct HttpReply {
     QList<QNetworkReply::RawHeaderPair> headers = {};
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
     End end = End::Platform;
+    /// Whether the whole body was received. A body without a length ends where the server closes the connection, so
+    /// it is always complete.
+    bool complete = false;
 };
 
 struct HttpLimits {

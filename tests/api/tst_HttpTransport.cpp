@@ -24,6 +24,8 @@ private Q_SLOTS:
     void observerSeesTheExchangeFromItsStart();
     void noCookieIsSentBack();
     void brokenConnectionIsNotTriedAgain();
+    void bodyThatEndsWithTheConnectionIsComplete_data();
+    void bodyThatEndsWithTheConnectionIsComplete();
     void manyExchangesRunAtOnce();
 
 private:
@@ -152,6 +154,49 @@ void HttpTransportTest::brokenConnectionIsNotTriedAgain()
     QVERIFY(completed(last));
     QCOMPARE(heads, 3);
     QCOMPARE(unanswered->completions + cut->completions, 2);
+}
+
+void HttpTransportTest::bodyThatEndsWithTheConnectionIsComplete_data()
+{
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<bool>("early");
+    QTest::addColumn<bool>("resets");
+    QTest::addColumn<bool>("complete");
+    // Qt has not noticed that the request is sent when such a reply comes, and wants to send it again.
+    for (const bool early : {false, true}) {
+        const char *when = early ? "before the request's body" : "after the request";
+        QTest::addRow("without a length, %s", when) << "HTTP/1.1 200 OK"_ba << early << false << true;
+        QTest::addRow("HTTP/1.0, %s", when) << "HTTP/1.0 200 OK"_ba << early << false << true;
+        QTest::addRow("an error, %s", when) << "HTTP/1.1 503 Busy"_ba << early << false << true;
+        QTest::addRow("with a reset, %s", when) << "HTTP/1.1 200 OK"_ba << early << true << true;
+        QTest::addRow("too short, %s", when) << "HTTP/1.1 200 OK\r\nContent-Length: 9"_ba << early << false << false;
+        QTest::addRow("no last chunk, %s", when)
+            << "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n6"_ba << early << false << false;
+    }
+}
+
+void HttpTransportTest::bodyThatEndsWithTheConnectionIsComplete()
+{
+    QFETCH(const QByteArray, head);
+    QFETCH(const bool, early);
+    QFETCH(const bool, resets);
+    const QByteArray blank = head.endsWith('6') ? "\r\n"_ba : "\r\n\r\n"_ba;
+    const auto script = [&](const auto &, const auto &answer) {
+        answer->raw(head + blank + "{\"a\":1");
+        resets ? answer->reset() : answer->close();
+    };
+    server.on("/a", script);
+    if (early) {
+        server.onHead([&](const auto &request, const auto &answer) {
+            script(request, answer);
+            return true;
+        });
+    }
+    for (int i = 0; i < 20; ++i) {
+        const auto outcome = send(post(server, QByteArray(200, 'a')));
+        QVERIFY(completed(outcome));
+        QTEST(outcome->reply.complete, "complete");
+    }
 }
 
 void HttpTransportTest::manyExchangesRunAtOnce()
