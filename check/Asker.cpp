@@ -27,7 +27,7 @@ void Asker::note(Exchange exchange)
     Findings &findings = m_diagnosis.findings;
     judgeTransport(exchange, findings);
     m_lastBody = std::exchange(exchange.reply.body, {});
-    if (m_order.password.size() >= shortestSearchedPassword && m_lastBody.contains(m_order.password.toUtf8()))
+    if (m_order.password.size() >= shortestSearchedPassword && m_mask.finds(QString::fromUtf8(m_lastBody)))
         findings.add(Severity::Warning, u"the reply"_s, u"contains the customer's password"_s,
                      u"Never send it back, and keep a hash of it only."_s);
     m_diagnosis.exchanges.append(std::move(exchange));

@@ -3,22 +3,26 @@
 #include "Diagnosis.h"
 #include "Endpoints.h"
 #include "Examine.h"
+#include "Mask.h"
 #include "ServiceRequests.h"
+#include "Text.h"
 
 #include <concepts>
 #include <functional>
 
 namespace Check {
 
-/// Returns the record as JSON, with its password replaced by "(hidden)".
+/// Returns the record as JSON for the report, with its password replaced by "(hidden)", and a photo by its size.
 template <Record R>
-QByteArray withoutPassword(R record)
+QByteArray shownBody(R record)
 {
     boost::mp11::mp_for_each<Json::Fields<R>>([&](auto field) {
         if constexpr (std::same_as<std::remove_cvref_t<decltype(record.*field.pointer)>, QString>) {
             QString &value = record.*field.pointer;
             if (std::string_view(field.name) == "password" && !value.isEmpty())
                 value = QStringLiteral("(hidden)");
+            if (std::string_view(field.name) == "avatar_base64" && !value.isEmpty())
+                value = QStringLiteral("(%1)").arg(counted(value.size(), QStringLiteral("character")));
         }
     });
     return Json::write(record).value_or(QByteArray());
@@ -30,7 +34,7 @@ class Asker {
 public:
     /// Calls `progress` with the endpoint before each request.
     Asker(const Order &order, Diagnosis &diagnosis, std::function<void(const QString &)> progress)
-        : m_order(order), m_diagnosis(diagnosis), m_progress(std::move(progress))
+        : m_order(order), m_mask(order.password), m_diagnosis(diagnosis), m_progress(std::move(progress))
     {
     }
 
@@ -38,8 +42,7 @@ public:
     std::optional<Reply> post(const QString &endpoint, const Body &body)
     {
         const QByteArray bytes = Json::write(body).value_or(QByteArray());
-        return ask<Reply>(endpoint, ServiceRequests::post(m_order.base, endpoint, bytes), withoutPassword(body))
-            .record;
+        return ask<Reply>(endpoint, ServiceRequests::post(m_order.base, endpoint, bytes), shownBody(body)).record;
     }
 
     ReadReply<DashboardResponse> listing(qint64 id)
@@ -69,6 +72,7 @@ private:
     void note(Exchange exchange);
 
     const Order &m_order;
+    const Mask m_mask;
     Diagnosis &m_diagnosis;
     std::function<void(const QString &)> m_progress;
     QByteArray m_lastBody;

@@ -16,6 +16,10 @@ struct Order {
     std::optional<qint64> id = {};
     /// Whether to send requests that change the server's data.
     bool write = false;
+    /// Whether the customer has no packages and no quotations.
+    bool empty = false;
+    /// With `write`, whether to send a photo of the largest size that the app accepts.
+    bool largestPhoto = false;
     /// The address to register; derived from `email` if empty.
     QString newEmail = {};
     std::chrono::milliseconds silence = HttpLimits().silence;

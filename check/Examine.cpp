@@ -3,22 +3,77 @@
 #include "JsonTrouble.h"
 #include "Text.h"
 
+#include <QHash>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QString remedyFor(const QString &reason)
+/// How to fix a value of the wrong type. The first row whose patterns match counts.
+struct Remedy {
+    enum Where { Anywhere, Row, Whole };
+    Where where;
+    /// The end of the reader's reason.
+    QLatin1StringView reason;
+    const char16_t *remedy;
+};
+
+constexpr Remedy remedies[]{
+    {Remedy::Anywhere, "boolean, must be text"_L1,
+     u"Send a text that says it (a \"status\" is \"success\" or \"error\"), or null for none."},
+    {Remedy::Anywhere, "array, must be text"_L1,
+     u"Send one text, for example the parts joined (PHP: implode(\", \", $list)), or null for none."},
+    {Remedy::Anywhere, "object, must be text"_L1,
+     u"Send one text, for example one field of the object (PHP: $value[\"name\"]), or null for none."},
+    {Remedy::Anywhere, "must be text"_L1,
+     u"Send it as a JSON string, as in \"42\" (PHP: (string)$value), or null for none."},
+    {Remedy::Anywhere, "object, must be array"_L1,
+     u"Send a JSON array, [] for no rows. PHP writes an array with gaps or names as an object: use array_values."},
+    {Remedy::Anywhere, "must be array"_L1, u"Send a JSON array, [] for no rows."},
+    {Remedy::Row, "null, must be object"_L1,
+     u"Leave the row out (PHP: array_values(array_filter($rows))); each row is an object."},
+    {Remedy::Row, "array, must be object"_L1,
+     u"Send each row as an object with keys (PHP: PDO::FETCH_ASSOC or mysqli_fetch_assoc, no numbered columns)."},
+    {Remedy::Row, "must be object"_L1, u"Send each row as an object with keys: {\"tracking\": \"…\"}."},
+    {Remedy::Whole, "array, must be object"_L1,
+     u"Send the object itself, without a list around it. PHP writes an empty array as []: use (object)[]."},
+    {Remedy::Whole, "must be object"_L1,
+     u"Send a JSON object. PHP prints null for a variable that is not set, and nothing or false for a text that is "
+     u"not "
+     "UTF-8."},
+};
+
+QString remedyFor(const Check::Place &place, const QString &reason)
 {
-    if (reason.endsWith("must be text"_L1))
-        return u"Send it as a JSON string, as in \"42\" (PHP: (string)$value), or null for none."_s;
-    if (reason.endsWith("must be array"_L1))
-        return u"Send a JSON array, [] for no rows. PHP writes an array with gaps or names as an object: use "
-               "array_values."_s;
-    if (reason.endsWith("must be object"_L1))
-        return u"Send a JSON object. PHP writes an empty array as []: use (object)[]."_s;
-    return {};
+    const auto where = !place.key.isEmpty() ? Remedy::Anywhere : place.list.isEmpty() ? Remedy::Whole : Remedy::Row;
+    const auto found = std::ranges::find_if(
+        remedies, [&](const Remedy &each) { return each.where == where && reason.endsWith(each.reason); });
+    return found == std::end(remedies) ? QString() : QString::fromUtf16(found->remedy);
+}
+
+/// Returns whether the value is a text that is a JSON object or array.
+bool isJsonInText(Json::Element value)
+{
+    std::string_view text;
+    Json::Reading reading;
+    simdjson::dom::parser parser;
+    Json::Element inside;
+    return value.get(text) == simdjson::SUCCESS &&
+           Json::parse(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())), reading, parser, inside) &&
+           (inside.is_object() || inside.is_array());
+}
+
+bool holdsHtml(const QString &text)
+{
+    static const QRegularExpression pattern(
+        u"</"
+        u"?(a|b|br|center|code|div|em|font|h[1-6]|hr|i|img|li|ol|p|pre|script|small|span|strong|style|sub|sup|table|"
+        "td|th|tr|u|ul)(\\s[^<>]*)?/?>"_s,
+        QRegularExpression::CaseInsensitiveOption);
+    return text.contains(pattern);
 }
 
 /// Returns whether the text looks like UTF-8 that was read as Latin-1 or Windows-1252 and encoded again.
@@ -49,6 +104,28 @@ QString Examiner::lettersOf(const QString &key)
     return letters;
 }
 
+bool Examiner::meansTheSame(const QString &letters, const QString &name)
+{
+    static const QHash<QString, QString> meanings{
+        {u"packages"_s, u"paquetes"_s},
+        {u"parcels"_s, u"paquetes"_s},
+        {u"quotes"_s, u"cotizaciones"_s},
+        {u"quotations"_s, u"cotizaciones"_s},
+        {u"userid"_s, u"id"_s},
+        {u"idusuario"_s, u"id"_s},
+        {u"name"_s, u"nombre"_s},
+        {u"fullname"_s, u"nombreCompleto"_s},
+        {u"nombre"_s, u"nombreCompleto"_s},
+        {u"mensaje"_s, u"message"_s},
+        {u"description"_s, u"descripcion"_s},
+        {u"origin"_s, u"origen"_s},
+        {u"trackingnumber"_s, u"tracking"_s},
+        {u"guia"_s, u"tracking"_s},
+        {u"state"_s, u"estado"_s},
+    };
+    return meanings.value(letters) == name;
+}
+
 QString Examiner::harmlessText(const Place &place)
 {
     return place.key == "status"_L1 ? u"success"_s : u"%1 %2"_s.arg(place.key).arg(place.row);
@@ -62,9 +139,26 @@ void Examiner::notJson(const QByteArray &body, const QString &reason)
         m_findings.add(Severity::Fault, Place{}, reason, {});
 }
 
-void Examiner::wrongType(const Place &place, const QString &reason)
+void Examiner::aroundJson(const QByteArray &body)
 {
-    m_findings.add(Severity::Fault, place, reason, remedyFor(reason));
+    for (const JsonTrouble &trouble : findAroundJson(body))
+        m_findings.add(Severity::Note, trouble.place(body), trouble.what, trouble.remedy);
+}
+
+void Examiner::wrongType(const Place &place, const QString &reason, Json::Element found)
+{
+    if (isJsonInText(found))
+        m_findings.add(Severity::Fault, place, reason + u": it is JSON that was encoded twice"_s,
+                       u"Encode the whole reply once (PHP: one json_encode)."_s);
+    else
+        m_findings.add(Severity::Fault, place, reason, remedyFor(place, reason));
+}
+
+void Examiner::tooDeep(const Place &place, const QString &key, const QStringList &inside)
+{
+    m_findings.add(Severity::Warning, place.inside(key),
+                   u"ignored by the app, which reads \"%1\" one level up"_s.arg(inside.join(u"\", \""_s)),
+                   u"Send these keys beside \"status\", not inside another key."_s);
 }
 
 void Examiner::ignoredKey(const Place &place, const QString &key, const QString &meant)
@@ -91,6 +185,10 @@ void Examiner::lookAtText(const Place &place, const std::optional<QString> &valu
     if (isEncodedTwice(*value))
         m_findings.add(Severity::Warning, place, u"looks like UTF-8 encoded twice: "_s + quoted(*value, 30),
                        u"Do not convert text that is UTF-8 already (PHP: utf8_encode)."_s);
+    if (holdsHtml(*value))
+        m_findings.add(Severity::Note, place,
+                       u"contains HTML, which the app shows as it stands: "_s + quoted(*value, 30),
+                       u"Send plain text."_s);
     if (holdsEntity(*value))
         m_findings.add(Severity::Warning, place,
                        u"contains an HTML entity, which the app does not decode: "_s + quoted(*value, 30),

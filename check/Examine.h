@@ -4,6 +4,8 @@
 
 #include "Json.h"
 
+#include <vector>
+
 namespace Check {
 
 /// Checks every value of a reply, while the app's reader stops at the first error. The app's reader decides whether a
@@ -21,21 +23,26 @@ public:
         if (from.get(object) != simdjson::SUCCESS) {
             Json::Reading reading;
             Json::readValue(from, record, reading);
-            wrongType(place, reading.text());
-            boost::mp11::mp_for_each<Json::Fields<R>>(
-                [&](auto field) { replace(record.*field.pointer, place.inside(text(field.name))); });
-            return record;
+            wrongType(place, reading.text(), from);
+            return harmlessRecord<R>(place);
         }
+        std::vector<std::pair<std::string_view, Json::Element>> ignored;
         std::array<std::optional<Json::Element>, CodingKeys<R>::count> values;
         for (const auto entry : object) {
             const auto field = CodingKeys<R>::find(entry.key);
             if (!field) {
-                ignoredKey(place, text(entry.key), closestKey<R>(entry.key));
+                ignored.emplace_back(entry.key, entry.value);
                 continue;
             }
             if (values[*field])
                 twice(place.inside(text(entry.key)));
             values[*field] = entry.value;
+        }
+        for (const auto &[key, value] : ignored) {
+            if (const QStringList inside = keysIn<R>(value); !inside.isEmpty())
+                tooDeep(place, text(key), inside);
+            else
+                ignoredKey(place, text(key), closestKey<R>(key, values));
         }
         std::size_t index = 0;
         boost::mp11::mp_for_each<Json::Fields<R>>([&](auto field) {
@@ -46,6 +53,8 @@ public:
 
     /// Adds a finding about bytes that are not JSON, with the place of the error.
     void notJson(const QByteArray &body, const QString &reason);
+    /// Adds notes about what surrounds a JSON document.
+    void aroundJson(const QByteArray &body);
 
 private:
     static QString text(std::string_view key)
@@ -54,17 +63,35 @@ private:
     }
 
     /// Returns the key that was probably meant: one with the same letters and digits, ignoring case and other
-    /// characters.
-    template <Record R>
-    static QString closestKey(std::string_view key)
+    /// characters, or one that is missing and means the same.
+    template <Record R, class Values>
+    static QString closestKey(std::string_view key, const Values &values)
     {
-        for (const std::string_view name : CodingKeys<R>::names) {
-            if (lettersOf(text(name)) == lettersOf(text(key)))
-                return text(name);
+        const QString letters = lettersOf(text(key));
+        for (std::size_t index = 0; index < CodingKeys<R>::count; ++index) {
+            const QString name = text(CodingKeys<R>::names[index]);
+            if (lettersOf(name) == letters || (!values[index] && meansTheSame(letters, name)))
+                return name;
         }
         return {};
     }
     static QString lettersOf(const QString &key);
+    static bool meansTheSame(const QString &letters, const QString &name);
+
+    /// Returns the keys of the record that a value holds, for example "data".
+    template <Record R>
+    static QStringList keysIn(Json::Element value)
+    {
+        QStringList keys;
+        simdjson::dom::object object;
+        if (value.get(object) != simdjson::SUCCESS)
+            return {};
+        for (const auto entry : object) {
+            if (CodingKeys<R>::find(entry.key))
+                keys += text(entry.key);
+        }
+        return keys;
+    }
 
     template <Record Row>
     void examineField(const std::optional<Json::Element> &from, std::optional<QList<Row>> &to, const Place &place)
@@ -93,20 +120,28 @@ private:
         Json::Reading reading;
         if (Json::readField(from, to, reading))
             return;
-        wrongType(place, reading.text());
+        wrongType(place, reading.text(), *from);
         replace(to, place);
     }
 
-    template <class T>
-    static void replace(std::optional<T> &value, const Place &place)
+    static void replace(std::optional<QString> &value, const Place &place) { value = harmlessText(place); }
+    template <Record Row>
+    static void replace(std::optional<QList<Row>> &rows, const Place &place)
     {
-        value.emplace();
-        if constexpr (std::same_as<T, QString>)
-            value = harmlessText(place);
+        rows = {harmlessRecord<Row>(Place::rowOf(place.key, 0))};
+    }
+    template <Record R>
+    static R harmlessRecord(const Place &place)
+    {
+        R record;
+        boost::mp11::mp_for_each<Json::Fields<R>>(
+            [&](auto field) { replace(record.*field.pointer, place.inside(text(field.name))); });
+        return record;
     }
 
     static QString harmlessText(const Place &place);
-    void wrongType(const Place &place, const QString &reason);
+    void wrongType(const Place &place, const QString &reason, Json::Element found);
+    void tooDeep(const Place &place, const QString &key, const QStringList &inside);
     void ignoredKey(const Place &place, const QString &key, const QString &meant);
     void twice(const Place &place);
     void lookAtText(const Place &place, const std::optional<QString> &value);
@@ -139,6 +174,7 @@ ReadReply<R> readReply(const QByteArray &body, Findings &findings)
         R looked = examiner.examine<R>(root, {});
         if (root.is_object())
             replaced = std::move(looked);
+        examiner.aroundJson(body);
     } else {
         examiner.notJson(body, reading.text());
     }

@@ -1,9 +1,10 @@
 #include "Exchange.h"
 
+#include "Certificates.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslError>
 
@@ -23,16 +24,12 @@ QString protocolName(QSsl::SslProtocol protocol)
     }
 }
 
-QString nameOf(const QStringList &names) { return names.isEmpty() ? QString() : names.constFirst(); }
-
 void describe(const QSslCertificate &certificate, Check::Tls &to)
 {
     if (certificate.isNull())
         return;
-    to.subject = nameOf(certificate.subjectInfo(QSslCertificate::CommonName));
-    if (to.subject.isEmpty())
-        to.subject = nameOf(certificate.subjectAlternativeNames().values(QSsl::DnsEntry));
-    to.issuer = nameOf(certificate.issuerInfo(QSslCertificate::CommonName));
+    to.subject = Check::subjectOf(certificate);
+    to.issuer = Check::issuerOf(certificate);
     to.expires = certificate.expiryDate();
 }
 
@@ -44,7 +41,8 @@ QString errorOf(const QNetworkReply &reply)
     QString text = reply.errorString().trimmed();
     while (text.endsWith(u':'))
         text.chop(1);
-    return text;
+    // Qt has no text if the connection is closed while it sends the request; see also HttpReply::complete.
+    return text == "Unknown error"_L1 ? u"Connection closed"_s : text;
 }
 
 /// Records what Qt reports about the connection during the exchange.
@@ -57,13 +55,10 @@ void recordEvents(const QNetworkReply &reply, Check::Exchange &to)
         tlsOf(to).protocol = protocolName(ssl.sessionProtocol());
         describe(ssl.peerCertificate(), *to.tls);
     });
-    QObject::connect(&reply, &QNetworkReply::sslErrors, [&to](const QList<QSslError> &errors) {
+    QObject::connect(&reply, &QNetworkReply::sslErrors, [&to, &reply](const QList<QSslError> &errors) {
         to.connected = true;
-        for (const QSslError &error : errors) {
-            if (!tlsOf(to).refusals.contains(error.errorString()))
-                to.tls->refusals += error.errorString();
-        }
-        describe(errors.constFirst().certificate(), tlsOf(to));
+        tlsOf(to).refusals = Check::whyRefused(errors, reply.url().host());
+        describe(reply.sslConfiguration().peerCertificate(), *to.tls);
     });
     // The transport may finish a failed reply before Qt does.
     const auto noteError = [&to, &reply] { to.error = errorOf(reply); };

@@ -16,8 +16,8 @@ struct Tls {
     QString subject;
     QString issuer;
     QDateTime expires;
-    /// Why the certificate was refused.
-    QStringList refusals;
+    /// Why the certificate was refused, and how to fix it.
+    QList<std::pair<QString, QString>> refusals;
 };
 
 /// A request, its reply, and the circumstances.

@@ -14,6 +14,7 @@ constexpr qsizetype maxDepth = 1024;
 
 bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
 quint8 octet(char byte) { return static_cast<quint8>(byte); }
+bool isControl(char byte) { return octet(byte) < 0x20; }
 
 QString nameOfByte(char byte)
 {
@@ -36,7 +37,7 @@ JsonScanner::Stop JsonScanner::scan()
     if (good) {
         skipBlanks();
         if (!atEnd())
-            m_reason = u"text after the JSON"_s;
+            m_reason = (isControl(peek()) ? nameOfByte(peek()) : u"text"_s) + u" after the JSON"_s;
         return atEnd() ? Stop::Nowhere : Stop::AfterTheEnd;
     }
     if (m_encoding)
@@ -136,18 +137,19 @@ bool JsonScanner::keyAndColon()
 
 bool JsonScanner::string()
 {
+    m_inText = true;
     ++m_at;
     while (!atEnd() && peek() != '"') {
-        const quint8 byte = octet(peek());
-        if (byte < 0x20)
+        if (isControl(peek()))
             return fail(u"%1 in a text must be escaped"_s.arg(nameOfByte(peek())));
-        const bool good = byte == '\\' ? escape() : utf8();
+        const bool good = peek() == '\\' ? escape() : utf8();
         if (!good)
             return false;
     }
     if (atEnd())
         return fail({});
     ++m_at;
+    m_inText = false;
     return true;
 }
 

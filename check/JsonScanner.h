@@ -17,6 +17,8 @@ public:
     Stop scan();
     qsizetype offset() const { return m_at; }
     const QString &reason() const { return m_reason; }
+    /// Whether it stopped within a text.
+    bool isInText() const { return m_inText; }
 
 private:
     bool atEnd() const { return m_at >= m_bytes.size(); }
@@ -44,6 +46,7 @@ private:
     QByteArray m_open;
     QString m_reason;
     bool m_encoding = false;
+    bool m_inText = false;
 };
 
 } // namespace Check

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArrayView>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -21,5 +22,8 @@ struct JsonTrouble {
 /// Finds the place and the likely cause of the first error in a document. The app's reader (see Json.h) decides
 /// whether a document is valid, but does not report the place. Returns nothing if no error is found.
 std::optional<JsonTrouble> findJsonTrouble(QByteArrayView bytes);
+
+/// Finds what surrounds a valid document and is skipped by the app's reader: a byte-order mark and blanks.
+QList<JsonTrouble> findAroundJson(QByteArrayView bytes);
 
 } // namespace Check

@@ -26,6 +26,9 @@ struct Names {
     QCommandLineOption write{u"write"_s,
                              u"Also send a quotation, a vehicle request, the profile, a password recovery "
                              "and a registration, and list what was created."_s};
+    QCommandLineOption largestPhoto{u"largest-photo"_s,
+                                    u"With --write, also send a photo of the largest size, 64 MiB."_s};
+    QCommandLineOption empty{u"empty"_s, u"The customer has no packages and no quotations."_s};
     QCommandLineOption newEmail{u"new-email"_s, u"With --write, register this address."_s, u"ADDRESS"_s};
     QCommandLineOption id{u"id"_s, u"Continue as customer N if the sign-in returns no number."_s, u"N"_s};
     QCommandLineOption timeout{u"timeout"_s, u"Abandon a request if no byte moves for this long; the app waits 60."_s,
@@ -76,6 +79,8 @@ QString readTexts(const QCommandLineParser &parser, const Names &names, Options 
     to.order.newEmail = parser.value(names.newEmail);
     if (parser.isSet(names.newEmail) && (!parser.isSet(names.write) || to.order.newEmail.trimmed().isEmpty()))
         return u"--new-email needs an address, and --write."_s;
+    if (to.order.largestPhoto && !to.order.write)
+        return u"--largest-photo needs --write."_s;
     if (parser.isSet(names.passwordFile)) {
         to.passwordFile = parser.value(names.passwordFile);
         if (to.passwordFile->isEmpty())
@@ -107,12 +112,14 @@ Options Check::readOptions(const QStringList &arguments)
         u"Sends the Marovenda app's requests to a service, as a test customer, and reports what the app would do "
         u"with "
         "each reply. Reads the password from --password-file, from MAROVENDA_CHECK_PASSWORD or from the terminal.\n\n"
-        "Exit status: 0 if the app would work, 1 if it would fail somewhere, 2 if the server is unreachable or "
-        "refuses "
-        "the test customer, or if the command line is wrong."_s);
+        "Exit status: 0 if every screen that was tried works, 1 if one fails, if a list of the customer is missing "
+        "or "
+        "empty (see --empty), or if a wrong password is accepted, 2 if the server is unreachable or does not sign "
+        "the "
+        "test customer in, or if the command line is wrong."_s);
     parser.addPositionalArgument(u"EMAIL"_s, u"The e-mail of a customer to test with."_s);
-    parser.addOptions({names.base, names.passwordFile, names.write, names.newEmail, names.id, names.timeout,
-                       names.json, names.quiet, names.contract, names.help, names.version});
+    parser.addOptions({names.base, names.passwordFile, names.write, names.largestPhoto, names.empty, names.newEmail,
+                       names.id, names.timeout, names.json, names.quiet, names.contract, names.help, names.version});
     Options options;
     if (!parser.parse(arguments)) {
         options.error = parser.errorText();
@@ -122,6 +129,8 @@ Options Check::readOptions(const QStringList &arguments)
     options.json = parser.isSet(names.json);
     options.quiet = parser.isSet(names.quiet);
     options.order.write = parser.isSet(names.write);
+    options.order.largestPhoto = parser.isSet(names.largestPhoto);
+    options.order.empty = parser.isSet(names.empty);
     if (parser.isSet(names.help))
         options.wish = Options::Wish::Help;
     else if (parser.isSet(names.version))

@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include "Mask.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -23,14 +24,14 @@ constexpr qsizetype longestQuote = 100;
 class Writer {
 public:
     Writer(const Order &order, const Diagnosis &diagnosis, bool colours)
-        : m_order(order), m_diagnosis(diagnosis), m_colours(colours)
+        : m_order(order), m_diagnosis(diagnosis), m_mask(order.password), m_colours(colours)
     {
     }
 
     QString write()
     {
         head();
-        findings(Severity::Fault, u"FAULTS: the app fails"_s);
+        findings(Severity::Fault, u"FAULTS: these must be fixed"_s);
         findings(Severity::Warning, u"WARNINGS: the app works, but not as it should"_s);
         findings(Severity::Note, u"NOTES"_s);
         screens();
@@ -50,7 +51,7 @@ private:
     {
         return m_colours ? u"\x1B["_s + code + u'm' + text + u"\x1B[0m"_s : text;
     }
-    QString print(const QString &text) const { return Check::printable(m_order, text); }
+    QString print(const QString &text) const { return m_mask.printable(text); }
 
     void head();
     void findings(Severity severity, const QString &heading);
@@ -63,6 +64,7 @@ private:
 
     const Order &m_order;
     const Diagnosis &m_diagnosis;
+    const Check::Mask m_mask;
     bool m_colours;
     QString m_text;
 };
@@ -83,7 +85,10 @@ QString Writer::verdict() const
     if (!m_diagnosis.reached)
         return u"The server is not reachable."_s;
     if (faults > 0)
-        return u"The app would fail: %1, %2."_s.arg(counted(faults, u"fault"_s), rest);
+        return u"The server is not ready for the app: %1, %2."_s.arg(counted(faults, u"fault"_s), rest);
+    const int status = m_diagnosis.exchanges.isEmpty() ? 0 : m_diagnosis.exchanges.constFirst().reply.status;
+    if (m_diagnosis.refused && (status == 429 || status >= 500))
+        return u"The service signs nobody in now (HTTP %1): check again later. %2."_s.arg(status).arg(rest);
     if (m_diagnosis.refused)
         return u"The service refuses the test customer: check e-mail and password. %1."_s.arg(rest);
     return u"The app would work: %1."_s.arg(rest);
@@ -193,14 +198,6 @@ void Writer::created()
 }
 
 } // namespace
-
-QString Check::printable(const Order &order, const QString &text)
-{
-    // Shorter passwords would match anywhere.
-    constexpr qsizetype shortest = 4;
-    QString clean = harmless(text);
-    return order.password.size() < shortest ? clean : clean.replace(harmless(order.password), u"(hidden)"_s);
-}
 
 QString Check::nameOf(Severity severity)
 {

@@ -11,9 +11,6 @@ QString textReport(const Order &order, const Diagnosis &diagnosis, bool colours)
 /// Returns the report as a JSON object, which docs/checking-a-server.md describes.
 QByteArray jsonReport(const Order &order, const Diagnosis &diagnosis);
 
-/// Returns the text as it may be printed: harmless, and without the password.
-QString printable(const Order &order, const QString &text);
-
 /// "fault", "warning", "note"; "works", "fails", "not tried".
 QString nameOf(Severity severity);
 QString nameOf(Screen::State state);

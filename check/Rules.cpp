@@ -1,11 +1,14 @@
 #include "Rules.h"
 
 #include "Absent.h"
+#include "Json.h"
 #include "PaqueteIdentity.h"
 #include "ParseUserId.h"
 #include "Text.h"
 
 #include <QHash>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -116,15 +119,31 @@ void judgeIdentities(const QList<DashboardResponse::Paquete> &rows, Findings &to
     }
 }
 
+/// Returns whether the row has none of its fields.
+template <class R>
+bool isBare(const R &row)
+{
+    bool bare = true;
+    boost::mp11::mp_for_each<Json::Fields<R>>([&](auto field) { bare = bare && !(row.*field.pointer); });
+    return bare;
+}
+
 template <class R, class Judge>
-void judgeRows(const std::optional<QList<R>> &rows, const char *name, const QString &shown, Judge judge, Findings &to)
+void judgeRows(const std::optional<QList<R>> &rows, const char *name, const QString &shown, bool mayBeEmpty,
+               Judge judge, Findings &to)
 {
     const QString list = QString::fromLatin1(name);
     if (!rows)
-        to.add(Severity::Warning, key(name), u"absent, shown as "_s + shown,
-               u"Send [] for a customer who has none, so that this is no accident."_s);
-    else if (rows->isEmpty())
-        to.add(Severity::Note, key(name), u"no rows to check"_s, u"Check with a test customer who has some."_s);
+        to.add(Severity::Fault, key(name), u"absent or null, shown as "_s + shown,
+               u"Send a list always, also with an error status: [] for a customer who has nothing."_s);
+    else if (rows->isEmpty() && !mayBeEmpty)
+        to.add(Severity::Fault, key(name), u"empty, shown as "_s + shown,
+               u"Check with a test customer who has some, or with --empty if this one has nothing."_s);
+    else if (!rows->isEmpty() && std::ranges::all_of(*rows, isBare<R>)) {
+        to.add(Severity::Fault, key(name), u"no row has a key that the app reads"_s,
+               u"Write the keys as the app does; letter case and underscores count."_s);
+        return;
+    }
     for (qsizetype i = 0; rows && i < rows->size(); ++i)
         judge(rows->at(i), Place::rowOf(list, i), to);
 }
@@ -154,7 +173,7 @@ bool judgeLogin(const LoginResponse &reply, SignIn kind, Findings &findings)
     return !refused;
 }
 
-void judgeListing(const DashboardResponse &reply, Findings &findings)
+void judgeListing(const DashboardResponse &reply, bool mayBeEmpty, Findings &findings)
 {
     if (reply.status != success)
         findings.add(Severity::Note, key("status"),
@@ -163,9 +182,9 @@ void judgeListing(const DashboardResponse &reply, Findings &findings)
         findings.add(Severity::Note, key("avatar"),
                      u"%1 in each listing, which no screen uses"_s.arg(counted(reply.avatar->size(), u"character"_s)),
                      u"Leave it out: the app shows the photo that it keeps itself."_s);
-    judgeRows(reply.paquetes, "paquetes", u"\"0 Paquetes\" and a blank list"_s, judgePaquete, findings);
+    judgeRows(reply.paquetes, "paquetes", u"\"0 Paquetes\" and a blank list"_s, mayBeEmpty, judgePaquete, findings);
     judgeRows(reply.cotizaciones, "cotizaciones", u"\"0 Cotizaciones\" and \"No tienes cotizaciones registradas.\""_s,
-              judgeCotizacion, findings);
+              mayBeEmpty, judgeCotizacion, findings);
     if (reply.paquetes)
         judgeIdentities(*reply.paquetes, findings);
 }

@@ -1,3 +1,4 @@
+#include "Endpoints.h"
 #include "Exchange.h"
 #include "Text.h"
 
@@ -17,6 +18,10 @@ using Check::Severity;
 constexpr qint64 slow = 5000;
 constexpr qsizetype worthCompressing = qsizetype(256) * 1024;
 constexpr qint64 expiresSoon = 30;
+constexpr qsizetype largeRequest = qsizetype(1024) * 1024;
+constexpr auto tooLarge =
+    u"Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 100m; "
+    "PHP: post_max_size = 100M).";
 
 QString status(const Exchange &exchange) { return u"HTTP %1"_s.arg(exchange.reply.status); }
 
@@ -44,13 +49,12 @@ void judgeSize(Findings &to)
 
 void judgeCertificate(const Exchange &exchange, Findings &to)
 {
-    const auto refusals = exchange.tls ? exchange.tls->refusals : QStringList();
-    if (refusals.isEmpty())
+    if (!exchange.tls || exchange.tls->refusals.isEmpty())
         to.addGeneral(Severity::Fault, u"TLS"_s, Check::harmless(exchange.error),
                       u"The port must speak TLS 1.2 or 1.3."_s);
     else
-        to.addGeneral(Severity::Fault, u"TLS"_s, Check::harmless(refusals.join(u"; "_s)),
-                      u"Serve a valid certificate for this host name, with its intermediate certificates."_s);
+        for (const auto &[what, remedy] : exchange.tls->refusals)
+            to.addGeneral(Severity::Fault, u"TLS"_s, Check::harmless(what), remedy);
 }
 
 /// Adds the reason why the body is empty.
@@ -66,7 +70,7 @@ void judgeEmptyBody(const Exchange &exchange, Findings &to)
         judgeCertificate(exchange, to);
     } else if (redirects(exchange) || reply.status >= 400) {
         // judgeStatus reports these.
-    } else if (reply.status != 0 && reply.error == Error::NoError) {
+    } else if (reply.complete) {
         to.add(Severity::Fault, status(exchange), u"an empty body"_s,
                u"Answer every request with a JSON object; look into the server's error log."_s);
     } else if (reply.status != 0) {
@@ -74,7 +78,9 @@ void judgeEmptyBody(const Exchange &exchange, Findings &to)
                u"Is the body compressed as Content-Encoding says, and as long as Content-Length says?"_s);
     } else if (exchange.connected) {
         to.add(Severity::Fault, u"connection"_s, u"no HTTP reply: "_s + Check::harmless(exchange.error),
-               u"Does an HTTP server listen there, and does it survive this request?"_s);
+               exchange.request.body.size() > largeRequest
+                   ? QString::fromUtf16(tooLarge)
+                   : u"Does an HTTP server listen there, and does it survive this request?"_s);
     } else {
         to.add(Severity::Fault, u"connection"_s, Check::harmless(exchange.error),
                u"Check the address, the server and the network between them."_s);
@@ -84,7 +90,7 @@ void judgeEmptyBody(const Exchange &exchange, Findings &to)
 void judgeBrokenBody(const Exchange &exchange, Findings &to)
 {
     const HttpReply &reply = exchange.reply;
-    if (reply.body.isEmpty() || reply.error == QNetworkReply::NoError || reply.status >= 400)
+    if (reply.body.isEmpty() || reply.complete)
         return;
     const QByteArray announced = exchange.header("Content-Length");
     const QString of = announced.isEmpty() ? QString() : u" of %1 announced"_s.arg(QString::fromLatin1(announced));
@@ -92,6 +98,55 @@ void judgeBrokenBody(const Exchange &exchange, Findings &to)
            u"broke after %1%2: %3"_s.arg(counted(reply.body.size(), u"byte"_s), Check::harmless(of),
                                          Check::harmless(exchange.error)),
            u"Send the whole body; Content-Length counts its bytes (PHP: strlen)."_s);
+}
+
+/// How to fix an HTTP status. The first row that fits counts.
+struct StatusRemedy {
+    int from;
+    int to;
+    /// Whether the row is for replies that the app can read, or for others.
+    bool usable;
+    const char16_t *remedy;
+};
+
+constexpr auto tooMany = u"The server had too many requests: wait, and check again. The app does not wait: it "
+                         u"ignores Retry-After, and sends a "
+                         "request for each press.";
+
+constexpr StatusRemedy statusRemedies[]{
+    {404, 405, false, u"Is the base address right, and does the endpoint's file take this method?"},
+    {413, 413, false, tooLarge},
+    {429, 429, true, tooMany},
+    {429, 429, false, tooMany},
+    {500, 599, true, u"See why the server is not ready: maintenance, or an error in its log. Then check again."},
+    {400, 599, true, u"Nothing to do if the body says the same: the app uses the body's \"status\"."},
+    {400, 599, false, u"Look into the server's error log; answer with JSON, errors too."},
+};
+
+QString remedyFor(const Exchange &exchange)
+{
+    const int number = exchange.reply.status;
+    const bool signsIn = exchange.endpoint == Endpoints::login || exchange.endpoint == Endpoints::registro;
+    if ((number == 401 || number == 403) && exchange.usable && !signsIn)
+        return u"After the sign-in the app sends no cookie, token or password, only the customer's number: answer "
+               u"for "
+               "that number."_s;
+    const auto found = std::ranges::find_if(statusRemedies, [&](const StatusRemedy &each) {
+        return number >= each.from && number <= each.to && exchange.usable == each.usable;
+    });
+    return found == std::end(statusRemedies) ? QString() : QString::fromUtf16(found->remedy);
+}
+
+QString meaningOf(const Exchange &exchange)
+{
+    const QByteArray wait = exchange.header("Retry-After");
+    const QString advice = !wait.isEmpty() ? u" (Retry-After: %1)"_s.arg(quoted(QString::fromUtf8(wait)))
+                           : exchange.reply.status == 429 ? u" (no Retry-After)"_s
+                                                          : QString();
+    const QString meaning = exchange.usable ? u"has no effect: the app reads the body, whatever the status is"_s
+                            : exchange.reply.body.isEmpty() ? u"an empty body"_s
+                                                            : u"with a body that is not the reply"_s;
+    return meaning + advice;
 }
 
 void judgeStatus(const Exchange &exchange, Findings &to)
@@ -103,18 +158,12 @@ void judgeStatus(const Exchange &exchange, Findings &to)
         to.add(severity, status(exchange),
                u"redirects to %1, which the app does not follow"_s.arg(quoted(QString::fromUtf8(location), 100)),
                u"Answer at this address, or build the app with the other one."_s);
-    } else if (number == 401 || number == 407) {
+    } else if (number == 407 ||
+               (number == 401 && !exchange.usable && !exchange.header("WWW-Authenticate").isEmpty())) {
         to.add(severity, status(exchange), u"asks for credentials that the app does not have"_s,
-               u"The endpoints must be open to everybody; the protocol carries no credential after the sign-in."_s);
-    } else if (number >= 400 && exchange.usable) {
-        to.add(severity, status(exchange), u"has no effect: the app reads the body, whatever the status is"_s,
-               u"Nothing to do if the body says the same: the app uses the body's \"status\"."_s);
+               u"Have the endpoints without HTTP authentication (nginx: auth_basic off)."_s);
     } else if (number >= 400) {
-        to.add(severity, status(exchange),
-               exchange.reply.body.isEmpty() ? u"an empty body"_s : u"with a body that is not the reply"_s,
-               number == 404 || number == 405
-                   ? u"Is the base address right, and does the endpoint's file take this method?"_s
-                   : u"Look into the server's error log; answer with JSON, errors too."_s);
+        to.add(severity, status(exchange), meaningOf(exchange), remedyFor(exchange));
     }
 }
 
@@ -152,7 +201,7 @@ void judgeExpiry(const Exchange &exchange, Findings &to)
 {
     if (!exchange.tls || !exchange.tls->refusals.isEmpty() || !exchange.tls->expires.isValid())
         return;
-    const qint64 days = QDateTime::currentDateTimeUtc().daysTo(exchange.tls->expires);
+    const qint64 days = QDateTime::currentDateTimeUtc().secsTo(exchange.tls->expires) / (24 * 60 * 60);
     if (days < expiresSoon)
         to.addGeneral(Severity::Warning, u"TLS"_s,
                       u"the certificate expires in %1; the app refuses it then"_s.arg(counted(days, u"day"_s)),

@@ -4,13 +4,32 @@
 #include "ParseUserId.h"
 #include "Rules.h"
 
+#include <QUuid>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Returns whether the status is "success", even if the app cannot read the reply.
+bool saysSuccess(const QByteArray &body)
+{
+    Json::Reading reading;
+    simdjson::dom::parser parser;
+    Json::Element root;
+    std::string_view status;
+    return Json::parse(QByteArrayView(body), reading, parser, root) &&
+           root["status"].get(status) == simdjson::SUCCESS && status == "success";
+}
+
+} // namespace
 
 namespace Check {
 
 Visit::Visit(Order order, std::function<void(const QString &)> progress)
-    : m_order(std::move(order)), m_asker(m_order, m_diagnosis, std::move(progress)),
-      m_mark(u"marovenda-check "_s + QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd-HHmmss"_s))
+    : m_order(std::move(order)), m_progress(std::move(progress)), m_asker(m_order, m_diagnosis, m_progress),
+      m_stamp(QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd-HHmmss-"_s) +
+              QUuid::createUuid().toString(QUuid::Id128).first(4)),
+      m_mark(u"marovenda-check "_s + m_stamp)
 {
 }
 
@@ -20,6 +39,7 @@ Diagnosis Visit::run()
     if (m_diagnosis.reached) {
         read();
         write();
+        tryWrongPassword();
     }
     return std::move(m_diagnosis);
 }
@@ -75,7 +95,7 @@ void Visit::readFor(qint64 id)
 {
     const auto [listing, replaced] = m_asker.listing(id);
     if (replaced)
-        judgeListing(*replaced, m_diagnosis.findings);
+        judgeListing(*replaced, m_order.empty, m_diagnosis.findings);
     look(dashboardScreen(listing, m_nombre.value_or(QString())));
     look(misPaquetesScreen(listing));
     look(misCotizacionesScreen(listing));
@@ -88,6 +108,30 @@ void Visit::readFor(qint64 id)
 
     for (qsizetype i = 1; m_id == 0 && i < m_diagnosis.screens.size(); ++i)
         m_diagnosis.screens[i].remark = u"for customer %1, once the sign-in works"_s.arg(id);
+}
+
+/// Detects a service that accepts any password. One attempt, since a service may lock the customer out after several.
+void Visit::tryWrongPassword()
+{
+    if (m_id == 0 && !m_substitute)
+        return;
+    // The form of this reply is not judged again.
+    Diagnosis attempt;
+    Asker asker(m_order, attempt, m_progress);
+    const auto reply =
+        asker.post<LoginResponse>(Endpoints::login, LoginRequest{.email = m_order.email, .password = anyPassword()});
+    m_diagnosis.findings.setEndpoint(Endpoints::login);
+    if (saysSuccess(asker.lastBody()))
+        m_diagnosis.findings.add(
+            Severity::Fault, u"a wrong password"_s, u"accepted: whoever knows a customer's e-mail signs in"_s,
+            u"Compare the password with the stored hash (PHP: password_verify), and refuse others."_s);
+    else if (!reply && !attempt.findings.sorted().isEmpty())
+        m_diagnosis.findings.add(
+            Severity::Warning, u"a wrong password"_s,
+            u"the app cannot read the refusal (%1: %2), and shows \"Error de credenciales\""_s.arg(
+                attempt.findings.sorted()[0].where(), attempt.findings.sorted()[0].what),
+            u"Refuse with JSON: \"status\": \"error\", and the reason in \"message\"."_s);
+    m_diagnosis.exchanges += attempt.exchanges;
 }
 
 } // namespace Check

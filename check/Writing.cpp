@@ -13,24 +13,49 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Returns a random password that meets the app's rule.
-QString anyPassword()
-{
-    auto &random = *QRandomGenerator::system();
-    return u"Aa_"_s + QString::number(random.generate64(), 36) + QString::number(random.generate64(), 36);
-}
-
-/// Returns an address that most mail servers deliver to the same mailbox: "ana+check-20260102-030405@example.com".
-QString newAddress(const QString &email)
+/// Returns an address that most mail servers deliver to the same mailbox:
+/// "ana+check-20260102-030405-7f3a@example.com".
+QString newAddress(const QString &email, const QString &stamp)
 {
     const qsizetype at = email.lastIndexOf(u'@');
-    const QString stamp = QDateTime::currentDateTimeUtc().toString(u"yyyyMMdd-HHmmss"_s);
     return at < 0 ? email + u"+check-"_s + stamp : email.first(at) + u"+check-"_s + stamp + email.sliced(at);
+}
+
+/// Returns a photo: a PNG picture of 16 by 16 pixels.
+QByteArray smallPhoto()
+{
+    return QByteArray::fromBase64(
+        "iVBORw0KGgoAAAANSUhEUgAAABAAAAAQCAIAAACQkWg2AAAARklEQVR42mNkYFggwMBAPGJkECBVgwKpGgxI1eBAqoYA"
+        "UjUkkKqhgFQNDaRqmECqhgWkathAqoYDpGq4QKqGB6Rq+ECaBgBK2SCRlrI0egAAAABJRU5ErkJggg==");
+}
+
+/// Returns the same picture as a file of the largest size that the app accepts; readers of PNG skip what follows its
+/// end. Like a photo, the file cannot be compressed.
+QByteArray largePhoto()
+{
+    constexpr qsizetype largestFile = qsizetype(64) * 1024 * 1024; // as in ui/PhotoFile.cpp
+    QByteArray file = smallPhoto();
+    QList<quint32> noise((largestFile - file.size()) / qsizetype(sizeof(quint32)) + 1);
+    QRandomGenerator(1).generate(noise.begin(), noise.end());
+    file.append(reinterpret_cast<const char *>(noise.constData()), largestFile - file.size());
+    return file;
+}
+
+/// Returns the screen that fails, if one does.
+Check::Screen worse(const Check::Screen &one, const Check::Screen &other)
+{
+    return one.state == Check::Screen::State::Fails ? one : other;
 }
 
 } // namespace
 
 namespace Check {
+
+QString Visit::anyPassword()
+{
+    auto &random = *QRandomGenerator::system();
+    return u"Aa_"_s + QString::number(random.generate64(), 36) + QString::number(random.generate64(), 36);
+}
 
 void Visit::write()
 {
@@ -50,7 +75,7 @@ void Visit::write()
         quote();
         importAuto();
         saveProfile();
-        lookForQuote();
+        lookAgain();
     } else {
         for (const QString &name : forCustomer)
             skip(name, u"nobody is signed in"_s);
@@ -97,16 +122,32 @@ void Visit::saveProfile()
         skip(ScreenName::perfil(), u"the sign-in gave no name, and saving would erase the one there is"_s);
         return;
     }
-    // The request of an unchanged form; the app always leaves the password empty.
-    const PerfilRequest request{
-        .user_id = m_id, .nombre = *m_nombre, .email = {}, .password = {}, .avatar_base64 = {}};
+    Screen screen = savePhoto(smallPhoto());
+    if (m_order.largestPhoto)
+        screen = worse(screen, savePhoto(largePhoto()));
+    // Last the request of an unchanged form; the app always leaves the password empty.
+    look(worse(screen, savePhoto({})));
+    signInAgain();
+}
+
+Screen Visit::savePhoto(const QByteArray &photo)
+{
+    const PerfilRequest request{.user_id = m_id,
+                                .nombre = *m_nombre,
+                                .email = {},
+                                .password = {},
+                                .avatar_base64 = QString::fromLatin1(photo.toBase64())};
+    if (!photo.isEmpty())
+        m_photo = request.avatar_base64;
     const auto reply = m_asker.post<StandardResponse>(Endpoints::perfil, request);
     if (reply)
         judgeForm(*reply, false, m_diagnosis.findings);
-    look(perfilScreen(reply));
-    noteCreated(u"the profile of customer %1, saved with the name that it had: %2"_s.arg(m_id).arg(quoted(*m_nombre)),
+    noteCreated(u"the profile of customer %1, saved with the name that it had, %2, and %3"_s.arg(
+                    QString::number(m_id), quoted(*m_nombre),
+                    photo.isEmpty() ? u"no photo, which keeps the old one"_s
+                                    : u"a photo of %1"_s.arg(counted(photo.size(), u"byte"_s))),
                 reply ? reply->status : std::nullopt, reply.has_value());
-    signInAgain();
+    return perfilScreen(reply);
 }
 
 /// Detects a service that stores the profile's empty password or e-mail, and so locks the customer out.
@@ -127,14 +168,32 @@ void Visit::signInAgain()
                                  u"Store the text as it is sent, in UTF-8."_s);
 }
 
-void Visit::lookForQuote()
+void Visit::lookAgain()
 {
-    if (!m_quoted)
+    if (!m_quoted && m_photo.isEmpty())
         return;
     const auto listing = m_asker.listing(m_id).record;
     if (!listing)
         return;
-    const auto rows = listing->cotizaciones.value_or(QList<DashboardResponse::Cotizacion>());
+    if (!m_photo.isEmpty())
+        lookForPhoto(*listing);
+    if (m_quoted)
+        lookForQuote(listing->cotizaciones.value_or(QList<DashboardResponse::Cotizacion>()));
+}
+
+void Visit::lookForPhoto(const DashboardResponse &listing)
+{
+    const QString avatar = listing.avatar.value_or(QString());
+    m_diagnosis.findings.add(Severity::Note, u"after "_s + Endpoints::perfil,
+                             avatar.isEmpty() ? u"the listing has no avatar"_s
+                             : avatar == m_photo
+                                 ? u"the listing's avatar is the photo that was sent"_s
+                                 : u"the listing's avatar is not the photo that was sent: "_s + quoted(avatar, 40),
+                             u"No screen uses it: the app shows the photo that it keeps itself."_s);
+}
+
+void Visit::lookForQuote(const QList<DashboardResponse::Cotizacion> &rows)
+{
     const auto found = [&](const auto &test) { return std::ranges::any_of(rows, test); };
     if (found([&](const auto &row) { return row.descripcion == m_description; }))
         return;
@@ -160,7 +219,7 @@ void Visit::recover()
 
 void Visit::registerCustomer()
 {
-    const QString email = m_order.newEmail.isEmpty() ? newAddress(m_order.email) : m_order.newEmail;
+    const QString email = m_order.newEmail.isEmpty() ? newAddress(m_order.email, m_stamp) : m_order.newEmail;
     const RegistroRequest request{.nombre = u"Prueba Ñandú"_s,
                                   .email = email,
                                   .password = anyPassword(),

@@ -18,6 +18,8 @@ LISTING = {"status": "success", "avatar": None, "paquetes": PAQUETES, "cotizacio
 CASILLERO = {"status": "success", "nombreCompleto": "Ana Ríos MRV-1042"}
 DONE = {"status": "success", "message": "Recibido"}
 
+REFUSED = {"status": "error", "message": "Correo o contraseña incorrectos"}
+
 GOOD = {
     "api_login.php": LOGIN,
     "api_paquetes.php": LISTING,
@@ -58,15 +60,19 @@ def silent():
 
 
 class Server(ScriptedServer):
-    """`replies` maps an endpoint to a value, a Reply, or a function of the request's body that returns one of them."""
+    """`replies` maps an endpoint to a value, a Reply, or a function of the request's body that returns one of them. `wrong`
+    is the reply to a sign-in with a password that the program has made up."""
 
-    def __init__(self, replies=None, tls=None):
+    def __init__(self, replies=None, tls=None, wrong=REFUSED):
         self.replies = {**GOOD, **(replies or {})}
+        self.wrong = wrong
         super().__init__(0, self.look_up, tls)
         self.base = f"http{'s' if tls else ''}://{'localhost' if tls else '127.0.0.1'}:{self.port}/"
 
     def look_up(self, request):
-        reply = self.replies[request.path.removeprefix("/").partition("?")[0]]
+        endpoint = request.path.removeprefix("/").partition("?")[0]
+        made_up = endpoint == "api_login.php" and b'"password":"Aa_' in request.body
+        reply = self.wrong if made_up else self.replies[endpoint]
         if callable(reply):
             reply = reply(request.body)
         return (reply if isinstance(reply, Reply) else Reply(reply)).raw

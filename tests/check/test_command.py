@@ -1,5 +1,6 @@
 """The command itself: its password, its options, its terminal, and the demo service, which has nothing wrong."""
 
+import base64
 import copy
 import fcntl
 import json
@@ -14,7 +15,7 @@ import tempfile
 import termios
 import unittest
 
-from program import CUSTOMER, PASSWORD, PROGRAM, ProgramTest, environment, faults, lines, run, screens
+from program import CUSTOMER, PASSWORD, PROGRAM, ProgramTest, environment, faults, lines, notes, run, screens
 from server import CASILLERO, LISTING, LOGIN, Reply, Server, body
 from service import Service
 
@@ -35,20 +36,23 @@ class DemoTest(ProgramTest):
     def test_demo_service_has_nothing_wrong(self):
         with tempfile.TemporaryDirectory() as folder, Service(DEMO_SERVICE, 0, f"{folder}/demo.sqlite") as service:
             self.base = service.base
-            for customer in (("ana", 1), ("bruno", 2), ("carla", 3)):
-                report = json.loads(self.demo("--json", customer=customer))
+            for *customer, options in (("ana", 1, []), ("bruno", 2, []), ("carla", 3, ["--empty"])):
+                report = json.loads(self.demo("--json", *options, customer=customer))
                 self.assertTrue(report["works"] and report["reached"] and not report["refused"])
                 self.assertNotIn("fault", [each["severity"] for each in report["findings"]])
                 self.assertEqual([each["state"] for each in report["screens"]], ["works"] * 5 + ["not tried"] * 5)
-                self.assertEqual((len(report["exchanges"]), report["created"]), (3, []))
+                self.assertEqual((len(report["exchanges"]), report["created"]), (4, []))
             report = self.demo("--write")
             self.assertEqual(faults(report), [])
             self.assertNotIn("is not in the listing", report)
-            stamp = r"\d{8}-\d{6}"
+            self.assertIn("the listing's avatar is the photo that was sent", report)
+            stamp = r"\d{8}-\d{6}-[0-9a-f]{4}"
+            saved = 'the profile of customer 1, saved with the name that it had, "Ana Lucía Peñalver Ríos", and'
             for line, pattern in zip(lines(report, "WHAT WAS CREATED"), [
                     rf'a quotation for customer 1: "Prueba de marovenda-check {stamp}: .*"',
                     rf"a vehicle request for customer 1: Prueba marovenda-check {stamp}",
-                    'the profile of customer 1, saved with the name that it had: "Ana Lucía Peñalver Ríos"',
+                    f"{saved} a photo of 127 bytes",
+                    f"{saved} no photo, which keeps the old one",
                     "a request to reset the password of ana@marovenda.example",
                     rf"a customer ana\+check-{stamp}@marovenda.example, number 4, with a password that nobody knows"],
                     strict=True):
@@ -69,17 +73,57 @@ class WriteTest(ProgramTest):
                    ("POST", "/api_casillero.php", b'{"user_id":"42"}')]
         with Server() as server:
             self.check(server, status=0)
-            self.assertEqual(server.sent(), reading)
+            self.assertEqual(server.sent()[:-1], reading)
+            self.assertRegex(server.sent()[-1][2], f'^{{"email":"{CUSTOMER}","password":"Aa_[0-9a-z]{{20,}}"}}$'.encode())
             server.requests.clear()
             self.check(server, "--write", status=0)
             self.assertEqual(server.sent()[:3], reading)
             sent = [(path, json.loads(content or "{}")) for _, path, content in server.sent()[3:]]
         self.assertEqual([path for path, _ in sent], [
-            "/api_cotizar.php", "/api_auto.php", "/api_perfil.php", "/api_login.php", "/api_paquetes.php?user_id=42",
-            "/api_recuperar.php", "/api_registro.php"])
-        self.assertEqual(sent[2][1], {"user_id": 42, "nombre": "Ana Ríos", "email": "", "password": "",
-                                      "avatar_base64": ""})
-        self.assertRegex(sent[6][1]["password"], "^Aa_[0-9a-z]{20,}$")
+            "/api_cotizar.php", "/api_auto.php", "/api_perfil.php", "/api_perfil.php", "/api_login.php",
+            "/api_paquetes.php?user_id=42", "/api_recuperar.php", "/api_registro.php", "/api_login.php"])
+        unchanged = {"user_id": 42, "nombre": "Ana Ríos", "email": "", "password": "", "avatar_base64": ""}
+        photo = sent[2][1]["avatar_base64"]
+        self.assertEqual([sent[2][1], sent[3][1]], [{**unchanged, "avatar_base64": photo}, unchanged])
+        picture = subprocess.run(["identify", "-regard-warnings", "-"], input=base64.b64decode(photo), capture_output=True,
+                                 check=True)
+        self.assertRegex(picture.stdout, b" PNG 16x16 ")
+        self.assertRegex(sent[7][1]["password"], "^Aa_[0-9a-z]{20,}$")
+
+    def test_photo_that_comes_back(self):
+        for avatar, says in ((lambda photo: photo, "is the photo that was sent"),
+                             (lambda photo: "https://x/1.png", 'is not the photo that was sent: "https://x/1.png"')):
+            with Server() as server:
+                def profile(content):
+                    if photo := json.loads(content)["avatar_base64"]:
+                        server.replies["api_paquetes.php"] = {**LISTING, "avatar": avatar(photo)}
+                    return {"status": "success"}
+                server.replies["api_perfil.php"] = profile
+                self.assertIn(f"api_paquetes.php: after api_perfil.php: the listing's avatar {says}",
+                              notes(self.check(server, "--write", status=0)))
+
+    def test_largest_photo(self):
+        sizes = []
+        with Server() as server:
+            def profile(content):
+                sizes.append(len(base64.b64decode(json.loads(content)["avatar_base64"])))
+                return Reply(b"", "413 Content Too Large") if sizes[-1] > 1 << 20 else {"status": "success"}
+            server.replies["api_perfil.php"] = profile
+            report = self.check(server, "--write", "--largest-photo", status=1)
+        self.assertEqual(sizes, [127, 64 << 20, 0])
+        self.assertEqual(faults(report), ["api_perfil.php: HTTP 413: an empty body"])
+        self.assertIn('fails      Mi Perfil: "Error al actualizar"', report)
+        self.assertIn('"avatar_base64":"(89478488 characters)"', report)
+
+    def test_two_runs_at_once_register_two_addresses(self):
+        with Server() as server:
+            started = [subprocess.Popen([PROGRAM, "--base", server.base, "--write", "--quiet", CUSTOMER],
+                                        stdout=subprocess.DEVNULL, env=environment()) for _ in range(4)]
+            self.assertEqual([each.wait() for each in started], [0] * 4)
+            sent = [json.loads(each.body) for each in server.posts()]
+        new = {each["email"] for each in sent if "ciudad" in each}
+        self.assertEqual(len(new), 4)
+        self.assertEqual(len({each["modelo"] for each in sent if "modelo" in each}), 4)
 
     def test_profile_is_looked_at_again(self):
         for login, status, expected in (
@@ -123,7 +167,7 @@ class WriteTest(ProgramTest):
         with Server({"api_auto.php": b"<br>", "api_recuperar.php": {"status": "error"}}) as server:
             created = lines(self.check(server, "--write", status=1), "WHAT WAS CREATED")
         self.assertRegex(created[1], r"^perhaps a vehicle request .* \(there is no readable reply\)$")
-        self.assertRegex(created[3], r"^perhaps a request to reset .* \(the reply says that it failed\)$")
+        self.assertRegex(created[4], r"^perhaps a request to reset .* \(the reply says that it failed\)$")
 
 
 class OptionsTest(ProgramTest):
@@ -144,6 +188,7 @@ class OptionsTest(ProgramTest):
             self.refused("--timeout", value, CUSTOMER, says="--timeout must be 1 to 3600 seconds")
         for value in ("", "x", "0", "9223372036854775808"):
             self.refused("--id", value, CUSTOMER, says="--id must be a customer's number")
+        self.refused("--largest-photo", CUSTOMER, says="--largest-photo needs --write")
         self.refused("--new-email", "a@b", CUSTOMER, says="--new-email needs")
         self.refused("--write", "--new-email", "", CUSTOMER, says="--new-email needs")
 
@@ -202,7 +247,8 @@ class OptionsTest(ProgramTest):
         with Server() as server:
             done = run("--base", server.base, CUSTOMER, "--json")
             self.assertEqual(done.stderr, "".join(
-                f"Asking {each} ...\n" for each in ("api_login.php", "api_paquetes.php", "api_casillero.php")))
+                f"Asking {each} ...\n" for each in ("api_login.php", "api_paquetes.php", "api_casillero.php",
+                                               "api_login.php")))
             json.loads(done.stdout)
             self.assertEqual(run("--base", server.base, CUSTOMER, "--quiet").stderr, "")
 

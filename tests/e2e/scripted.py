@@ -79,9 +79,13 @@ class ScriptedServer:
             if not more:
                 return None
             received += more
-        request = Request(*received.split(b"\r\n\r\n", 1))
-        while len(request.body) < int(request.header("Content-Length") or 0):
-            request.body += connection.recv(65536)
+        head, body = received.split(b"\r\n\r\n", 1)
+        request = Request(head, b"")
+        parts, missing = [body], int(request.header("Content-Length") or 0) - len(body)
+        while missing > 0:
+            parts.append(connection.recv(min(missing, 1 << 20)))
+            missing -= len(parts[-1])
+        request.body = b"".join(parts)
         self.requests.append(request)
         answer = self.script(request)
         connection.sendall(answer or b"")

@@ -45,10 +45,11 @@ class Maker:
     def openssl(self, *arguments):
         subprocess.run(["openssl", *map(str, arguments)], check=True, capture_output=True, cwd=self.folder)
 
-    def make(self, name, signer=None, above=(), part="server", valid=NOW, names=HERE, digest="sha256"):
+    def make(self, name, signer=None, above=(), part="server", valid=NOW, names=HERE, digest="sha256",
+             key=("ec", "ec_paramgen_curve:P-256")):
         """A key and its certificate, signed by another's key or by its own. The name in it is `name`."""
         self.configuration.write_text(CONFIGURATION.format(folder=self.folder, names=names))
-        self.openssl("req", "-new", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-config",
+        self.openssl("req", "-new", "-newkey", key[0], "-pkeyopt", key[1], "-nodes", "-config",
                      self.configuration, "-subj", f"/CN={name}", "-keyout", f"{name}.key", "-out", f"{name}.csr")
         by = ["-selfsign", "-keyfile", f"{name}.key"] if signer is None else ["-cert", f"{signer}.crt", "-keyfile",
                                                                               f"{signer}.key"]
