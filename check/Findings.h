@@ -6,7 +6,8 @@
 
 namespace Check {
 
-/// A fault makes the app fail, a warning makes it show something odd, and a note is harmless.
+/// A fault must be fixed before the app works with the service, a warning makes it show something odd, and a note is
+/// harmless.
 enum class Severity { Fault, Warning, Note };
 
 /// A place in a reply: a key of the reply itself, or of a row, for example "paquetes", 17, "tracking".
