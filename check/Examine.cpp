@@ -41,9 +41,8 @@ constexpr Remedy remedies[]{
     {Remedy::Whole, "array, must be object"_L1,
      u"Send the object itself, without a list around it. PHP writes an empty array as []: use (object)[]."},
     {Remedy::Whole, "must be object"_L1,
-     u"Send a JSON object. PHP prints null for a variable that is not set, and nothing or false for a text that is "
-     u"not "
-     "UTF-8."},
+     u"Send a JSON object. PHP prints null for a variable that is not set, and nothing or false for a text "
+     "that is not UTF-8."},
 };
 
 QString remedyFor(const Check::Place &place, const QString &reason)
@@ -69,9 +68,8 @@ bool isJsonInText(Json::Element value)
 bool holdsHtml(const QString &text)
 {
     static const QRegularExpression pattern(
-        u"</"
-        u"?(a|b|br|center|code|div|em|font|h[1-6]|hr|i|img|li|ol|p|pre|script|small|span|strong|style|sub|sup|table|"
-        "td|th|tr|u|ul)(\\s[^<>]*)?/?>"_s,
+        u"<[/]?(a|b|br|center|code|div|em|font|h[1-6]|hr|i|img|li|ol|p|pre|script|small|span|strong|style|sub|sup|"
+        "table|td|th|tr|u|ul)(\\s[^<>]*)?/?>"_s,
         QRegularExpression::CaseInsensitiveOption);
     return text.contains(pattern);
 }

@@ -110,13 +110,11 @@ Options Check::readOptions(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         u"Sends the Marovenda app's requests to a service, as a test customer, and reports what the app would do "
-        u"with "
-        "each reply. Reads the password from --password-file, from MAROVENDA_CHECK_PASSWORD or from the terminal.\n\n"
+        "with each reply. Reads the password from --password-file, from MAROVENDA_CHECK_PASSWORD or from the "
+        "terminal.\n\n"
         "Exit status: 0 if every screen that was tried works, 1 if one fails, if a list of the customer is missing "
-        "or "
-        "empty (see --empty), or if a wrong password is accepted, 2 if the server is unreachable or does not sign "
-        "the "
-        "test customer in, or if the command line is wrong."_s);
+        "or empty (see --empty), or if a wrong password is accepted, 2 if the server is unreachable or does not "
+        "sign the test customer in, or if the command line is wrong."_s);
     parser.addPositionalArgument(u"EMAIL"_s, u"The e-mail of a customer to test with."_s);
     parser.addOptions({names.base, names.passwordFile, names.write, names.largestPhoto, names.empty, names.newEmail,
                        names.id, names.timeout, names.json, names.quiet, names.contract, names.help, names.version});

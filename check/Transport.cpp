@@ -109,9 +109,9 @@ struct StatusRemedy {
     const char16_t *remedy;
 };
 
-constexpr auto tooMany = u"The server had too many requests: wait, and check again. The app does not wait: it "
-                         u"ignores Retry-After, and sends a "
-                         "request for each press.";
+constexpr auto tooMany =
+    u"The server had too many requests: wait, and check again. The app does not wait: it ignores Retry-After, and "
+    "sends a request for each press.";
 
 constexpr StatusRemedy statusRemedies[]{
     {404, 405, false, u"Is the base address right, and does the endpoint's file take this method?"},
@@ -126,11 +126,10 @@ constexpr StatusRemedy statusRemedies[]{
 QString remedyFor(const Exchange &exchange)
 {
     const int number = exchange.reply.status;
-    const bool signsIn = exchange.endpoint == Endpoints::login || exchange.endpoint == Endpoints::registro;
-    if ((number == 401 || number == 403) && exchange.usable && !signsIn)
-        return u"After the sign-in the app sends no cookie, token or password, only the customer's number: answer "
-               u"for "
-               "that number."_s;
+    const QStringList beforeSignIn{Endpoints::login, Endpoints::registro, Endpoints::recuperar};
+    if ((number == 401 || number == 403) && exchange.usable && !beforeSignIn.contains(exchange.endpoint))
+        return u"After the sign-in the app sends no cookie, token or password, only the customer's number: "
+               "answer for that number."_s;
     const auto found = std::ranges::find_if(statusRemedies, [&](const StatusRemedy &each) {
         return number >= each.from && number <= each.to && exchange.usable == each.usable;
     });
