@@ -39,7 +39,7 @@ public:
             values[*field] = entry.value;
         }
         for (const auto &[key, value] : ignored) {
-            if (const QStringList inside = keysIn<R>(value); !inside.isEmpty())
+            if (const QStringList inside = missingKeysIn<R>(value, values); !inside.isEmpty())
                 tooDeep(place, text(key), inside);
             else
                 ignoredKey(place, text(key), closestKey<R>(key, values));
@@ -78,16 +78,16 @@ private:
     static QString lettersOf(const QString &key);
     static bool meansTheSame(const QString &letters, const QString &name);
 
-    /// Returns the keys of the record that a value holds, for example "data".
-    template <Record R>
-    static QStringList keysIn(Json::Element value)
+    /// Returns the missing keys of the record that a value holds, for example that of "data".
+    template <Record R, class Values>
+    static QStringList missingKeysIn(Json::Element value, const Values &values)
     {
         QStringList keys;
         simdjson::dom::object object;
         if (value.get(object) != simdjson::SUCCESS)
             return {};
         for (const auto entry : object) {
-            if (CodingKeys<R>::find(entry.key))
+            if (const auto field = CodingKeys<R>::find(entry.key); field && !values[*field])
                 keys += text(entry.key);
         }
         return keys;

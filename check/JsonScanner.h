@@ -9,7 +9,8 @@ namespace Check {
 /// Scans a JSON document and stops at the first invalid byte.
 ///
 /// The SAX interface of a JSON library (nlohmann/json 3.11) says less:
-/// - It accepts what the app's reader refuses: 18446744073709551616, a value on level 1025, a zero byte after the end.
+/// - It accepts what the app's reader refuses: 18446744073709551616, a value on level 1025, a zero byte after the
+/// end.
 /// - {"a":[],} is "unexpected '}'; expected string literal" at the brace; here "a comma before "}"", at the comma.
 /// - {"x":007} is "unexpected number literal; expected '}'"; here "a number that begins with 0", at its start.
 /// - {"a":[] "b":1} is "unexpected string literal; expected '}'"; here """ instead of "," or "}"".

@@ -66,15 +66,16 @@ const QList<Stranger> &strangers()
                                             QRegularExpression::DotMatchesEverythingOption);
     };
     static const QList<Stranger> all{
-        {pattern(u"^<.*(cdn-cgi/challenge-platform|cf-chl|just a moment\\.\\.\\.|attention required! \\| cloudflare|"
-                 "_incapsula_resource|sucuri_cloudproxy|ddos-guard|awswafcookie|checking your browser|g-recaptcha|"
-                 "h-captcha)"_s),
+        {pattern(
+             u"^<.*(<title>just a moment\\.\\.\\.|_cf_chl_opt|attention required! \\| cloudflare|"
+             "checking your browser|request unsuccessful\\. incapsula|sucuri_cloudproxy|<title>ddos-guard|awswafcookie)"_s),
          u"the challenge page of a CDN or firewall"_s,
          u"Exempt the app's endpoints from the challenge: the app is no browser and cannot pass it."_s},
         {pattern(u"^<\\?(php|=|\\s)"_s), u"the source of a PHP file"_s,
          u"The web server does not run PHP for this file: enable PHP (PHP-FPM, for example). Anybody can read such "
          "files: change the passwords in them."_s},
-        {pattern(u"^(<br ?/?>\\s*)?(<b>)?(PHP )?(fatal error|parse error|warning|notice|deprecated)(</b>)?:"_s),
+        {pattern(u"^(<br ?/?>\\s*)?((PHP |<b>)(%1)(</b>)?: |(%1): .* in \\S+(:| on line )\\d)"_s.arg(
+             u"fatal error|parse error|warning|notice|deprecated"_s)),
          u"an error message of PHP"_s,
          u"Correct the error; the server's error log has it in full. Set display_errors to off."_s},
         {pattern(

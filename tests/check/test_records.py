@@ -81,6 +81,9 @@ FAULTS = [
      'line 1, byte 0: an error message of PHP, not JSON: "<br /> <b>Fatal error</b>: Uncaught Erro…"', CORRECT),
     (P, b"PHP Parse error:  syntax error in y.php:3",
      'line 1, byte 0: an error message of PHP, not JSON: "PHP Parse error: syntax error in y.php:3"', CORRECT),
+    (P, b"Warning: a is b in /srv/y.php on line 3",
+     'line 1, byte 0: an error message of PHP, not JSON: "Warning: a is b in /srv/y.php on line 3"', CORRECT),
+    (P, b"Warning: no service", 'line 1, byte 0: "W" instead of a value'),
     (P, b"<?php\n$a = 1;", 'line 1, byte 0: the source of a PHP file, not JSON: "<?php $a = 1;"',
      "The web server does not run PHP for this file: enable PHP (PHP-FPM, for example). Anybody can read such files: "
      "change the passwords in them."),
@@ -132,7 +135,7 @@ WARNINGS = [
      'Paquetes: ignored by the app, which reads "paquetes"'),
     (C, {**CASILLERO, "nombre_completo": "x"}, 'nombre_completo: ignored by the app, which reads "nombreCompleto"'),
     (L, {**without(LOGIN, "nombre"), "name": "Ana"}, 'name: ignored by the app, which reads "nombre"'),
-    (C, {**CASILLERO, "data": CASILLERO}, 'data: ignored by the app, which reads "status", "nombreCompleto" one level up',
+    (C, {"nombreCompleto": "Ana", "data": CASILLERO}, 'data: ignored by the app, which reads "status" one level up',
      'Send these keys beside "status", not inside another key.'),
     (P, b'{"paquetes":[],"paquetes":[{"tracking":"A","tracking":"B"}],"cotizaciones":[{"origen":"A"}]}',
      "paquetes: duplicate key; the last one counts"),
@@ -145,6 +148,7 @@ WARNINGS = [
 
 NOTES = [
     (L, {**LOGIN, "token": "x"}, "token: ignored by the app"),
+    (L, {**LOGIN, "user": LOGIN, "name": "Ana"}, "user: ignored by the app"),
     (L, {**LOGIN, "id": "+42"}, 'id: "+42" signs in as 42'),
     (P, row("paquetes", 5, descripcion=...), 'paquetes[5].descripcion: absent, shown as "Sin descripción"'),
     (P, row("paquetes", 5, estado=None), 'paquetes[5].estado: absent, shown as "RECIBIDO"'),

@@ -43,7 +43,7 @@ FAULTS = [
     (Reply(b"", "413 Content Too Large"), ["HTTP 413: an empty body"],
      "Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 100m; PHP: "
      "post_max_size = 100M)."),
-    (Reply(b'<!DOCTYPE html><title>Just a moment...</title><script src="/cdn-cgi/challenge-platform/a"></script>',
+    (Reply(b'<!DOCTYPE html><title>Just a moment...</title><p>Wait</p>',
            "403 Forbidden"),
      ['line 1, byte 0: the challenge page of a CDN or firewall, not JSON: "<!DOCTYPE html><title>Just a moment...</…"',
       "HTTP 403: with a body that is not the reply"],

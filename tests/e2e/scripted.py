@@ -84,6 +84,8 @@ class ScriptedServer:
         parts, missing = [body], int(request.header("Content-Length") or 0) - len(body)
         while missing > 0:
             parts.append(connection.recv(min(missing, 1 << 20)))
+            if not parts[-1]:
+                return None
             missing -= len(parts[-1])
         request.body = b"".join(parts)
         self.requests.append(request)
