@@ -10,15 +10,25 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Returns whether the status is "success", even if the app cannot read the reply.
-bool saysSuccess(const QByteArray &body)
+/// What a reply to a sign-in says, even if the app cannot use it.
+struct RawLogin {
+    bool success = false;
+    /// 0 if there is none.
+    qint64 id = 0;
+};
+
+RawLogin readLogin(const QByteArray &body)
 {
     Json::Reading reading;
     simdjson::dom::parser parser;
     Json::Element root;
-    std::string_view status;
-    return Json::parse(QByteArrayView(body), reading, parser, root) &&
-           root["status"].get(status) == simdjson::SUCCESS && status == "success";
+    if (!Json::parse(QByteArrayView(body), reading, parser, root))
+        return {};
+    int64_t id = 0;
+    std::string_view text;
+    if (root["id"].get(id) != simdjson::SUCCESS && root["id"].get(text) == simdjson::SUCCESS)
+        id = parseUserId(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).trimmed());
+    return {root["status"].get(text) == simdjson::SUCCESS && text == "success", id};
 }
 
 } // namespace
@@ -65,19 +75,9 @@ void Visit::signIn()
 void Visit::lookForId()
 {
     m_substitute = m_order.id;
-    Json::Reading reading;
-    simdjson::dom::parser parser;
-    Json::Element root;
-    if (m_substitute || m_diagnosis.refused ||
-        !Json::parse(QByteArrayView(m_asker.lastBody()), reading, parser, root))
-        return;
-    int64_t number = 0;
-    std::string_view text;
-    const auto id = root["id"];
-    if (id.get(number) != simdjson::SUCCESS && id.get(text) == simdjson::SUCCESS)
-        number = parseUserId(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).trimmed());
-    if (number != 0)
-        m_substitute = number;
+    const qint64 id = readLogin(m_asker.lastBody()).id;
+    if (!m_substitute && !m_diagnosis.refused && id != 0)
+        m_substitute = id;
 }
 
 void Visit::read()
@@ -121,7 +121,8 @@ void Visit::tryWrongPassword()
     const auto reply =
         asker.post<LoginResponse>(Endpoints::login, LoginRequest{.email = m_order.email, .password = anyPassword()});
     m_diagnosis.findings.setEndpoint(Endpoints::login);
-    if (saysSuccess(asker.lastBody()))
+    const RawLogin answer = readLogin(asker.lastBody());
+    if (answer.success && answer.id != 0)
         m_diagnosis.findings.add(
             Severity::Fault, u"a wrong password"_s, u"accepted: whoever knows a customer's e-mail signs in"_s,
             u"Compare the password with the stored hash (PHP: password_verify), and refuse others."_s);

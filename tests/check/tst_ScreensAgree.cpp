@@ -184,6 +184,7 @@ void ScreensAgreeTest::replyThatTakesFiveSecondsIsAWarning()
     Check::Exchange exchange;
     exchange.reply.body = "{}";
     exchange.reply.status = 200;
+    exchange.reply.complete = true;
     exchange.usable = true;
     Check::Findings findings;
     exchange.milliseconds = 4999;
