@@ -48,7 +48,7 @@ constexpr Remedy remedies[]{
 QString remedyFor(const Check::Place &place, const QString &reason)
 {
     const auto where = !place.key.isEmpty() ? Remedy::Anywhere : place.list.isEmpty() ? Remedy::Whole : Remedy::Row;
-    const auto found = std::ranges::find_if(
+    const auto *const found = std::ranges::find_if(
         remedies, [&](const Remedy &each) { return each.where == where && reason.endsWith(each.reason); });
     return found == std::end(remedies) ? QString() : QString::fromUtf16(found->remedy);
 }

@@ -69,7 +69,7 @@ private:
     {
         const QString letters = lettersOf(text(key));
         for (std::size_t index = 0; index < CodingKeys<R>::count; ++index) {
-            const QString name = text(CodingKeys<R>::names[index]);
+            QString name = text(CodingKeys<R>::names[index]);
             if (lettersOf(name) == letters || (!values[index] && meansTheSame(letters, name)))
                 return name;
         }

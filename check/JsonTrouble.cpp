@@ -161,7 +161,7 @@ QList<JsonTrouble> Check::findAroundJson(QByteArrayView bytes)
     // One line break at the end is usual.
     if (bytes.endsWith('\n'))
         bytes.chop(1);
-    const auto end = std::find_if_not(bytes.rbegin(), bytes.rend(), isBlank).base();
+    const auto *const end = std::find_if_not(bytes.rbegin(), bytes.rend(), isBlank).base();
     if (end != bytes.end())
         found += {end - bytes.begin(), u"blanks after the JSON, which the app skips"_s, noBlanks};
     return found;

@@ -77,7 +77,7 @@ Parts base64(const QByteArray &bytes, qsizetype before)
     Parts parts;
     for (qsizetype i = before * 8 / 6; i < coded.size(); ++i) {
         const bool known = i * 6 >= before * 8 && (i + 1) * 6 <= bits;
-        const QString text(QLatin1Char(coded[i]));
+        const QString text{QLatin1Char(coded[i])};
         parts += !known            ? u"(?:[\\w+-]|\\\\*/|%2[bf])"_s
                  : coded[i] == '+' ? u"(?:[+-]|%2b)"_s
                  : coded[i] == '/' ? u"(?:\\\\*/|_|%2f)"_s
@@ -93,7 +93,7 @@ QString wholeOrCut(Parts parts)
     const bool isLong = parts.size() > longest;
     if (isLong)
         parts = parts.first(longest);
-    const QString whole = parts.join(QString()) + (isLong ? u".*"_s : QString());
+    QString whole = parts.join(QString()) + (isLong ? u".*"_s : QString());
     if (parts.size() <= shortestCut)
         return whole;
     QString cut = Parts(parts.first(shortestCut)).join(QString());

@@ -18,6 +18,7 @@ using Check::Severity;
 constexpr qint64 slow = 5000;
 constexpr qsizetype worthCompressing = qsizetype(256) * 1024;
 constexpr qint64 expiresSoon = 30;
+constexpr qint64 secondsPerDay = 86400;
 constexpr qsizetype largeRequest = qsizetype(1024) * 1024;
 constexpr auto tooLarge =
     u"Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 100m; "
@@ -130,7 +131,7 @@ QString remedyFor(const Exchange &exchange)
     if ((number == 401 || number == 403) && exchange.usable && !beforeSignIn.contains(exchange.endpoint))
         return u"After the sign-in the app sends no cookie, token or password, only the customer's number: "
                "answer for that number."_s;
-    const auto found = std::ranges::find_if(statusRemedies, [&](const StatusRemedy &each) {
+    const auto *const found = std::ranges::find_if(statusRemedies, [&](const StatusRemedy &each) {
         return number >= each.from && number <= each.to && exchange.usable == each.usable;
     });
     return found == std::end(statusRemedies) ? QString() : QString::fromUtf16(found->remedy);
@@ -200,7 +201,7 @@ void judgeExpiry(const Exchange &exchange, Findings &to)
 {
     if (!exchange.tls || !exchange.tls->refusals.isEmpty() || !exchange.tls->expires.isValid())
         return;
-    const qint64 days = QDateTime::currentDateTimeUtc().secsTo(exchange.tls->expires) / (24 * 60 * 60);
+    const qint64 days = QDateTime::currentDateTimeUtc().secsTo(exchange.tls->expires) / secondsPerDay;
     if (days < expiresSoon)
         to.addGeneral(Severity::Warning, u"TLS"_s,
                       u"the certificate expires in %1; the app refuses it then"_s.arg(counted(days, u"day"_s)),
