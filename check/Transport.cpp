@@ -116,6 +116,7 @@ constexpr auto tooMany =
 
 constexpr StatusRemedy statusRemedies[]{
     {404, 405, false, u"Is the base address right, and does the endpoint's file take this method?"},
+    {413, 413, true, tooLarge},
     {413, 413, false, tooLarge},
     {429, 429, true, tooMany},
     {429, 429, false, tooMany},

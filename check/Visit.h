@@ -50,7 +50,7 @@ private:
     QString m_mark;
     QString m_description;
     bool m_quoted = false;
-    /// The photo that was sent last, in base64.
+    /// The photo that was saved last, in base64.
     QString m_photo;
     /// The values that the app would store after the sign-in.
     qint64 m_id = 0;

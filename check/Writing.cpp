@@ -137,9 +137,9 @@ Screen Visit::savePhoto(const QByteArray &photo)
                                 .email = {},
                                 .password = {},
                                 .avatar_base64 = QString::fromLatin1(photo.toBase64())};
-    if (!photo.isEmpty())
-        m_photo = request.avatar_base64;
     const auto reply = m_asker.post<StandardResponse>(Endpoints::perfil, request);
+    if (!photo.isEmpty() && reply && reply->status == u"success"_s)
+        m_photo = request.avatar_base64;
     if (reply)
         judgeForm(*reply, false, m_diagnosis.findings);
     noteCreated(u"the profile of customer %1, saved with the name that it had, %2, and %3"_s.arg(
@@ -187,8 +187,8 @@ void Visit::lookForPhoto(const DashboardResponse &listing)
     m_diagnosis.findings.add(Severity::Note, u"after "_s + Endpoints::perfil,
                              avatar.isEmpty() ? u"the listing has no avatar"_s
                              : avatar == m_photo
-                                 ? u"the listing's avatar is the photo that was sent"_s
-                                 : u"the listing's avatar is not the photo that was sent: "_s + quoted(avatar, 40),
+                                 ? u"the listing's avatar is the photo that was saved"_s
+                                 : u"the listing's avatar is not the photo that was saved: "_s + quoted(avatar, 40),
                              u"No screen uses it: the app shows the photo that it keeps itself."_s);
 }
 

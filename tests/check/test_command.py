@@ -45,7 +45,7 @@ class DemoTest(ProgramTest):
             report = self.demo("--write")
             self.assertEqual(faults(report), [])
             self.assertNotIn("is not in the listing", report)
-            self.assertIn("the listing's avatar is the photo that was sent", report)
+            self.assertIn("the listing's avatar is the photo that was saved", report)
             stamp = r"\d{8}-\d{6}-[0-9a-f]{4}"
             saved = 'the profile of customer 1, saved with the name that it had, "Ana Lucía Peñalver Ríos", and'
             for line, pattern in zip(lines(report, "WHAT WAS CREATED"), [
@@ -91,8 +91,8 @@ class WriteTest(ProgramTest):
         self.assertRegex(sent[7][1]["password"], "^Aa_[0-9a-z]{20,}$")
 
     def test_photo_that_comes_back(self):
-        for avatar, says in ((lambda photo: photo, "is the photo that was sent"),
-                             (lambda photo: "https://x/1.png", 'is not the photo that was sent: "https://x/1.png"')):
+        for avatar, says in ((lambda photo: photo, "is the photo that was saved"),
+                             (lambda photo: "https://x/1.png", 'is not the photo that was saved: "https://x/1.png"')):
             with Server() as server:
                 def profile(content):
                     if photo := json.loads(content)["avatar_base64"]:

@@ -280,7 +280,8 @@ class RecordsTest(ProgramTest):
                 report = self.check(server, status=0)
             self.assertEqual(warnings(report), [
                 f'{L}: a wrong password: the app cannot read the refusal ({trouble}), and shows "Error de credenciales"'])
-        for wrong in ({"status": "error"}, {"status": "success", "id": None}, Reply({"status": "error", "message": "No"}, "401 Unauthorized")):
+        for wrong in ({"status": "error"}, {"status": "success", "id": None},
+                      Reply({"status": "error", "message": "No"}, "401 Unauthorized")):
             with Server(wrong=wrong) as server:
                 self.assertEqual(self.json(server, status=0)["findings"], [])
 

@@ -26,6 +26,8 @@ P, C = "api_paquetes.php", "api_casillero.php"
 HTML = b"<html>502</html>"
 WAIT = ("The server had too many requests: wait, and check again. The app does not wait: it ignores Retry-After, and sends a "
         "request for each press.")
+TOO_LARGE = ("Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 100m; PHP: "
+             "post_max_size = 100M).")
 HTML_FAULT = 'line 1, byte 0: an HTML page, not JSON: "<html>502</html>"'
 
 FAULTS = [
@@ -41,8 +43,7 @@ FAULTS = [
     (Reply(HTML, "429 Too Many Requests", ["Retry-After: 30"]),
      [HTML_FAULT, 'HTTP 429: with a body that is not the reply (Retry-After: "30")'], WAIT),
     (Reply(b"", "413 Content Too Large"), ["HTTP 413: an empty body"],
-     "Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 100m; PHP: "
-     "post_max_size = 100M)."),
+     TOO_LARGE),
     (Reply(b'<!DOCTYPE html><title>Just a moment...</title><p>Wait</p>',
            "403 Forbidden"),
      ['line 1, byte 0: the challenge page of a CDN or firewall, not JSON: "<!DOCTYPE html><title>Just a moment...</…"',
@@ -63,6 +64,8 @@ WARNINGS = [
     (Reply(LISTING, "500 Error"), ["HTTP 500: has no effect: the app reads the body, whatever the status is"]),
     (Reply(LISTING, "401 Unauthorized"), ["HTTP 401: has no effect: the app reads the body, whatever the status is"],
      "After the sign-in the app sends no cookie, token or password, only the customer's number: answer for that number."),
+    (Reply(LISTING, "413 Content Too Large"), ["HTTP 413: has no effect: the app reads the body, whatever the status is"],
+     TOO_LARGE),
     (Reply(LISTING, "503 Busy", ["Retry-After: 9"]),
      ['HTTP 503: has no effect: the app reads the body, whatever the status is (Retry-After: "9")'],
      "See why the server is not ready: maintenance, or an error in its log. Then check again."),
