@@ -21,8 +21,8 @@ constexpr qint64 expiresSoon = 30;
 constexpr qint64 secondsPerDay = 86400;
 constexpr qsizetype largeRequest = qsizetype(1024) * 1024;
 constexpr auto tooLarge =
-    u"Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 100m; "
-    "PHP: post_max_size = 100M).";
+    u"Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 192m; "
+    "PHP: post_max_size = 192M).";
 
 QString status(const Exchange &exchange) { return u"HTTP %1"_s.arg(exchange.reply.status); }
 
@@ -45,7 +45,7 @@ void judgeSize(Findings &to)
 {
     to.add(Severity::Fault, u"size"_s,
            u"more than %1 MiB of body, which the app drops"_s.arg(HttpLimits().bodySize / 1024 / 1024),
-           u"Send fewer or smaller rows."_s);
+           u"Send fewer or smaller rows, and no avatar: no screen uses it."_s);
 }
 
 void judgeCertificate(const Exchange &exchange, Findings &to)

@@ -61,7 +61,7 @@ class DemoTest(ProgramTest):
             self.assertEqual(shown["Mi Resumen"]["texts"][:3],
                              ["Hola, Ana Lucía Peñalver Ríos", "230 Paquetes", "13 Cotizaciones"])
             self.assertIn("  a customer nueva@marovenda.example, number 5, with",
-                          self.demo("--write", "--new-email", "nueva@marovenda.example"))
+                          self.demo("--write", "--largest-photo", "--new-email", "nueva@marovenda.example"))
 
 
 class WriteTest(ProgramTest):

@@ -26,8 +26,8 @@ P, C = "api_paquetes.php", "api_casillero.php"
 HTML = b"<html>502</html>"
 WAIT = ("The server had too many requests: wait, and check again. The app does not wait: it ignores Retry-After, and sends a "
         "request for each press.")
-TOO_LARGE = ("Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 100m; PHP: "
-             "post_max_size = 100M).")
+TOO_LARGE = ("Allow larger requests: a photo of 64 MiB is a body of 87 MiB (nginx: client_max_body_size 192m; PHP: "
+             "post_max_size = 192M).")
 HTML_FAULT = 'line 1, byte 0: an HTML page, not JSON: "<html>502</html>"'
 
 FAULTS = [
