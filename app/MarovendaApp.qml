@@ -14,6 +14,8 @@ Window {
     width: 390
     height: 844
     visible: true
+    // A phone's screen has no room for a title bar, which Qt would draw where the shell draws none.
+    flags: Math.min(Screen.width, Screen.height) < 600 ? Qt.Window | Qt.FramelessWindowHint : Qt.Window
     title: "Marovenda"
     color: Theme.screenBackground
 

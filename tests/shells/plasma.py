@@ -6,7 +6,7 @@ import shutil
 import subprocess
 
 from phone import DEADLINE, Gone
-from shell import SOCKET, ShellCustomer
+from shell import ShellCustomer
 
 KEYBOARD = "/usr/bin/maliit-keyboard"
 # Windows fill the screen and have no frame, as on a phone.
@@ -49,7 +49,7 @@ class PlasmaCustomer(ShellCustomer):
         config.mkdir(exist_ok=True)
         (config / "kwinrulesrc").write_text(RULES)
         return (str(compositor), "--virtual", "--width", str(self.size[0]), "--height", str(self.size[1]),
-                "--scale", str(self.scale), "--socket", SOCKET, "--no-lockscreen", "--no-global-shortcuts",
+                "--scale", str(self.scale), "--socket", self.SOCKET, "--no-lockscreen", "--no-global-shortcuts",
                 "--no-kactivities", "--inputmethod", KEYBOARD)
 
     def shell_environment(self):

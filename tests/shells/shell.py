@@ -7,15 +7,13 @@ import time
 from customer import EMAIL, SPLASH, Customer
 from phone import Gone
 
-# The first name that Sway tries, which cannot be told another one.
-SOCKET = "wayland-1"
-
-
 class ShellCustomer(Customer):
     """The app's window fills the screen, so what is in the window is at the same place on the screen."""
 
     # Those that the shell needs, by the names of their executables.
     PROGRAMS = ()
+    # The first name that Sway tries, which cannot be told another one.
+    SOCKET = "wayland-1"
 
     def __init__(self, width=360, height=720, scale=1):
         super().__init__(width, height)
@@ -30,8 +28,8 @@ class ShellCustomer(Customer):
         environment = {name: value for name, value in os.environ.items() if name != "QT_LINUX_ACCESSIBILITY_ALWAYS_ON"}
         with open(self.home / "shell.log", "w") as log:
             self._spawn(*self.shell(), env={**environment, **self.shell_environment()}, stdout=log, stderr=log)
-        self.wait_for((self.home / SOCKET).exists, "the shell")
-        os.environ.update(QT_QPA_PLATFORM="wayland", WAYLAND_DISPLAY=SOCKET)
+        self.wait_for((self.home / self.SOCKET).exists, "the shell")
+        os.environ.update(QT_QPA_PLATFORM="wayland", WAYLAND_DISPLAY=self.SOCKET)
 
     def open_at_login(self, app):
         self.open(app)

@@ -16,6 +16,7 @@ HERE = pathlib.Path(__file__).parent
 sys.path[:0] = [str(HERE), str(HERE.parent / "e2e")]
 import stories
 from desktop import DesktopCustomer
+from phoc import PhocCustomer
 from plasma import PlasmaCustomer
 
 SKIPPED = 77
@@ -24,7 +25,8 @@ THEME = "/usr/lib/*/qt6/plugins/platformthemes/libqxdgdesktopportal.so"
 
 
 def missing():
-    programs = (*PlasmaCustomer.PROGRAMS, *DesktopCustomer.PROGRAMS, os.environ.get("MAROVENDA_FINGER") or "marovenda-finger")
+    programs = (*PlasmaCustomer.PROGRAMS, *PhocCustomer.PROGRAMS, *DesktopCustomer.PROGRAMS,
+                os.environ.get("MAROVENDA_FINGER") or "marovenda-finger")
     plugins = () if glob.glob(THEME) else (pathlib.Path(THEME).name,)
     return [*(program for program in programs if not shutil.which(program)), *plugins]
 

@@ -1,5 +1,6 @@
 """The window and its shell: it has the size that the shell gives, and it ends when the shell says so."""
 
+from phoc import PhocCustomer
 from stage import BRUNO, story
 from sway import SwayCustomer
 
@@ -13,6 +14,13 @@ def window_fits(stage):
             phone.turn(*size)
             # No part of it is for a title bar of its own.
             assert phone.view()["window_rect"] == {"x": 0, "y": 0, "width": size[0], "height": size[1]}, phone.view()
+
+
+@story
+def no_title_bar(stage):
+    """Where the shell leaves title bars to the apps."""
+    with stage.customer(kind=PhocCustomer) as phone:
+        phone.wait_window(360, 720)
 
 
 @story
