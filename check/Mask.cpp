@@ -11,7 +11,7 @@ using Parts = QStringList;
 
 constexpr qsizetype shortest = 4;
 /// In characters, bytes or digits.
-constexpr qsizetype longest = 48;
+constexpr qsizetype longestPassword = 48;
 /// The number of characters from which on a text that was cut off is hidden.
 constexpr qsizetype shortestCut = 3;
 
@@ -90,9 +90,9 @@ Parts base64(const QByteArray &bytes, qsizetype before)
 QString wholeOrCut(Parts parts)
 {
     // A pattern may not be long. Of a long text everything from its beginning on is hidden.
-    const bool isLong = parts.size() > longest;
+    const bool isLong = parts.size() > longestPassword;
     if (isLong)
-        parts = parts.first(longest);
+        parts = parts.first(longestPassword);
     QString whole = parts.join(QString()) + (isLong ? u".*"_s : QString());
     if (parts.size() <= shortestCut)
         return whole;
@@ -116,7 +116,7 @@ Check::Mask::Mask(const QString &password)
     for (const qsizetype before : {0, 1, 2})
         all += wholeOrCut(base64(bytes, before));
     // A quoted text may begin within the password, behind what ends a JSON document.
-    for (qsizetype i = 1; i + shortestCut <= parts.size() && i < longest; ++i) {
+    for (qsizetype i = 1; i + shortestCut <= parts.size() && i < longestPassword; ++i) {
         if (u"\"}]"_s.contains(password[i - 1]))
             all += u"(?<=\")"_s + Parts(parts.sliced(i, shortestCut)).join(QString()) + u".*"_s;
     }
