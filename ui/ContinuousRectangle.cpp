@@ -110,11 +110,12 @@ QList<TexturedItem::Piece> ContinuousRectangle::pieces(QSize pixels, qreal ratio
         return std::pair(from[i] + inset, from[i + 1] - inset);
     };
     QList<Piece> all;
-    all.reserve(9);
+    all.reserve(8);
     for (std::size_t y = 0; y < 3; ++y) {
         for (std::size_t x = 0; x < 3; ++x) {
             const QRectF to(QPointF(across[x], down[y]), QPointF(across[x + 1], down[y + 1]));
-            if (to.width() <= 0 || to.height() <= 0)
+            const bool isMiddle = x == 1 && y == 1;
+            if (isMiddle || to.width() <= 0 || to.height() <= 0)
                 continue;
             const auto [left, right] = source(x);
             const auto [top, bottom] = source(y);
@@ -122,4 +123,12 @@ QList<TexturedItem::Piece> ContinuousRectangle::pieces(QSize pixels, qreal ratio
         }
     }
     return all;
+}
+
+TexturedItem::Fill ContinuousRectangle::fill() const
+{
+    if (m_color.alpha() == 0)
+        return {};
+    const qreal edge = cornerReach();
+    return {boundingRect().adjusted(edge, edge, -edge, -edge), m_color};
 }

@@ -38,6 +38,7 @@ protected:
     QString textureKey() const override;
     QImage paint(qreal ratio) const override;
     QList<Piece> pieces(QSize pixels, qreal ratio) const override;
+    Fill fill() const override;
 
 private:
     template <class T>

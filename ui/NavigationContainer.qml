@@ -95,8 +95,13 @@ FocusScope {
             page.z = i
             page.visible = i === last || (below && progress < 1)
             page.enabled = i === last && !leaving
-            page.x = i === last ? (1 - progress) * width : below ? -0.3 * width * progress : 0
+            page.x = atPixel(i === last ? (1 - progress) * width : below ? -0.3 * width * progress : 0)
         }
+    }
+
+    // Between pixels, Qt's software renderer draws each picture anew, and blurs it.
+    function atPixel(x: real): real {
+        return Math.round(x * Screen.devicePixelRatio) / Screen.devicePixelRatio
     }
 
     onProgressChanged: arrange()

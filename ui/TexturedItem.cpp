@@ -4,6 +4,7 @@
 #include <QMutex>
 #include <QQuickWindow>
 #include <QSGImageNode>
+#include <QSGRectangleNode>
 #include <QSGTexture>
 
 #include <memory>
@@ -42,8 +43,20 @@ TextureCache &textureCache()
 }
 
 struct PiecesNode final : QSGNode {
+    /// Takes over the node of the fill.
+    explicit PiecesNode(QSGRectangleNode *itsFill) : fill(itsFill)
+    {
+        images.setFlag(OwnedByParent, false);
+        fill->setFlag(OwnedByParent);
+        appendChildNode(fill);
+        appendChildNode(&images);
+    }
+
     QString key;
+    /// Deleted after the nodes that use it.
     SharedTexture texture;
+    QSGNode images;
+    QSGRectangleNode *const fill;
 };
 
 } // namespace
@@ -64,7 +77,7 @@ QSGNode *TexturedItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
         return nullptr;
     }
     if (!node)
-        node = new PiecesNode;
+        node = new PiecesNode(window()->createRectangleNode());
     const QString key = look + u'@' + QString::number(ratio);
     if (key != node->key) {
         const auto make = [&] {
@@ -74,28 +87,31 @@ QSGNode *TexturedItem::updatePaintNode(QSGNode *old, UpdatePaintNodeData *)
                                                                  : QQuickWindow::TextureIsOpaque);
         };
         // Delete the nodes that use the old texture before the texture.
-        while (QSGNode *child = node->firstChild())
+        while (QSGNode *child = node->images.firstChild())
             delete child;
         node->texture = textureCache().find(window(), key, make);
         node->texture->setFiltering(QSGTexture::Linear);
         node->key = key;
     }
     const QList<Piece> wanted = pieces(node->texture->textureSize(), ratio);
-    while (node->childCount() > wanted.size())
-        delete node->lastChild();
-    while (node->childCount() < wanted.size()) {
+    while (node->images.childCount() > wanted.size())
+        delete node->images.lastChild();
+    while (node->images.childCount() < wanted.size()) {
         QSGImageNode *const piece = window()->createImageNode();
         piece->setOwnsTexture(false);
         piece->setTexture(node->texture.get());
         piece->setFiltering(QSGTexture::Linear);
         piece->setFlag(QSGNode::OwnedByParent);
-        node->appendChildNode(piece);
+        node->images.appendChildNode(piece);
     }
     for (qsizetype index = 0; index < wanted.size(); ++index) {
-        auto *const piece = static_cast<QSGImageNode *>(node->childAtIndex(static_cast<int>(index)));
+        auto *const piece = static_cast<QSGImageNode *>(node->images.childAtIndex(static_cast<int>(index)));
         piece->setSourceRect(wanted[index].from);
         piece->setRect(wanted[index].to);
     }
+    const Fill filled = fill();
+    node->fill->setRect(filled.to);
+    node->fill->setColor(filled.color);
     return node;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QQuickItem>
 #include <QtQmlIntegration>
@@ -25,6 +26,13 @@ protected:
         QRectF to;
     };
     virtual QList<Piece> pieces(QSize pixels, qreal ratio) const = 0;
+    /// A rectangle of one colour between the pieces, in item coordinates. Software renderers take several times as
+    /// long to stretch a piece.
+    struct Fill {
+        QRectF to;
+        QColor color = Qt::transparent;
+    };
+    virtual Fill fill() const { return {}; }
 
     /// Call this when `textureKey` or `pieces` has changed.
     void repaint();

@@ -4,6 +4,8 @@
 #include <QQmlComponent>
 #include <QTest>
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 class NavigationContainerTest : public QObject {
@@ -104,8 +106,10 @@ void NavigationContainerTest::pushSlidesInFromTheRightOverTheDimmedScreen()
     bool between = false;
     while (screen.root()->property("progress").toReal() < 1) {
         const qreal progress = screen.root()->property("progress").toReal();
-        QVERIFY(qAbs(next->x() - (1 - progress) * 390) < 0.01);
-        QVERIFY(qAbs(home->x() + 0.3 * 390 * progress) < 0.01);
+        // At the nearest pixel.
+        QCOMPARE(next->x(), std::round((1 - progress) * 390));
+        QVERIFY(qAbs(home->x() + 0.3 * 390 * progress) <= 0.5);
+        QCOMPARE(home->x(), std::round(home->x()));
         between = between || (progress > 0 && progress < 1);
         QTest::qWait(10);
     }
