@@ -1,4 +1,4 @@
-"""Checks the sources with clang-format, clang-tidy and qmllint, with the repository's own configuration.
+"""Checks the sources with clang-format, clang-tidy, qmllint and php, with the repository's own configuration.
 
 usage: lint.py SOURCE BUILD CACHE
 
@@ -30,6 +30,7 @@ class Lint:
         files = [f for folder in FOLDERS for f in sorted((source / folder).rglob("*"))]
         self.cpp = [f for f in files if f.suffix in (".cpp", ".h")]
         self.qml = [f for f in files if f.suffix == ".qml"]
+        self.php = sorted((source / "docs" / "examples").rglob("*.php"))
         self.headers = {f.name: f for f in self.cpp if f.suffix == ".h"}
         self.commands = {c["file"]: c["command"] for c in json.loads((build / "compile_commands.json").read_text())}
 
@@ -101,6 +102,9 @@ class Lint:
         return self.remembered(tool, "qml", texts, lambda: self.run(
             tool, "-I", str(self.build / "qml"), *map(str, self.qml)))
 
+    def parse_php(self):
+        return "".join(self.run("php", "-l", str(file)) for file in self.php) if self.php else "no PHP files"
+
     def extremes(self):
         """Qt 6.8 compiles Math.max of three numbers wrongly: where the result is 0, it can be the second of them."""
         found = []
@@ -129,6 +133,7 @@ class Lint:
     def checks(self):
         yield "clang-format", self.format
         yield "qmllint", self.lint_qml
+        yield "php", self.parse_php
         yield "largest and smallest of two", self.extremes
         yield "view models without ids", self.named_view_models
         for options, files in self.groups():
