@@ -1,6 +1,6 @@
 """Takes the app on a tour from outside, as a customer would go, with a picture and a line for each step.
 
-usage: tour.py APP DIRECTORY  (the demo service must be running)
+usage: tour.py APP DIRECTORY  (the demo service must be running, or another one with its customer ana@marovenda.example)
 """
 
 import pathlib
@@ -16,6 +16,14 @@ class Tour(Customer):
     def __init__(self, directory):
         super().__init__()
         self.directory, self.count = directory, 0
+
+    def take(self, executable):
+        make_pictures(self.home / "Pictures")
+        self.arrive(executable)
+        self.quotation()
+        self.profile()
+        self.other_screens()
+        self.tracking_and_goodbye()
 
     def step(self, name, what, **wait):
         """Says what has been done and what is on screen now, and takes a picture of it."""
@@ -97,12 +105,7 @@ def main():
     for old in directory.glob("*.png"):
         old.unlink()
     with Tour(directory) as tour:
-        make_pictures(tour.home / "Pictures")
-        tour.arrive(executable)
-        tour.quotation()
-        tour.profile()
-        tour.other_screens()
-        tour.tracking_and_goodbye()
+        tour.take(executable)
         if errors := tour.standard_error():
             print(errors, file=sys.stderr)
         print(f"\n{tour.count} pictures in {directory}")
