@@ -1,17 +1,17 @@
 #include "TimedApplication.h"
 
+#include <QThread>
+
 #include <algorithm>
 #include <numeric>
-#include <utility>
 
 bool TimedApplication::notify(QObject *receiver, QEvent *event)
 {
-    if (std::exchange(m_busy, true))
+    // Qt calls this for the events of other threads too.
+    if (QThread::currentThread() != thread())
         return QGuiApplication::notify(receiver, event);
-    const Time start = now();
-    const bool taken = QGuiApplication::notify(receiver, event);
-    m_jobs.append(now() - start);
-    m_busy = false;
+    bool taken = false;
+    time([&] { taken = QGuiApplication::notify(receiver, event); });
     return taken;
 }
 

@@ -4,6 +4,7 @@
 #include <QList>
 
 #include <chrono>
+#include <utility>
 
 /// Records how long the main thread takes for each event.
 class TimedApplication final : public QGuiApplication {
@@ -17,6 +18,16 @@ public:
     static Time now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
     bool notify(QObject *receiver, QEvent *event) override;
+    /// Does work that no event brings, and records its time like an event's.
+    void time(const auto &work)
+    {
+        if (std::exchange(m_busy, true))
+            return work();
+        const Time start = now();
+        work();
+        m_jobs.append(now() - start);
+        m_busy = false;
+    }
 
     void clear() { m_jobs.clear(); }
     /// The durations of the events since `clear`, in their order.
