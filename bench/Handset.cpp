@@ -32,9 +32,9 @@ QQuickItem *last(QQuickItem *from, const Wanted &wanted)
 
 Handset::Handset(TimedApplication &application) : m_application(application) { addModules(m_engine); }
 
-void Handset::open()
+void Handset::open(const QUrl &window)
 {
-    m_engine.load(QUrl(u"qrc:/Marovenda/App/MarovendaApp.qml"_s));
+    m_engine.load(window);
     m_window = qobject_cast<QQuickWindow *>(m_engine.rootObjects().value(0));
     if (!m_window)
         qFatal("The app has no window.");
@@ -109,7 +109,7 @@ void Handset::until(const std::function<bool()> &holds) const
     const auto frames = QObject::connect(m_window, &QQuickWindow::frameSwapped, &loop, look);
     QTimer often;
     often.callOnTimeout(look);
-    often.start(5ms);
+    often.start(20ms);
     QTimer::singleShot(120s, &loop, [] { qFatal("What was waited for has not come."); });
     if (!holds())
         loop.exec();

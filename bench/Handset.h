@@ -5,6 +5,7 @@
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QUrl>
 
 #include <functional>
 
@@ -15,8 +16,8 @@ public:
 
     explicit Handset(TimedApplication &application);
 
-    /// Shows the app's window.
-    void open();
+    /// Shows a window, which is the app's own unless another one is named.
+    void open(const QUrl &window = QUrl(QStringLiteral("qrc:/Marovenda/App/MarovendaApp.qml")));
     /// Waits for the dashboard with this number of packages.
     void waitForHome(int packages);
 
@@ -32,7 +33,7 @@ public:
     void tap(const QQuickItem *item) const;
     void type(Qt::Key key, const QString &text) const;
 
-    /// Waits until `holds` returns true, checking after each frame and every few milliseconds. Aborts after two
+    /// Waits until `holds` returns true, checking after each frame and 50 times a second. Aborts after two
     /// minutes.
     void until(const std::function<bool()> &holds) const;
     /// Waits for the first frame after which `holds` returns true, and returns the time at which it was finished.
@@ -40,6 +41,7 @@ public:
     /// Runs the event loop for this time.
     static void rest(std::chrono::milliseconds time);
 
+    QQmlEngine &engine() { return m_engine; }
     QQuickWindow &window() const { return *m_window; }
     TimedApplication &application() const { return m_application; }
 

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QJsonDocument>
+#include <QUrl>
 
 #include <algorithm>
 #include <cstdio>
@@ -52,8 +53,15 @@ int main(int argc, char *argv[])
     const QStringList arguments = QGuiApplication::arguments();
     TestDeployment::values().baseUrl = arguments.value(1);
     const std::map<QString, QJsonObject (*)(Handset &, const QStringList &)> scenarios{
-        {u"list"_s, openList},  {u"scroll"_s, scrollList}, {u"type"_s, typeName},
-        {u"pick"_s, pickPhoto}, {u"walk"_s, goEverywhere}, {u"stay"_s, stay},
+        {u"list"_s, openList},
+        {u"scroll"_s, scrollList},
+        {u"type"_s, typeName},
+        {u"write"_s, writeEverything},
+        {u"pick"_s, pickPhoto},
+        {u"walk"_s, goEverywhere},
+        {u"tour"_s, tour},
+        {u"stay"_s, stay},
+        {u"plain"_s, scrollPlainList},
     };
     const QString name = arguments.value(2);
     if (name == u"store"_s) {
@@ -64,7 +72,13 @@ int main(int argc, char *argv[])
     if (scenario == scenarios.end())
         qFatal("There is no such scenario.");
     Handset app(application);
-    app.open();
+    // A plain window to compare with contains nothing of the app.
+    application.time([&] {
+        if (name == u"plain"_s)
+            app.open(QUrl(u"qrc:/Marovenda/Handset/PlainList.qml"_s));
+        else
+            app.open();
+    });
     const QJsonObject taken = scenario->second(app, arguments.sliced(3));
     std::puts(QJsonDocument(taken).toJson(QJsonDocument::Compact).constData());
     std::fflush(stdout);

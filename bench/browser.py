@@ -1,5 +1,7 @@
 """Measures the alternative to the app: the same home screen as a page in a browser."""
 
+import contextlib
+import os
 import pathlib
 import subprocess
 import threading
@@ -14,6 +16,21 @@ body {{ font: 17px Inter, sans-serif; margin: 24px; background: #F2F2F7 }}
 .blue {{ background: #007AFF; color: white }} small {{ color: #8E8E93 }} b {{ float: right; color: #34C759 }}
 </style><h3>Hola, Ana María Batista de Arosemena</h3><div class="card blue"><h2>Mi Resumen</h2>{count} Paquetes</div>{rows}
 <script>new PerformanceObserver(() => fetch("/shown")).observe({{ type: "paint", buffered: true }})</script></html>"""
+
+# As bench_app's walk: three seconds until the login screen is left, then each screen and the home screen for 0.7 seconds each,
+# which slide in as long as the app's.
+TOUR = b"""<style>
+@keyframes push { from { transform: translateX(100%) } }
+section { animation: push 0.35s ease-out }
+</style><script>
+const home = document.getElementById("home"), all = [...document.querySelectorAll("section")]
+const show = one => all.forEach(each => each.hidden = each !== one)
+const steps = all.filter(one => one.id === "").flatMap(one => [one, home])
+setTimeout(() => {
+    show(home)
+    const next = setInterval(() => steps.length ? show(steps.shift()) : (clearInterval(next), fetch("/done")), 700)
+}, 3000)
+</script>"""
 
 
 def page(packages):
@@ -40,15 +57,25 @@ def proportional(pids):
     return total
 
 
-def measure(machine, packages):
-    """Returns the milliseconds from the start of a browser with a new profile to the page's first paint, and its memory."""
-    shown = threading.Event()
+def processor_time(pids):
+    """Returns the processor time of these processes and of those that they have started and that have ended, in seconds."""
+    ticks = 0
+    for pid in pids:
+        with contextlib.suppress(OSError):
+            ticks += sum(map(int, pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()[11:15]))
+    return ticks / os.sysconf("SC_CLK_TCK")
+
+
+@contextlib.contextmanager
+def browsing(machine, content, sign):
+    """Starts a browser with a new profile that shows this page; waits until the page requests `sign`."""
+    seen = threading.Event()
 
     class Handler(BaseHTTPRequestHandler):
         def do_GET(self):
-            if self.path == "/shown":
-                shown.set()
-            body = page(packages) if self.path == "/" else b""
+            if self.path == sign:
+                seen.set()
+            body = content if self.path == "/" else b""
             self.send_response(200)
             self.send_header("Content-Type", "text/html; charset=utf-8")
             self.send_header("Content-Length", str(len(body)))
@@ -61,18 +88,35 @@ def measure(machine, packages):
     server = ThreadingHTTPServer(("127.0.0.1", 0), Handler)
     threading.Thread(target=server.serve_forever, daemon=True).start()
     home = machine.home(f"browser{server.server_port}")
-    start = time.perf_counter()
     browser = subprocess.Popen(["chromium", "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run",
                                 "--disable-background-networking", f"--user-data-dir={home}/profile", "--window-size=390,844",
                                 "--remote-debugging-port=0", f"http://127.0.0.1:{server.server_port}/"],
                                env=machine.environment(home), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     try:
-        if not shown.wait(60):
+        if not seen.wait(60):
             raise RuntimeError("the browser has shown nothing")
-        milliseconds = 1000 * (time.perf_counter() - start)
-        time.sleep(2)
-        return milliseconds, proportional(family(browser.pid))
+        yield browser.pid
     finally:
         browser.terminate()
         browser.wait()
         server.shutdown()
+
+
+def measure(machine, packages):
+    """Returns the milliseconds from the start of a browser with a new profile to the page's first paint, and its memory."""
+    start = time.perf_counter()
+    with browsing(machine, page(packages), "/shown") as pid:
+        milliseconds = 1000 * (time.perf_counter() - start)
+        time.sleep(2)
+        return milliseconds, proportional(family(pid))
+
+
+def tour(machine, packages):
+    """Returns the processor time, in seconds, of a browser that shows the same screens as bench_app's walk for as long."""
+    form = "".join(f"<p>Campo {i}<br><input value='Ana María'></p>" for i in range(4)) + "<button>Enviar</button>"
+    screens = "".join(f"<section hidden><h3>Pantalla {i}</h3>{form}</section>" for i in range(7))
+    content = page(packages).replace(b"<h3>Hola", f"<section id=login><h3>Marovenda</h3>{form}</section>{screens}"
+                                     "<section id=home hidden><h3>Hola".encode())
+    content = content.replace(b"<script>", b"</section>" + TOUR + b"<script>")
+    with browsing(machine, content, "/done") as pid:
+        return processor_time(family(pid))

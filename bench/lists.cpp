@@ -1,6 +1,6 @@
 #include "ApiClient.h"
+#include "Customer.h"
 #include "FreedMemory.h"
-#include "Handset.h"
 #include "Records.h"
 #include "Scenarios.h"
 #include "ServiceRequests.h"
@@ -17,13 +17,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto freeing = 1500ms;
-
-/// Returns the visible list if it has this number of rows.
-QQuickItem *rowsOf(Handset &app, int packages)
-{
-    const QQuickItem *const rows = app.maybeItem(u"rows"_s);
-    return rows && rows->property("count").toInt() == packages ? app.item(u"rows"_s) : nullptr;
-}
 
 QByteArray fetched()
 {
@@ -68,7 +61,7 @@ QJsonObject openList(Handset &app, const QStringList &arguments)
     TimedApplication &application = app.application();
     application.clear();
     app.tap(app.item(u"paqueteCount"_s));
-    const auto shown = app.frameWith([&] { return rowsOf(app, packages) != nullptr; });
+    const auto shown = app.frameWith([&] { return packagesOf(app, packages) != nullptr; });
     QList<double> jobs;
     for (const auto &job : application.jobs())
         jobs.append(ms(job));
@@ -98,11 +91,9 @@ QJsonObject scrollList(Handset &app, const QStringList &arguments)
     const int packages = arguments.value(0).toInt();
     const int frames = arguments.value(1).toInt();
     app.waitForHome(packages);
-    app.tap(app.item(u"paqueteCount"_s));
-    app.until([&] { return rowsOf(app, packages) != nullptr; });
+    QQuickItem *const rows = openPackages(app, packages);
     Handset::rest(freeing);
 
-    QQuickItem *const rows = app.item(u"rows"_s);
     // The speed of a strong flick: 6,000 points a second.
     constexpr double step = 100;
     const double top = rows->property("originY").toDouble();

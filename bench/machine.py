@@ -15,6 +15,7 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tests/e2e"))
 from display import start_display
+from processor import SlowProcessor
 
 Ended = collections.namedtuple("Ended", "milliseconds memory")
 MEGABYTE = 1 << 20
@@ -30,9 +31,13 @@ def description():
             f"Qt {qt}, software rendering on a virtual display without a graphics processor")
 
 
-def account(pid, line):
-    """Returns a line of /proc/PID/status, in bytes."""
-    return 1024 * int(re.search(line + r":\s+(\d+)", pathlib.Path(f"/proc/{pid}/status").read_text())[1])
+class Memory:
+    """The memory of a process in bytes: its peak with libraries, and its own, which is free when the process has ended."""
+
+    def __init__(self, pid):
+        status, rollup = (pathlib.Path(f"/proc/{pid}/{name}").read_text() for name in ("status", "smaps_rollup"))
+        self.peak = 1024 * int(re.search(r"VmHWM:\s+(\d+)", status)[1])
+        self.private = 1024 * sum(map(int, re.findall(r"Private_(?:Clean|Dirty):\s+(\d+)", rollup)))
 
 
 class Machine:
@@ -42,10 +47,12 @@ class Machine:
         self.programs = pathlib.Path(programs)
         self.homes = pathlib.Path(tempfile.mkdtemp())
         self.display, self.name = start_display(1200, 2000)
+        self.slow = SlowProcessor()
 
     def close(self):
         self.display.kill()
         self.display.wait()
+        self.slow.close()
         shutil.rmtree(self.homes, ignore_errors=True)
 
     def home(self, name):
@@ -59,12 +66,13 @@ class Machine:
                 "DBUS_SESSION_BUS_ADDRESS": "disabled:", "DISPLAY": self.name, "QT_QPA_PLATFORM": "xcb",
                 "QT_QUICK_BACKEND": "software", **more}
 
-    def first_frame(self, command, home, stay=0.0):
+    def first_frame(self, command, home, stay=0.0, slow=False, **more):
         """Returns the milliseconds from the start of a process to the end of its window's first frame, according to Qt's
-        log, and its peak memory after `stay` further seconds."""
-        environment = self.environment(home, QT_LOGGING_RULES="qt.scenegraph.time.renderloop=true")
+        log, and its memory after `stay` further seconds."""
+        environment = self.environment(home, QT_LOGGING_RULES="qt.scenegraph.time.renderloop=true", **more)
+        command = self.command(*command, slow=slow)
         start = time.perf_counter()
-        process = subprocess.Popen([str(part) for part in command], env=environment, stderr=subprocess.PIPE, text=True)
+        process = subprocess.Popen(command, env=environment, stderr=subprocess.PIPE, text=True)
         try:
             if not any("rame rendered" in line for line in process.stderr):
                 raise RuntimeError(f"{command[0]} has not shown a window")
@@ -77,28 +85,38 @@ class Machine:
                     with contextlib.suppress(TypeError):
                         process.stderr.read()
                     time.sleep(0.05)
-            return Ended(milliseconds, account(process.pid, "VmHWM"))
+            return Ended(milliseconds, Memory(process.pid))
         finally:
             process.kill()
             process.wait()
             process.stderr.close()
 
-    def run(self, program, *arguments, home="run", **more):
-        done = subprocess.run([str(self.programs / program), *map(str, arguments)], capture_output=True, text=True,
+    def command(self, program, *arguments, slow=False):
+        """Returns the command line of a program; with `slow`, for an eighth of a processor."""
+        line = [str(self.programs / program), *map(str, arguments)]
+        return ["sh", "-c", 'echo $$ > "$0" && exec "$@"', str(self.slow.members), *line] if slow else line
+
+    def run(self, program, *arguments, home="run", slow=False, **more):
+        done = subprocess.run(self.command(program, *arguments, slow=slow), capture_output=True, text=True,
                               env=self.environment(self.home(home), **more))
         if done.returncode != 0:
             raise RuntimeError(f"{program} {arguments}: {done.returncode}\n{done.stdout}{done.stderr}")
         return done.stdout
 
-    def start(self, program, *arguments, home="run", **more):
+    def launch(self, program, *arguments, home="run", **more):
+        return subprocess.Popen(self.command(program, *arguments), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                stderr=subprocess.DEVNULL, text=True, env=self.environment(self.home(home), **more))
+
+    def start(self, program, *arguments, **more):
         """Starts a program and waits for its first line of output."""
-        process = subprocess.Popen([str(self.programs / program), *map(str, arguments)], stdin=subprocess.PIPE,
-                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
-                                   env=self.environment(self.home(home), **more))
-        process.first = process.stdout.readline().strip()
-        if not process.first:
-            raise RuntimeError(f"{program} {arguments} has not started")
-        return process
+        return wait_for(self.launch(program, *arguments, **more))
+
+
+def wait_for(process):
+    process.first = process.stdout.readline().strip()
+    if not process.first:
+        raise RuntimeError(f"{process.args} has not started")
+    return process
 
 
 def end(process):

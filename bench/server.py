@@ -19,20 +19,27 @@ def listing(packages):
 
 
 class Server:
-    """`address(packages)` returns a base address whose customers have that number of packages; `sent` holds the time at
-    which each reply was sent, in ms of the monotonic clock."""
+    """`address(packages)` returns a base address whose customers have that number of packages. At the address without a
+    number, the e-mail chooses: 200@… has 200 packages. `listings_sent` and `forms_sent` hold the times at which the replies
+    to GET and to POST were sent, in ms of the monotonic clock."""
 
     def __init__(self):
         self.listings = {}
-        self.sent = []
+        self.listings_sent, self.forms_sent = [], []
         self.listener = socket.create_server(("127.0.0.1", 0), backlog=100)
         self.port = self.listener.getsockname()[1]
         threading.Thread(target=self._accept, daemon=True).start()
 
-    def address(self, packages):
+    def address(self, packages=None):
+        if packages is None:
+            return f"http://127.0.0.1:{self.port}/any/"
+        self._listing(packages)
+        return f"http://127.0.0.1:{self.port}/{packages}/"
+
+    def _listing(self, packages):
         if packages not in self.listings:
             self.listings[packages] = listing(packages)
-        return f"http://127.0.0.1:{self.port}/{packages}/"
+        return self.listings[packages]
 
     def _accept(self):
         while True:
@@ -48,13 +55,18 @@ class Server:
             length = re.search(rb"(?i)content-length: *(\d+)", head)
             missing = int(length[1]) - len(body) if length else 0
             while missing > 0:
-                missing -= len(connection.recv(1 << 20)) or exit()
-            if head.startswith(b"GET"):
-                body = self.listings[int(head.split(b"/")[1])]
+                body += connection.recv(1 << 20) or exit()
+                missing = int(length[1]) - len(body)
+            is_listing = head.startswith(b"GET")
+            if is_listing:
+                packages, customer = re.match(rb"GET /(\w+)/.*user_id=(\d+)", head).groups()
+                body = self._listing(int(customer if packages == b"any" else packages))
             else:
-                body = json.dumps({"status": "success", "id": "42", "nombre": "Ana", "nombreCompleto": "Ana"}).encode()
+                customer = re.search(rb'"email":"(\d+)@', body[:1000])
+                body = json.dumps({"status": "success", "id": customer[1].decode() if customer else "42", "nombre": "Ana",
+                                   "nombreCompleto": "Ana"}).encode()
             connection.sendall(b"HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: %d\r\n"
                                b"Connection: close\r\n\r\n" % len(body) + body)
             # The measurements start here: the system has accepted all bytes.
-            self.sent.append(time.monotonic_ns() / 1e6)
+            (self.listings_sent if is_listing else self.forms_sent).append(time.monotonic_ns() / 1e6)
             connection.recv(1)

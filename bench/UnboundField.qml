@@ -1,0 +1,6 @@
+import Marovenda.Ui
+
+CustomTextField {
+    hint: "Nombre Completo"
+    isDecimal: false
+}
