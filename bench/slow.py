@@ -4,6 +4,8 @@ from machine import median
 from rows import FRAME, at_most
 
 DELAY = 50  # ms that each synchronisation of a file takes longer
+# How long the quota alone interrupts a process, in ms: the system notices after a tick of 4 ms that the quota is used up.
+PAUSE = 32
 
 
 def slow_disk(bench):
@@ -48,7 +50,7 @@ def slow_processor(bench):
     fast, slow = (bench.scenario(None, "tour", bench.photos[12], home=bench.nobody(), slow=slow) for slow in (False, True))
     homes = [median([bench.since(bench.server.forms_sent, home) for home in taken["homes"]]) for taken in (fast, slow)]
     yield at_most("the same: sign-in reply → first frame of the dashboard", "the empty window's first frame",
-                  homes[1] / window, 0.25, more=f" ({homes[1]:.1f} ms; {homes[0]:.1f} at full speed)")
+                  homes[1] / window, 0.5, more=f" ({homes[1]:.1f} ms; {homes[0]:.1f} at full speed)")
 
     plain = bench.scenario(None, "plain", slow["rowHeight"], home="empty", slow=True)
     ours, theirs = (taken["dropped"] / taken["due"] for taken in (slow["scrolled"], plain))
@@ -57,7 +59,7 @@ def slow_processor(bench):
                   max(ours, 0.01) / max(theirs, 0.01), 1.2,
                   more=f" ({ours:.0%} against {theirs:.0%}; work for a frame at full speed: {fast['scrolled']['work']:.1f} ms)")
 
-    times = {step: slow["stalls"][step] / stall for step, stall in fast["stalls"].items()}
+    times = {step: slow["stalls"][step] / max(stall, PAUSE / 10) for step, stall in fast["stalls"].items()}
     worst = max(times, key=times.get)
     yield at_most("the same: longest stall of a step, the worst step", "the same step at full speed", times[worst], 10,
                   more=f" ({worst}: {slow['stalls'][worst]:.0f} against {fast['stalls'][worst]:.1f} ms; the longest of all "

@@ -26,11 +26,10 @@ void note(const char *moment)
 }
 
 template <class... Arguments>
-void call(const char *function, const char *before, const char *after, Arguments... arguments)
+void call(const char *function, const char *moment, Arguments... arguments)
 {
-    note(before);
     reinterpret_cast<void (*)(Arguments...)>(dlsym(RTLD_NEXT, function))(arguments...);
-    note(after);
+    note(moment);
 }
 
 // The system initialises this library after the libraries that it needs, which are the program's.
@@ -45,25 +44,24 @@ extern "C" {
 // QGuiApplication::QGuiApplication(int &, char **, int)
 void _ZN15QGuiApplicationC1ERiPPci(void *self, int *argc, char **argv, int flags)
 {
-    call("_ZN15QGuiApplicationC1ERiPPci", "application", "connected", self, argc, argv, flags);
+    call("_ZN15QGuiApplicationC1ERiPPci", "application", self, argc, argv, flags);
 }
 
 // QQmlApplicationEngine::QQmlApplicationEngine(QObject *)
 void _ZN21QQmlApplicationEngineC1EP7QObject(void *self, void *parent)
 {
-    call("_ZN21QQmlApplicationEngineC1EP7QObject", "engine", "engine ready", self, parent);
+    call("_ZN21QQmlApplicationEngineC1EP7QObject", "engine", self, parent);
 }
 
 // QQmlApplicationEngine::load(const QUrl &)
 void _ZN21QQmlApplicationEngine4loadERK4QUrl(void *self, const void *url)
 {
-    call("_ZN21QQmlApplicationEngine4loadERK4QUrl", "load", "window", self, url);
+    call("_ZN21QQmlApplicationEngine4loadERK4QUrl", "window", self, url);
 }
 
 // QGuiApplication::exec()
 int _ZN15QGuiApplication4execEv()
 {
-    note("exec");
     for (QWindow *const window : QGuiApplication::topLevelWindows()) {
         if (auto *const shown = qobject_cast<QQuickWindow *>(window))
             QObject::connect(

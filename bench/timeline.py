@@ -6,10 +6,9 @@ import time
 from machine import median
 
 # Each phase ends with this moment (start-clock.cpp).
-PHASES = {"loaded": "loading libraries", "application": "initialising", "connected": "Qt: platform and display",
-          "engine": "options, only instance", "engine ready": "QML engine", "load": "modules", "window": "layout of the window",
-          "exec": "between", "frame": "first frame"}
-COLOURS = ("#5B8DEF", "#8E8E93", "#34A853", "#F29900", "#8E44AD", "#D93025", "#00897B", "#BDBDBD", "#0A3D91")
+PHASES = {"loaded": "loading libraries", "application": "connecting to the display", "engine": "only instance, QML engine",
+          "window": "creating the window", "frame": "drawing the first frame"}
+COLOURS = ("#5B8DEF", "#34A853", "#F29900", "#8E44AD", "#0A3D91")
 WIDTH, LEFT, RIGHT, TOP, BAR, GAP, LINE = 760, 120, 20, 12, 34, 14, 18
 
 
