@@ -113,7 +113,7 @@ void strike(const Handset &app, int turn)
 
 void pick(const Handset &app, const QString &file)
 {
-    QQuickItem *const picker = app.window().findChild<QQuickItem *>(u"picker"_s);
+    auto *const picker = app.window().findChild<QQuickItem *>(u"picker"_s);
     if (!picker)
         qFatal("There is no picker.");
     app.application().time(

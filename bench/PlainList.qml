@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 
 // A list that shows as much text as the app's own, in plain rows.
@@ -15,13 +16,11 @@ Window {
         objectName: "rows"
         anchors.fill: parent
         model: window.rowCount
-        // qmllint disable unqualified
         delegate: Text {
             required property int index
             height: window.rowHeight
             text: "Tracking: MRV-" + index + "  RECIBIDO\nRepuestos electrónicos y cámara, caja número " + index
             font.pixelSize: 16
         }
-        // qmllint enable unqualified
     }
 }

@@ -110,8 +110,11 @@ measure decoding into memory that the process already has; where decoding is the
 A slow disk is a library that makes `fsync` and `fdatasync` take {slow.DELAY} ms longer (`tests/support/slow-disk.cpp`). A slow
 processor is a control group whose processes get 1 ms of processor time in every 8 ms (`bench/processor.py`); the display is not
 in the group. There a list of 10,000 rows scrolls by 3,000 points a second for four seconds, and a frame is dropped if it is
-missing from the 60 that are due each second. The page whose processor time is compared shows as many screens for as long; they
-slide in as the app's do.
+missing from the 60 that are due each second. The quota alone interrupts a process for up to {slow.PAUSE} ms, so a stall at full
+speed counts as at least a tenth of that. The stalls of a slow processor are those of a tour: start, sign-in, lists, a form,
+typing, and a photo of 12 MB (`bench/tours.cpp`). The keystrokes go by turns to the field of the profile and to the same field
+below it, which is bound to nothing. The page whose processor time is compared shows as many screens for as long; they slide in
+as the app's do.
 
 ## The start
 
