@@ -59,10 +59,10 @@ QJsonArray signInOften(const Handset &app, const QString &email, int times)
     for (int i = 0; i < times; ++i) {
         if (i > 0)
             signOut(app);
-        Handset::rest(500ms);
+        Handset::rest(400ms);
         signIn(app, email);
         homes.append(ms(app.frameWith([&] { return isAtHome(app); })));
-        Handset::rest(500ms);
+        Handset::rest(400ms);
     }
     return homes;
 }
@@ -100,10 +100,10 @@ QQuickItem *packagesOf(const Handset &app, int packages)
 void openProfile(const Handset &app)
 {
     app.until([&] { return isAtHome(app); });
-    Handset::rest(1s);
+    Handset::rest(600ms);
     enter(app, u"profile"_s);
     app.until([&] { return app.maybeItem(u"guardar"_s) != nullptr; });
-    Handset::rest(1s);
+    Handset::rest(600ms);
 }
 
 void strike(const Handset &app, int turn)

@@ -51,7 +51,7 @@ QJsonObject tour(Handset &app, const QStringList &arguments)
     QJsonObject stalls;
     const auto step = [&](const QString &name, const auto &act) {
         act();
-        Handset::rest(700ms);
+        Handset::rest(500ms);
         stalls[name] = ms(app.application().longest());
         app.application().clear();
     };
@@ -90,9 +90,9 @@ QJsonObject tour(Handset &app, const QStringList &arguments)
     step(u"picking a photo"_s, [&] { pick(app, arguments.value(0)); });
     step(u"saving it"_s, [&] { save(app); });
     goBack();
-    Handset::rest(700ms);
+    Handset::rest(500ms);
     signOut(app);
-    Handset::rest(700ms);
+    Handset::rest(500ms);
     app.application().clear();
     step(u"dashboard of 10,000"_s, [&] {
         signIn(app, customerOf(many));
@@ -108,6 +108,6 @@ QJsonObject scrollPlainList(Handset &app, const QStringList &arguments)
 {
     app.window().setProperty("rowHeight", arguments.value(0).toDouble());
     app.window().setProperty("rowCount", 10'000);
-    Handset::rest(2s);
+    Handset::rest(1s);
     return scrollSteadily(app, app.item(u"rows"_s));
 }
