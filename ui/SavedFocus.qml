@@ -18,6 +18,6 @@ QtObject {
     function restore() {
         const target = item ?? popup.parent
         popup.focus = false
-        target.forceActiveFocus(reason)
+        target?.forceActiveFocus(reason)
     }
 }
