@@ -1,5 +1,5 @@
-// Loaded before the C library, makes each synchronisation of a file take MAROVENDA_DISK_DELAY milliseconds longer, and
-// notes it in the file MAROVENDA_DISK_LOG: "main" if the main thread waits for it, or "other".
+// Loaded before the C library, makes each synchronisation of a file take MAROVENDA_DISK_DELAY milliseconds longer,
+// and notes it in the file MAROVENDA_DISK_LOG: "main" if the main thread waits for it, or "other".
 
 #include <chrono>
 #include <cstdlib>
