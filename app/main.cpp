@@ -22,6 +22,10 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
+    // Qt 6.4's compiler for JavaScript crashes if memory is collected while a function that it has compiled calls a
+    // method (QV4::MemoryManager::collectFromJSStack). The layouts are compiled when the app is built. See
+    // https://doc.qt.io/qt-6/qtqml-javascript-finetuning.html
+    qputenv("QV4_FORCE_INTERPRETER", "1");
     PlatformSettings::preferPortal();
     const QByteArray activationToken = Activation::token();
     QGuiApplication application(argc, argv);

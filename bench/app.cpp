@@ -48,6 +48,8 @@ void store(const QString &photo)
 
 int main(int argc, char *argv[])
 {
+    // As in the app's main function.
+    qputenv("QV4_FORCE_INTERPRETER", "1");
     TimedApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"marovenda"_s);
     const QStringList arguments = QGuiApplication::arguments();

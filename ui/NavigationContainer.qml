@@ -17,6 +17,7 @@ FocusScope {
     // The position of the top screen: 0 is outside at the right, 1 is in place.
     property real progress: 1
     property bool leaving
+    readonly property real pixelRatio: Screen.devicePixelRatio
 
     function push(component: Component) {
         completeSlide()
@@ -95,13 +96,10 @@ FocusScope {
             page.z = i
             page.visible = i === last || (below && progress < 1)
             page.enabled = i === last && !leaving
-            page.x = atPixel(i === last ? (1 - progress) * width : below ? -0.3 * width * progress : 0)
+            const x = i === last ? (1 - progress) * width : below ? -0.3 * width * progress : 0
+            // Between pixels, Qt's software renderer draws each picture anew, and blurs it.
+            page.x = Math.round(x * pixelRatio) / pixelRatio
         }
-    }
-
-    // Between pixels, Qt's software renderer draws each picture anew, and blurs it.
-    function atPixel(x: real): real {
-        return Math.round(x * Screen.devicePixelRatio) / Screen.devicePixelRatio
     }
 
     onProgressChanged: arrange()

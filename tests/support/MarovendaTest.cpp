@@ -11,6 +11,8 @@ int runMarovendaCheck(const std::function<int()> &check, int argc, char *argv[])
     const QTemporaryDir home;
     for (const char *name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
         qputenv(name, home.path().toUtf8());
+    // As in the app's main function.
+    qputenv("QV4_FORCE_INTERPRETER", "1");
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
     qputenv("QTEST_DISABLE_STACK_DUMP", "1");
