@@ -55,7 +55,7 @@ void setBody(httplib::Response &to, std::string body)
     // The library would take half a minute to compress a listing with a large photo.
     constexpr std::size_t longestCompressed = std::size_t(1024) * 1024;
     if (body.size() <= longestCompressed)
-        return to.set_content(std::move(body), jsonType);
+        return to.set_content(body, jsonType);
     const std::size_t size = body.size();
     to.set_content_provider(size, jsonType,
                             [body = std::move(body)](std::size_t from, std::size_t length, httplib::DataSink &sink) {
