@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -17,7 +16,7 @@ struct StoreKeeper::Shared {
     {
     }
 
-    bool hasWork() const { return unsynchronised || !later.empty(); }
+    bool hasWork() const { return unsynchronised || !later.isEmpty(); }
     void work();
     void reportOnce(const QString &problem);
 
@@ -30,7 +29,10 @@ struct StoreKeeper::Shared {
     bool ends = false;
     bool unsynchronised = false;
     bool isLogLong = false;
-    std::deque<SessionStore::Values> later;
+    /// Whether values that were in `later` are being written.
+    bool writing = false;
+    /// At most one value for each key.
+    SessionStore::Values later;
 
     /// Used by the thread only.
     bool reported = false;
@@ -50,24 +52,20 @@ void StoreKeeper::Shared::work()
         if (!hasWork())
             break;
         // Many writes, such as typed letters, are synchronised together.
-        changed.wait_for(lock, 300ms, [this] { return ends || !later.empty(); });
-        if (!later.empty()) {
-            const SessionStore::Values values = later.front();
-            lock.unlock();
-            const QString problem = StoreLog::write(path, values);
-            reportOnce(problem);
-            lock.lock();
-            if (problem.isEmpty() || ends)
-                later.pop_front();
-            continue;
-        }
-        unsynchronised = false;
+        changed.wait_for(lock, 300ms, [this] { return ends || !later.isEmpty(); });
+        const bool synchronise = std::exchange(unsynchronised, false);
         const bool shorten = std::exchange(isLogLong, false);
+        const SessionStore::Values values = std::exchange(later, {});
+        writing = !values.isEmpty();
         lock.unlock();
-        reportOnce(StoreFile::synchroniseLog(path));
+        if (synchronise)
+            reportOnce(StoreFile::synchroniseLog(path));
+        if (!values.isEmpty())
+            reportOnce(StoreLog::write(path, values));
         if (shorten)
             StoreLog::shorten(path);
         lock.lock();
+        writing = false;
     }
     runs = false;
     changed.notify_all();
@@ -97,14 +95,17 @@ void StoreKeeper::noteWrite(bool isLogLong)
 void StoreKeeper::writeLater(const SessionStore::Values &values)
 {
     const std::lock_guard lock(m_shared->mutex);
-    m_shared->later.push_back(values);
+    for (const auto &value : values) {
+        m_shared->later.removeIf([&](const auto &earlier) { return earlier.first == value.first; });
+        m_shared->later.append(value);
+    }
     start();
 }
 
 bool StoreKeeper::isWriting() const
 {
     const std::lock_guard lock(m_shared->mutex);
-    return !m_shared->later.empty();
+    return m_shared->writing || !m_shared->later.isEmpty();
 }
 
 void StoreKeeper::start()

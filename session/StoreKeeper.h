@@ -21,7 +21,8 @@ public:
     /// Call it after each write. `isLogLong` tells that the log is to be shortened.
     void noteWrite(bool isLogLong);
 
-    /// Writes the values as soon as no other process has locked the store. Writes happen in the order of the calls.
+    /// Writes the values as soon as no other process has locked the store, together with others that wait. After five
+    /// seconds it reports the problem and gives them up.
     void writeLater(const SessionStore::Values &values);
     /// Returns whether such a write is still waiting; later writes must then wait too.
     bool isWriting() const;
