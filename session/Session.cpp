@@ -1,4 +1,5 @@
 #include "Session.h"
+#include "PostponedWrites.h"
 #include "StoreLog.h"
 
 #include <QFileInfo>
@@ -35,18 +36,23 @@ QString Session::usersDirectory() { return QStandardPaths::writableLocation(QSta
 
 Session::Opened Session::open(const QString &directory, bool prepares)
 {
-    using Key = SessionStore::Key;
     Opened opened;
     opened.store = std::make_unique<SessionStore>(directory, printError);
-    opened.userId = opened.store->read(Key::UserId).value_or(QByteArray());
-    opened.nombre = opened.store->read(Key::UserNombre).value_or(QByteArray());
-    opened.email = opened.store->read(Key::UserEmail).value_or(QByteArray());
-    if (prepares) {
-        opened.avatar = opened.store->read(Key::UserAvatar).value_or(QByteArray());
-        if (opened.store->isOpen())
-            StoreLog::start(opened.store->path());
+    for (const auto key : SessionStore::keys) {
+        if (prepares || key != SessionStore::Key::UserAvatar)
+            opened.values[static_cast<std::size_t>(key)] = opened.store->read(key).value_or(QByteArray());
     }
     opened.wasReplaced = opened.store->wasReplaced();
+    if (!opened.store->isOpen())
+        return opened;
+    if (prepares)
+        StoreLog::start(opened.store->path());
+    PostponedWrites postponed(opened.store->path());
+    if (opened.wasReplaced)
+        postponed.remove();
+    opened.postponed = postponed.read();
+    for (const auto &[key, value] : std::as_const(opened.postponed))
+        opened.values[static_cast<std::size_t>(key)] = value;
     return opened;
 }
 
@@ -64,7 +70,7 @@ void Session::prepare()
 void Session::take(Opened opened)
 {
     m_store = std::move(opened.store);
-    m_keeper = std::make_unique<StoreKeeper>(m_store->path(), printError);
+    m_keeper = std::make_unique<StoreKeeper>(m_store->path(), printError, opened.postponed);
     m_store->postponeWhenLocked([this](const SessionStore::Values &values) { m_keeper->writeLater(values); });
     // What a killed process has written may not be on disk yet.
     if (QFileInfo(m_store->path() + "-wal"_L1).size() > 0)
@@ -72,10 +78,11 @@ void Session::take(Opened opened)
     // If a value was damaged, the store was replaced, and the values read before are void too.
     if (opened.wasReplaced)
         return;
-    m_userId = opened.userId.toLongLong();
-    m_userNombre = textOf(opened.nombre);
-    m_userEmail = textOf(opened.email);
-    m_userAvatarData = std::move(opened.avatar);
+    auto &[userId, nombre, email, avatar] = opened.values;
+    m_userId = userId->toLongLong();
+    m_userNombre = textOf(*nombre);
+    m_userEmail = textOf(*email);
+    m_userAvatarData = std::move(avatar);
 }
 
 void Session::finish()

@@ -65,10 +65,9 @@ private:
     /// A store and what it contains.
     struct Opened {
         std::unique_ptr<SessionStore> store;
-        QByteArray userId;
-        QByteArray nombre;
-        QByteArray email;
-        std::optional<QByteArray> avatar;
+        /// In the order of the keys; nothing for a photo that was not read.
+        std::array<std::optional<QByteArray>, SessionStore::keys.size()> values;
+        SessionStore::Values postponed;
         bool wasReplaced = false;
     };
 

@@ -190,9 +190,11 @@ void StoreFile::synchroniseFoldersOf(const QString &directory)
     } while (!folder.isRoot());
 }
 
-QString StoreFile::synchroniseLog(const QString &path)
+QString StoreFile::synchroniseLog(const QString &path) { return synchronise(path + "-wal"_L1); }
+
+QString StoreFile::synchronise(const QString &path)
 {
-    const int file = ::open(QFile::encodeName(path + "-wal"_L1).constData(), O_RDWR | O_CLOEXEC);
+    const int file = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC);
     if (file < 0)
         return {};
     const int error = ::fdatasync(file) == 0 ? 0 : errno;

@@ -53,6 +53,8 @@ void synchroniseFoldersOf(const QString &directory);
 /// Returns an error message, or an empty string on success and if there is no log. Uses only the log's own
 /// descriptor, so it can be called on any thread while SQLite has the store open.
 QString synchroniseLog(const QString &path);
+/// The same for any file that this process has not open in SQLite.
+QString synchronise(const QString &path);
 
 /// Renames the file, its log and its journal to PATH.damaged-N. Returns false if one of them could not be renamed.
 bool moveAside(const QString &path);

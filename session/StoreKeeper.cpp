@@ -1,4 +1,5 @@
 #include "StoreKeeper.h"
+#include "PostponedWrites.h"
 #include "StoreFile.h"
 #include "StoreLog.h"
 
@@ -12,12 +13,14 @@ using namespace std::chrono_literals;
 
 /// Outlives the StoreKeeper if the disk does not answer.
 struct StoreKeeper::Shared {
-    Shared(QString itsPath, SessionStore::Report itsReport) : path(std::move(itsPath)), report(std::move(itsReport))
+    Shared(const QString &itsPath, SessionStore::Report itsReport)
+        : path(itsPath), report(std::move(itsReport)), postponed(itsPath)
     {
     }
 
     bool hasWork() const { return unsynchronised || !later.isEmpty(); }
     void work();
+    void clearPostponed(std::unique_lock<std::mutex> &lock);
     void reportOnce(const QString &problem);
 
     const QString path;
@@ -33,6 +36,8 @@ struct StoreKeeper::Shared {
     bool writing = false;
     /// At most one value for each key.
     SessionStore::Values later;
+    /// Contains `later` and what is being written.
+    PostponedWrites postponed;
 
     /// Used by the thread only.
     bool reported = false;
@@ -65,15 +70,32 @@ void StoreKeeper::Shared::work()
         if (shorten)
             StoreLog::shorten(path);
         lock.lock();
+        if (writing)
+            clearPostponed(lock);
         writing = false;
     }
     runs = false;
     changed.notify_all();
 }
 
-StoreKeeper::StoreKeeper(const QString &path, SessionStore::Report report)
+void StoreKeeper::Shared::clearPostponed(std::unique_lock<std::mutex> &lock)
+{
+    if (!later.isEmpty())
+        return;
+    postponed.clear();
+    lock.unlock();
+    postponed.synchronise();
+    lock.lock();
+    if (later.isEmpty())
+        postponed.remove();
+}
+
+StoreKeeper::StoreKeeper(const QString &path, SessionStore::Report report, const SessionStore::Values &postponed)
     : m_shared(std::make_shared<Shared>(path, std::move(report)))
 {
+    const std::lock_guard lock(m_shared->mutex);
+    if (!postponed.isEmpty())
+        write(postponed);
 }
 
 StoreKeeper::~StoreKeeper()
@@ -95,6 +117,12 @@ void StoreKeeper::noteWrite(bool isLogLong)
 void StoreKeeper::writeLater(const SessionStore::Values &values)
 {
     const std::lock_guard lock(m_shared->mutex);
+    m_shared->postponed.add(values);
+    write(values);
+}
+
+void StoreKeeper::write(const SessionStore::Values &values)
+{
     for (const auto &value : values) {
         m_shared->later.removeIf([&](const auto &earlier) { return earlier.first == value.first; });
         m_shared->later.append(value);

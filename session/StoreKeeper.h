@@ -11,8 +11,9 @@
 /// follow.
 class StoreKeeper {
 public:
-    /// Reports a problem through `report`, on its own thread, once until it has succeeded again.
-    StoreKeeper(const QString &path, SessionStore::Report report);
+    /// Reports a problem through `report`, on its own thread, once until it has succeeded again. Makes the writes of
+    /// a former process that are in `postponed` first.
+    StoreKeeper(const QString &path, SessionStore::Report report, const SessionStore::Values &postponed = {});
     /// Waits until all is on disk, for at most five seconds.
     ~StoreKeeper();
     StoreKeeper(const StoreKeeper &) = delete;
@@ -21,8 +22,8 @@ public:
     /// Call it after each write. `isLogLong` tells that the log is to be shortened.
     void noteWrite(bool isLogLong);
 
-    /// Writes the values as soon as no other process has locked the store, together with others that wait. After five
-    /// seconds it reports the problem and gives them up.
+    /// Writes the values as soon as the store is not locked, together with others that wait. Until then they are in
+    /// PostponedWrites. After five seconds it reports the problem and gives them up.
     void writeLater(const SessionStore::Values &values);
     /// Returns whether such a write is still waiting; later writes must then wait too.
     bool isWriting() const;
@@ -30,6 +31,8 @@ public:
 private:
     struct Shared;
 
+    /// Wakes the thread, or starts it, with these values to be written.
+    void write(const SessionStore::Values &values);
     /// Wakes the thread, or starts it. Call it with the mutex locked.
     void start();
 

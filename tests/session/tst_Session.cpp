@@ -1,4 +1,5 @@
 #include "MarovendaTest.h"
+#include "PostponedWrites.h"
 #include "Session.h"
 #include "Stores.h"
 
@@ -22,6 +23,9 @@ private Q_SLOTS:
     void everyTextIsKept();
     void preparedValuesAreThere();
     void writesWaitForAnotherProcessElsewhere();
+    void postponedWritesSurviveTheProcess_data();
+    void postponedWritesSurviveTheProcess();
+    void postponedWritesToADamagedStoreAreVoid();
     void logOfALargePhotoIsShortenedLater();
     void everyObserverHearsEachChangeOnce();
     void writingTheSameValueIsNoChange();
@@ -67,6 +71,21 @@ struct Observer {
     QSignalSpy nombre;
     QSignalSpy email;
     QSignalSpy avatar;
+};
+
+/// The store as another process has it open.
+class Database {
+public:
+    explicit Database(const QString &path) { check(sqlite3_open(QFile::encodeName(path).constData(), &m_database)); }
+    ~Database() { sqlite3_close(m_database); }
+    Database(const Database &) = delete;
+    Database &operator=(const Database &) = delete;
+    void run(const char *sql) { check(sqlite3_exec(m_database, sql, nullptr, nullptr, nullptr)); }
+
+private:
+    static void check(int code) { QCOMPARE(code, SQLITE_OK); }
+
+    sqlite3 *m_database = nullptr;
 };
 
 void signIn(Session &session)
@@ -153,15 +172,13 @@ void SessionTest::writesWaitForAnotherProcessElsewhere()
     const Folder folder;
     Session session(folder.path());
     signIn(session);
-    sqlite3 *other = nullptr;
-    QCOMPARE(sqlite3_open(QFile::encodeName(folder.file()).constData(), &other), SQLITE_OK);
-    QCOMPARE(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    Database other(folder.file());
+    other.run("BEGIN IMMEDIATE");
     session.setUserNombre(u"Eva"_s);
     session.setUserEmail(u"eva@b.example"_s);
     // Written after the others although the store is free by then.
-    QCOMPARE(sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr), SQLITE_OK);
+    other.run("COMMIT");
     session.setUserNombre(u"Eva Díaz"_s);
-    sqlite3_close(other);
     session.finish();
     // What is written after that is written at once.
     session.setUserId(7);
@@ -169,6 +186,60 @@ void SessionTest::writesWaitForAnotherProcessElsewhere()
     QCOMPARE(again.userNombre(), u"Eva Díaz"_s);
     QCOMPARE(again.userEmail(), u"eva@b.example"_s);
     QCOMPARE(again.userId(), 7);
+}
+
+void SessionTest::postponedWritesSurviveTheProcess_data()
+{
+    const auto row = columns<int, QString>("cut", "nombre");
+    row("whole", 0, u"Eva Díaz"_s);
+    row("the last write is incomplete", 1, u"Eva"_s);
+    row("the last write is missing", 26, u"Eva"_s);
+}
+
+void SessionTest::postponedWritesSurviveTheProcess()
+{
+    QFETCH(const int, cut);
+    QFETCH(const QString, nombre);
+    const Folder folder;
+    folder.fill();
+    Session session(folder.path());
+    Database other(folder.file());
+    other.run("BEGIN IMMEDIATE");
+    session.setCustomer(7, u"Eva"_s, u"eva@b.example"_s);
+    session.setUserNombre(u"Eva Díaz"_s);
+    // What a killed process leaves.
+    const Folder left;
+    const auto files = folder.files();
+    for (auto file = files.begin(); file != files.end(); ++file)
+        left.put(file.value(), file.key().mid(qsizetype(sizeof "session.sqlite") - 1));
+    const QString postponed = left.file(u"-postponed"_s);
+    QCOMPARE(QFile::permissions(folder.file(u"-postponed"_s)) & ~QFile::ReadUser & ~QFile::WriteUser,
+             QFile::ReadOwner | QFile::WriteOwner);
+    QVERIFY(QFile::resize(postponed, QFileInfo(postponed).size() - cut));
+    other.run("COMMIT");
+    session.finish();
+    QVERIFY(!folder.files().contains(u"session.sqlite-postponed"_s));
+    for (const bool prepares : {true, false}) {
+        Session next(left.path());
+        if (prepares)
+            next.prepare();
+        QCOMPARE(next.userId(), 7);
+        QCOMPARE(next.userNombre(), nombre);
+        QCOMPARE(next.userEmail(), u"eva@b.example"_s);
+        next.finish();
+        QVERIFY(!QFile::exists(postponed));
+    }
+}
+
+void SessionTest::postponedWritesToADamagedStoreAreVoid()
+{
+    const Folder folder;
+    folder.fill();
+    PostponedWrites(folder.file()).add({{SessionStore::Key::UserId, "7"}});
+    damage(folder, "user_email");
+    Session session(folder.path());
+    expectNobody(session);
+    QVERIFY(!folder.files().contains(u"session.sqlite-postponed"_s));
 }
 
 void SessionTest::logOfALargePhotoIsShortenedLater()
