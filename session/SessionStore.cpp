@@ -31,12 +31,39 @@ qint64 checksumOf(SessionStore::Key key, const std::optional<QByteArray> &value)
 
 int rowOf(SessionStore::Key key) { return static_cast<int>(key) + 1; }
 
+/// Returns a statement that is prepared once and kept until the database is closed, or null.
+sqlite3_stmt *kept(sqlite3 *database, const char *sql)
+{
+    sqlite3_stmt *statement = nullptr;
+    while ((statement = sqlite3_next_stmt(database, statement))) {
+        if (qstrcmp(sqlite3_sql(statement), sql) == 0)
+            return statement;
+    }
+    sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
+    return statement;
+}
+
+/// Runs a statement that is kept.
+int run(sqlite3 *database, const char *sql)
+{
+    sqlite3_stmt *const statement = kept(database, sql);
+    if (!statement)
+        return sqlite3_errcode(database);
+    sqlite3_step(statement);
+    return sqlite3_reset(statement);
+}
+
 } // namespace
 
 constexpr std::array<SessionStore::MigrationStep, SessionStore::layoutVersion> SessionStore::migrationSteps{
     &SessionStore::makeTable};
 
-void SessionStore::Closer::operator()(sqlite3 *database) const { sqlite3_close(database); }
+void SessionStore::Closer::operator()(sqlite3 *database) const
+{
+    while (sqlite3_stmt *const kept = sqlite3_next_stmt(database, nullptr))
+        sqlite3_finalize(kept);
+    sqlite3_close(database);
+}
 void SessionStore::Closer::operator()(sqlite3_stmt *statement) const { sqlite3_finalize(statement); }
 
 const char *SessionStore::name(Key key)
@@ -222,13 +249,15 @@ SessionStore::Health SessionStore::refuseLaterVersion()
 
 int SessionStore::version(sqlite3 *database, int &code)
 {
-    const Statement statement = prepare(database, "PRAGMA user_version", code);
-    if (!statement)
+    sqlite3_stmt *const statement = kept(database, "PRAGMA user_version");
+    if (!statement) {
+        code = sqlite3_errcode(database);
         return 0;
-    code = sqlite3_step(statement.get());
-    if (code == SQLITE_ROW)
-        code = SQLITE_OK;
-    return sqlite3_column_int(statement.get(), 0);
+    }
+    sqlite3_step(statement);
+    const int found = sqlite3_column_int(statement, 0);
+    code = sqlite3_reset(statement);
+    return found;
 }
 
 int SessionStore::migrate(int version) const
@@ -398,7 +427,7 @@ SessionStore::Health SessionStore::readRow(Key key, std::optional<QByteArray> &v
 
 int SessionStore::write(sqlite3 *database, const Values &values)
 {
-    int code = sqlite3_exec(database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+    int code = ::run(database, "BEGIN IMMEDIATE");
     // A later version of the app may have changed the layout since the file was opened.
     if (code == SQLITE_OK && version(database, code) > layoutVersion)
         code = SQLITE_SCHEMA;
@@ -407,10 +436,10 @@ int SessionStore::write(sqlite3 *database, const Values &values)
             code = update(database, key, value);
     }
     if (code == SQLITE_OK)
-        code = sqlite3_exec(database, "COMMIT", nullptr, nullptr, nullptr);
+        code = ::run(database, "COMMIT");
     // Some errors roll the transaction back automatically.
     if (code != SQLITE_OK && !sqlite3_get_autocommit(database))
-        sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+        ::run(database, "ROLLBACK");
     return code;
 }
 
@@ -450,17 +479,17 @@ void SessionStore::postponeWhenLocked(std::function<void(const Values &values)> 
 
 int SessionStore::update(sqlite3 *database, Key key, const QByteArray &value)
 {
-    int code = SQLITE_OK;
-    const Statement statement = prepare(database, "UPDATE session SET value = ?, checksum = ? WHERE row = ?", code);
+    sqlite3_stmt *const statement = kept(database, "UPDATE session SET value = ?, checksum = ? WHERE row = ?");
     if (!statement)
-        return code;
+        return sqlite3_errcode(database);
     // A null pointer would be bound as NULL, which means "never written"; constData never returns one.
-    sqlite3_bind_blob64(statement.get(), 1, value.constData(), static_cast<sqlite3_uint64>(value.size()),
-                        SQLITE_STATIC);
-    sqlite3_bind_int64(statement.get(), 2, checksumOf(key, value));
-    sqlite3_bind_int(statement.get(), 3, rowOf(key));
-    code = sqlite3_step(statement.get());
-    if (code != SQLITE_DONE)
+    sqlite3_bind_blob64(statement, 1, value.constData(), static_cast<sqlite3_uint64>(value.size()), SQLITE_STATIC);
+    sqlite3_bind_int64(statement, 2, checksumOf(key, value));
+    sqlite3_bind_int(statement, 3, rowOf(key));
+    sqlite3_step(statement);
+    const int code = sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    if (code != SQLITE_OK)
         return code;
     return sqlite3_changes(database) == 1 ? SQLITE_OK : SQLITE_CORRUPT;
 }

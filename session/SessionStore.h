@@ -32,6 +32,12 @@ public:
     enum class Key { UserId, UserNombre, UserEmail, UserAvatar };
     static constexpr std::array keys{Key::UserId, Key::UserNombre, Key::UserEmail, Key::UserAvatar};
 
+    /// Closes a database with the statements that its writes keep.
+    struct Closer {
+        void operator()(sqlite3 *database) const;
+        void operator()(sqlite3_stmt *statement) const;
+    };
+
     /// Returns the name of a value in the database: "user_id" and so on.
     static const char *name(Key key);
 
@@ -73,10 +79,6 @@ public:
     bool wasReplaced();
 
 private:
-    struct Closer {
-        void operator()(sqlite3 *database) const;
-        void operator()(sqlite3_stmt *statement) const;
-    };
     using Statement = std::unique_ptr<sqlite3_stmt, Closer>;
     enum class Health { Good, Damaged, Unusable };
 

@@ -10,13 +10,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// A connection beside the one of the SessionStore. Null if the store cannot be opened.
-std::unique_ptr<sqlite3, int (*)(sqlite3 *)> connection(const QString &path, const char *synchronous)
+std::unique_ptr<sqlite3, SessionStore::Closer> connection(const QString &path, const char *synchronous)
 {
     sqlite3 *opened = nullptr;
     const int code = sqlite3_open_v2(QFile::encodeName(path).constData(), &opened, SQLITE_OPEN_READWRITE, nullptr);
-    std::unique_ptr<sqlite3, int (*)(sqlite3 *)> database(opened, sqlite3_close);
+    std::unique_ptr<sqlite3, SessionStore::Closer> database(opened);
     if (code != SQLITE_OK)
-        return {nullptr, sqlite3_close};
+        return nullptr;
     sqlite3_busy_timeout(opened, 5000);
     sqlite3_exec(opened, synchronous, nullptr, nullptr, nullptr);
     sqlite3_wal_autocheckpoint(opened, 0);

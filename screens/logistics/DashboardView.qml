@@ -48,8 +48,13 @@ AppScreen {
                     AppText {
                         objectName: "greeting"
                         width: parent.width
-                        text: "Hola, " + screen.viewModel.userNombre
                         textStyle: Theme.headline
+                        // Below the profile, which changes the name with each letter, it is not laid out.
+                        Binding on text {
+                            when: screen.visible
+                            value: "Hola, " + screen.viewModel.userNombre
+                            restoreMode: Binding.RestoreNone
+                        }
                     }
                     AppText {
                         width: parent.width
