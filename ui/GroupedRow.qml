@@ -12,12 +12,14 @@ Item {
     property string copyText
     readonly property bool first: row.index === 0
     readonly property bool last: row.index === row.list.count - 1
-    readonly property real cornerReach: 20
+    // How far the card continues above the row, and below it.
+    readonly property real above: row.first || !row.last ? 0 : 20
+    readonly property real below: row.last || !row.first ? 0 : 20
 
     width: row.list.width
     height: Math.max(44, holder.childrenRect.height + 2 * holder.y)
-    // Cuts off the corners of the card, except at the first and the last row.
-    clip: true
+    // Cuts off the card's other corners.
+    clip: row.above + row.below > 0
 
     Component.onCompleted: ReadingOrder.place(row)
     // Screen readers must not find a row in the reuse pool.
@@ -34,10 +36,10 @@ Item {
     ContinuousRectangle {
         objectName: "card"
         x: row.list.side
-        y: row.first ? 0 : -row.cornerReach
+        y: -row.above
         width: row.list.columnWidth - 32
-        height: row.height - y + (row.last ? 0 : row.cornerReach)
-        radius: 10
+        height: row.height + row.above + row.below
+        radius: row.first || row.last ? 10 : 0
         color: Theme.white
     }
     Item {
