@@ -14,8 +14,7 @@ Window {
     width: 390
     height: 844
     visible: true
-    // A phone's screen has no room for a title bar, which Qt would draw where the shell draws none.
-    flags: Math.min(Screen.width, Screen.height) < 600 ? Qt.Window | Qt.FramelessWindowHint : Qt.Window
+    flags: viewModel.windowFlags(Screen.width, Screen.height)
     title: "Marovenda"
     color: Theme.screenBackground
 
@@ -24,6 +23,7 @@ Window {
         if (appeared)
             return
         appeared = true
+        viewModel.cargarFuentes()
         viewModel.iniciarSplash()
     }
 
@@ -52,6 +52,8 @@ Window {
             // qmllint disable unqualified
             logoOpacity: window.viewModel.logoOpacity
             logoScale: window.viewModel.logoScale
+            // Finding the fonts takes longer than all the rest of the first frame.
+            textShown: window.viewModel.fontsLoaded
             // qmllint enable unqualified
         }
     }
@@ -59,7 +61,7 @@ Window {
     // Loads the screens while the splash is shown.
     Loader {
         id: screens
-        readonly property Component file: window.appeared
+        readonly property Component file: window.viewModel.fontsLoaded
             ? Qt.createComponent("FirstScreens.qml", Component.Asynchronous, window) : null
         readonly property bool failed: file !== null && file.status === Component.Error
         // `var`, since naming the type would load the screens too early.

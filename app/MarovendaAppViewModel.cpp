@@ -1,7 +1,13 @@
 #include "MarovendaAppViewModel.h"
 
+#include "Background.h"
+
+#include <QFont>
+#include <QFontMetricsF>
+#include <QPointer>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -22,6 +28,24 @@ void MarovendaAppViewModel::iniciarSplash()
     // first screen is chosen.
     QTimer::singleShot(1200ms, this, [] { Session::instance().userAvatarData(); });
     QTimer::singleShot(2500ms, Qt::PreciseTimer, this, [this] { showSplash = false; });
+}
+
+int MarovendaAppViewModel::windowFlags(int width, int height)
+{
+    // In QML, the first use of a name of the Qt namespace takes milliseconds.
+    return std::min(width, height) < 600 ? Qt::Window | Qt::FramelessWindowHint : Qt::Window;
+}
+
+void MarovendaAppViewModel::cargarFuentes()
+{
+    static auto *const loader = new Background(1, 0ms);
+    const auto load = [] {
+        const Background::Turn turn;
+        return QFontMetricsF(QFont()).height();
+    };
+    const QPointer<MarovendaAppViewModel> self(this);
+    loader->start(
+        load, [self] { return self != nullptr; }, [self](qreal) { self->fontsLoaded = true; });
 }
 
 void MarovendaAppViewModel::faltanPantallas(const QString &reasons)

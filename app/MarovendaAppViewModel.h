@@ -15,6 +15,7 @@ class MarovendaAppViewModel : public ViewModel {
     STATE(bool, showSplash, true)
     STATE(double, logoOpacity, 0.0)
     STATE(double, logoScale, 0.8)
+    STATE(bool, fontsLoaded, false)
     /// False if the customer number is 0.
     Q_PROPERTY(bool someoneSignedIn READ someoneSignedIn NOTIFY someoneSignedInChanged)
 public:
@@ -24,6 +25,11 @@ public:
 
     /// Shows the logo, and ends the splash after 2.5 seconds. Call it once, when the splash has appeared.
     Q_INVOKABLE void iniciarSplash();
+    /// Returns the flags of the window on a screen of this size, in points. A phone's screen has no room for a title bar,
+    /// which Qt would draw where the shell draws none.
+    Q_INVOKABLE static int windowFlags(int width, int height);
+    /// Sets `fontsLoaded` once the system's fonts are loaded. Until then a text would hold up the main thread.
+    Q_INVOKABLE void cargarFuentes();
     /// Prints one line on stderr: the screens after the splash cannot be loaded, and the first of the reasons.
     Q_INVOKABLE static void faltanPantallas(const QString &reasons);
 

@@ -7,6 +7,7 @@ Item {
     required property real logoOpacity
     required property real logoScale
     property bool spinning: true
+    property bool textShown: true
 
     Artwork {
         objectName: "background"
@@ -42,16 +43,20 @@ Item {
             }
         }
     }
-    AppText {
+    Loader {
         id: credit
-        objectName: "credit"
         anchors.bottom: parent.bottom
         width: parent.width
-        bottomPadding: 32
-        text: "Desarrollado por Corvandel"
-        textStyle: Theme.caption
-        bold: true
-        horizontalAlignment: Text.AlignHCenter
+        height: Math.max(implicitHeight, Theme.caption.line + 32)
+        active: splash.textShown
+        sourceComponent: AppText {
+            objectName: "credit"
+            bottomPadding: 32
+            text: "Desarrollado por Corvandel"
+            textStyle: Theme.caption
+            bold: true
+            horizontalAlignment: Text.AlignHCenter
+        }
     }
 
     component LogoAnimation: NumberAnimation {

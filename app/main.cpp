@@ -7,7 +7,6 @@
 #include "Session.h"
 
 #include <QCommandLineParser>
-#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QPixmap>
@@ -16,7 +15,6 @@
 #include <QWindow>
 
 #include <cstdio>
-#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -59,9 +57,8 @@ int main(int argc, char *argv[])
         return 3;
     }
 
-    // The splash needs both, and the main thread has enough to do until then.
+    // The splash needs it, and the main thread has enough to do until then.
     Artwork::decodeAhead(u"background"_s, Artwork::ratioFor(application.devicePixelRatio()));
-    const std::future<void> fonts = std::async(std::launch::async, [] { QFontMetricsF(QFont()).height(); });
 
     const HeldKeys heldKeys;
     int code = 1;

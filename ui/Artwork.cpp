@@ -1,11 +1,12 @@
 #include "Artwork.h"
 
-#include "PngDecoder.h"
-
 #include <QFile>
+#include <QResource>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstring>
 #include <future>
 #include <map>
 #include <mutex>
@@ -16,17 +17,27 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int largestRatio = 3;
-constexpr qint64 mostMemory = qint64(64) * 1024 * 1024;
 
 QString fileOf(const QString &name, int ratio)
 {
-    return u":/marovenda/images/%1%2.png"_s.arg(name, ratio > 1 ? u"@%1x"_s.arg(ratio) : QString());
+    return u":/marovenda/images/%1%2.pixels"_s.arg(name, ratio > 1 ? u"@%1x"_s.arg(ratio) : QString());
 }
 
+/// Decompresses a file of assets/pixels.py.
 QImage decoded(const QString &path)
 {
-    QFile file(path);
-    return file.open(QFile::ReadOnly) ? decodePng(file.readAll(), mostMemory) : QImage();
+    const QResource file(path);
+    if (!file.isValid())
+        return {};
+    auto *const bytes = new QByteArray(file.uncompressedData());
+    std::array<quint32, 4> head{};
+    std::memcpy(head.data(), bytes->constData(), sizeof head);
+    const auto [width, height, transparent, unused] = head;
+    return QImage(
+        reinterpret_cast<const uchar *>(bytes->constData()) + sizeof head, static_cast<int>(width),
+        static_cast<int>(height), static_cast<qsizetype>(width) * 4,
+        transparent ? QImage::Format_ARGB32 : QImage::Format_RGB32,
+        [](void *its) { delete static_cast<QByteArray *>(its); }, bytes);
 }
 
 /// The pictures that are decoded ahead, by file. Never destroyed, since another thread may use it.

@@ -12,6 +12,7 @@ using namespace Qt::StringLiterals;
 class MarovendaAppTest : public AppTest {
     Q_OBJECT
 private Q_SLOTS:
+    void splashHasItsTextOnceTheFontsAreLoaded();
     void motionHasTheDesignedTimeAndCurve_data();
     void motionHasTheDesignedTimeAndCurve();
     void storedNumberChoosesTheScreen_data();
@@ -28,6 +29,21 @@ private:
         return window;
     }
 };
+
+void MarovendaAppTest::splashHasItsTextOnceTheFontsAreLoaded()
+{
+    QQuickWindow *const window = start();
+    const QQuickItem *const splash = find(window, "SplashView");
+    const auto text = [&] { return splash->findChild<QQuickItem *>(u"credit"_s); };
+    const auto *const viewModel = window->property("viewModel").value<QObject *>();
+    // No frame has been drawn yet.
+    QVERIFY(!window->property("appeared").toBool());
+    QVERIFY(!text());
+    QTRY_VERIFY_WITH_TIMEOUT(text(), 20000);
+    QVERIFY(window->property("appeared").toBool());
+    QVERIFY(viewModel->property("fontsLoaded").toBool());
+    QCOMPARE(text()->parentItem()->y() + text()->height(), window->height());
+}
 
 void MarovendaAppTest::motionHasTheDesignedTimeAndCurve_data()
 {
