@@ -4,10 +4,16 @@
 #include "PhotoDecoder.h"
 #include "PhotoFile.h"
 
+#include <QList>
+#include <QMutex>
 #include <QPointer>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +30,49 @@ Background &fileReader()
 Background &memoryReader()
 {
     static auto *const made = new Background(1, std::chrono::milliseconds(500));
+    return *made;
+}
+
+/// The pictures that were decoded last, so that a screen that opens again need not decode a large photo again.
+class DecodedPhotos {
+public:
+    /// Returns the picture of a photo; decodes it if it is not among the last ones.
+    QImage find(const QByteArray &photo, int diameter, PhotoShape shape)
+    {
+        const Key key{XXH3_128bits(photo.constData(), static_cast<size_t>(photo.size())), diameter, shape};
+        const QMutexLocker lock(&m_mutex);
+        auto known = std::find_if(m_last.begin(), m_last.end(), [&](const auto &each) { return each.first == key; });
+        if (known == m_last.end()) {
+            if (m_last.size() == mostKept)
+                m_last.removeLast();
+            m_last.append({key, decodePhoto(photo, diameter, shape)});
+            known = m_last.end() - 1;
+        }
+        std::rotate(m_last.begin(), known, known + 1);
+        return m_last.first().second;
+    }
+
+private:
+    /// The profile's and the dashboard's, of the present photo and of a former one.
+    static constexpr qsizetype mostKept = 4;
+
+    struct Key {
+        XXH128_hash_t photo;
+        int diameter;
+        PhotoShape shape;
+        bool operator==(const Key &other) const
+        {
+            return XXH128_isEqual(photo, other.photo) && diameter == other.diameter && shape == other.shape;
+        }
+    };
+
+    QMutex m_mutex;
+    QList<std::pair<Key, QImage>> m_last;
+};
+
+DecodedPhotos &decodedPhotos()
+{
+    static auto *const made = new DecodedPhotos;
     return *made;
 }
 
@@ -67,10 +116,11 @@ void PhotoView::updatePolish()
     auto &background = m_file.isEmpty() ? memoryReader() : fileReader();
     background.start(
         [photo = m_photo, file = m_file, diameter, shape] {
-            const QByteArray bytes = file.isEmpty() ? photo : readPhotoFile(file);
+            const QByteArray bytes = file.isEmpty() ? QByteArray() : readPhotoFile(file);
             // Decode one photo at a time: each may need much memory.
             const Background::Turn turn;
-            return decodePhoto(bytes, diameter, shape);
+            return file.isEmpty() ? decodedPhotos().find(photo, diameter, shape)
+                                  : decodePhoto(bytes, diameter, shape);
         },
         [self, request] { return self && self->m_latestRequest == request; },
         [self](const QImage &image) { self->show(image); });

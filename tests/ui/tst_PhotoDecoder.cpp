@@ -25,6 +25,7 @@ class LoneView : public PhotoView {
 public:
     LoneView() { setSize({20, 20}); }
     QColor middle() const { return paint(1).pixelColor(10, 10); }
+    using PhotoView::textureKey;
 };
 
 } // namespace
@@ -39,6 +40,7 @@ private Q_SLOTS:
     void whatIsNoPhotoShowsThePlaceholder();
     void lateDecodeOfTheFormerPhotoDoesNotShow_data();
     void lateDecodeOfTheFormerPhotoDoesNotShow();
+    void photoIsDecodedOnceForEachSize();
     void changedFileIsShown();
     void picturesBeyondTheBoundsAreRefused_data();
     void picturesBeyondTheBoundsAreRefused();
@@ -195,6 +197,31 @@ void PhotoDecoderTest::lateDecodeOfTheFormerPhotoDoesNotShow()
     next.ensurePolished();
     QTRY_COMPARE(next.middle(), QColor(Qt::white));
     QVERIFY(!view.decoded());
+}
+
+void PhotoDecoderTest::photoIsDecodedOnceForEachSize()
+{
+    const auto shownAt = [](int size, const QByteArray &photo) {
+        LoneView view;
+        view.setSize({qreal(size), qreal(size)});
+        view.setPhoto(photo);
+        view.ensurePolished();
+        [[maybe_unused]] const bool decoded = QTest::qWaitFor([&] { return view.decoded(); });
+        return view.textureKey();
+    };
+    const QByteArray photo = encoded(halves(40, 40), "png");
+    // The same bytes elsewhere in memory, as after the next start of a screen.
+    const QByteArray copy(photo.constData(), photo.size());
+    const QString first = shownAt(20, photo);
+    const QString larger = shownAt(30, photo);
+    QVERIFY(!first.isEmpty());
+    QVERIFY(larger != first);
+    QCOMPARE(shownAt(20, copy), first);
+    QCOMPARE(shownAt(30, copy), larger);
+    // Only the last ones are kept.
+    for (int size = 1; size <= 4; ++size)
+        shownAt(size, photo);
+    QVERIFY(shownAt(20, photo) != first);
 }
 
 void PhotoDecoderTest::changedFileIsShown()
