@@ -11,6 +11,7 @@ import sys
 
 import browser
 import growth
+import held
 import slow
 import timeline
 from machine import MEGABYTE, Machine, description, end, median
@@ -86,7 +87,7 @@ def drawn_start(bench):
 
 
 # What follows the table: each returns its text, and a picture where FILES names one.
-SECTIONS = {"timeline": drawn_start, "compared": compared, "shapes": shapes, "growth": drawn_growth}
+SECTIONS = {"timeline": drawn_start, "held": held.table, "compared": compared, "shapes": shapes, "growth": drawn_growth}
 FILES = {"timeline": "performance-start.svg", "growth": "performance.svg"}
 
 
@@ -122,6 +123,12 @@ as the app's do.
 
 {texts["timeline"]}
 A library that stands between the program and Qt notes the moments (`bench/start-clock.cpp`). The times are medians.
+
+## Private memory on the dashboard
+
+{texts["held"]}
+It is what closing the app would free. Libraries and fonts count if no other process on the machine of the measurement uses them;
+on a desktop or a phone with other Qt programs they are shared.
 
 {tried}## Compared with a browser
 
