@@ -33,7 +33,9 @@ void MarovendaAppViewModel::iniciarSplash()
 int MarovendaAppViewModel::windowFlags(int width, int height)
 {
     // In QML, the first use of a name of the Qt namespace takes milliseconds.
-    return std::min(width, height) < 600 ? Qt::Window | Qt::FramelessWindowHint : Qt::Window;
+    Qt::WindowFlags flags = Qt::Window;
+    flags.setFlag(Qt::FramelessWindowHint, std::min(width, height) < 600);
+    return static_cast<int>(flags.toInt());
 }
 
 void MarovendaAppViewModel::cargarFuentes()

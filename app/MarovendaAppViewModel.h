@@ -25,8 +25,8 @@ public:
 
     /// Shows the logo, and ends the splash after 2.5 seconds. Call it once, when the splash has appeared.
     Q_INVOKABLE void iniciarSplash();
-    /// Returns the flags of the window on a screen of this size, in points. A phone's screen has no room for a title bar,
-    /// which Qt would draw where the shell draws none.
+    /// Returns the flags of the window on a screen of this size, in points. A phone's screen has no room for a title
+    /// bar, which Qt would draw where the shell draws none.
     Q_INVOKABLE static int windowFlags(int width, int height);
     /// Sets `fontsLoaded` once the system's fonts are loaded. Until then a text would hold up the main thread.
     Q_INVOKABLE void cargarFuentes();
