@@ -116,6 +116,17 @@ def check_packages(walk, values, said):
     expect("/usr/bin/c++" in log.read_text(), "the log has no compiler's commands")
 
 
+def check_release(walk):
+    """A release starts with what keeps it from being one. Where many notes belong to no version, the first one counts."""
+    log = walk.tree / "CHANGELOG.md"
+    log.write_text(log.read_text().replace("## [Unreleased]\n", "## [Unreleased]\n\n" + "- A note.\n" * 20000, 1))
+    said = walk.run("! GNUPGHOME=$RECORDS packaging/release 0.99.0 --key nobody@marovenda.example")
+    for what in ("CMakeLists.txt is at", "packaging/debian/changelog is at", "packaging/marovenda.metainfo.xml.in is at",
+                 "CHANGELOG.md is at", "CHANGELOG.md has notes that belong to no version", "has uncommitted changes",
+                 "gpg has no key to sign with named nobody@marovenda.example"):
+        expect(what in said, f"packaging/release does not say: {what}")
+
+
 def main():
     source, work = (pathlib.Path(argument).absolute() for argument in sys.argv[1:])
     page = (source / "docs/deploying.md").read_text()
@@ -138,6 +149,7 @@ def main():
     metainfo = walk.tree / "build/release/packaging/example.company.marovenda.metainfo.xml"
     expect(metainfo.exists() and contact in metainfo.read_text(), f"no metainfo says {contact}")
     check_packages(walk, values, said[steps[-1]])
+    check_release(walk)
     print("\n".join(wrong) or f"{len(steps)} commands lead to the packages")
     sys.exit(bool(wrong))
 
