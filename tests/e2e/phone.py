@@ -220,10 +220,14 @@ class Phone:
 
     # The app
 
-    def open(self, executable):
+    def start(self, executable):
+        """Starts the app without waiting for it."""
         self.errors = self.home / "stderr"
         with open(self.errors, "a") as errors, open(self.home / "stdout", "a") as output:
             self.app = subprocess.Popen([executable], stdout=output, stderr=errors)
+
+    def open(self, executable):
+        self.start(executable)
         self.wait_for(self._application, "the app")
 
     def close(self):
@@ -288,9 +292,10 @@ class Phone:
 
     # What a customer does
 
-    def scroll_to(self, name):
-        """Turns the wheel over the middle of the screen, down and then up, until this is showing."""
-        for wheel in ("5",) * 40 + ("4",) * 40:
+    def scroll_to(self, name, up=False):
+        """Turns the wheel over the middle of the screen, down and then up, until this is showing. With `up`, first up."""
+        first, then = ("4", "5") if up else ("5", "4")
+        for wheel in (first,) * 40 + (then,) * 40:
             if self.shows(name):
                 break
             x, y = self.size[0] // 2, self.size[1] // 2
@@ -405,6 +410,12 @@ class Phone:
 
     def picture(self, path):
         subprocess.run(["import", "-window", "root", str(path)], check=True)
+
+    def is_painted(self):
+        """Whether the display shows more than an empty window."""
+        display = (self.home / "Xvfb_screen0").read_bytes()
+        pixels = memoryview(display)[-4 * self.size[0] * self.size[1]:].cast("I")
+        return len(set(pixels)) > 100
 
     def wait_still(self, still=STILL, limit=10 * STILL):
         """Until nothing has moved for a moment; what never stands still, the splash, is taken as it is then."""

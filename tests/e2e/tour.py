@@ -34,8 +34,9 @@ class Tour(Customer):
         print(f"{self.count:2}. {what}\n    {heard}", flush=True)
 
     def arrive(self, executable):
-        self.open(executable)
-        self.find(SPLASH)
+        # The splash does not wait until a screen reader hears of it, which takes an emulated app longer than the splash.
+        self.start(executable)
+        self.wait_for(self.is_painted, "the splash")
         self.step("inicio", "The app starts with its splash.", limit=1.6)
         self.find("Iniciar Sesión")
         self.wait_gone(SPLASH)
@@ -61,7 +62,7 @@ class Tour(Customer):
         self.enter("Ver todas", "Silla de playa, PENDIENTE, Origen: Miami, USA")
         self.step("cotizaciones", "It is the first of her quotations now.")
         self.leave()
-        self.scroll_to("Cerrar sesión")
+        self.scroll_to("Cerrar sesión", up=True)
 
     def profile(self):
         self.enter("Perfil")
@@ -85,7 +86,7 @@ class Tour(Customer):
         self.press("Buscar")
         self.wait_for(self.opened, "the tracking page")
         self.step("rastreo", f"She looks a number up; the browser is sent to {self.opened()[-1]}")
-        self.scroll_to("Cerrar sesión")
+        self.scroll_to("Cerrar sesión", up=True)
         self.step("foto-panel", "Her photo is on the dashboard.")
         self.send({}, "Cerrar sesión", "Iniciar Sesión")
         self.step("salida", "She signs out.")
