@@ -2,7 +2,6 @@
 #include "ParseDecimal.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
@@ -10,13 +9,18 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <vector>
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 /// Makes a locale with a decimal comma in a folder and gives it to the process, since a system may have none of its
-/// own. False with localedef's words when that fails.
+/// own. False with the problem when that fails.
 bool useCommaLocale(const QString &folder, QString &problem)
 {
     QFile source(folder + u"/source"_s);
@@ -28,12 +32,18 @@ bool useCommaLocale(const QString &folder, QString &problem)
     }
     source.close();
     // The other categories are missing, so it needs to be told to go on, and its exit status says little.
-    QProcess localedef;
-    localedef.setProcessChannelMode(QProcess::MergedChannels);
-    localedef.start(u"localedef"_s, {u"-c"_s, u"-i"_s, source.fileName(), u"-f"_s, u"UTF-8"_s, folder + u"/comma"_s});
-    if (!localedef.waitForFinished())
-        problem = localedef.errorString();
-    problem += QString::fromLocal8Bit(localedef.readAll());
+    // QProcess cannot start a program where QEMU runs this test for another processor.
+    QByteArrayList words = QByteArray("localedef --quiet -c -f UTF-8 -i").split(' ');
+    words << source.fileName().toLocal8Bit() << (folder + u"/comma"_s).toLocal8Bit();
+    std::vector<char *> arguments;
+    for (QByteArray &word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    pid_t localedef = 0;
+    const int error = ::posix_spawnp(&localedef, arguments[0], nullptr, nullptr, arguments.data(), environ);
+    problem = error ? qt_error_string(error) : u"localedef has made no locale"_s;
+    if (error || ::waitpid(localedef, nullptr, 0) < 0)
+        return false;
     qputenv("LOCPATH", folder.toLocal8Bit());
     return std::setlocale(LC_NUMERIC, "comma") && qstrcmp(std::localeconv()->decimal_point, ",") == 0;
 }
