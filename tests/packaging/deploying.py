@@ -123,7 +123,7 @@ def check_release(walk):
     said = walk.run("! GNUPGHOME=$RECORDS packaging/release 0.99.0 --key nobody@marovenda.example")
     for what in ("CMakeLists.txt is at", "packaging/debian/changelog is at", "packaging/marovenda.metainfo.xml.in is at",
                  "CHANGELOG.md is at", "CHANGELOG.md has notes that belong to no version", "has uncommitted changes",
-                 "gpg has no key to sign with named nobody@marovenda.example"):
+                 "gpg cannot sign with the key nobody@marovenda.example"):
         expect(what in said, f"packaging/release does not say: {what}")
 
 
