@@ -73,7 +73,12 @@ bootstrap() {
 # Creates $root-build or updates it, and copies the last commit to /source there.
 prepare_builder() {
     local builder=$root-build
-    [ -d "$builder/usr" ] || bootstrap "$builder"
+    if [ -d "$builder/usr" ]; then
+        # The mirror keeps no former versions.
+        in_root "$builder" apt-get update -qq
+    else
+        bootstrap "$builder"
+    fi
     install "$builder" git ca-certificates build-essential ${emulator:+"crossbuild-essential-$architecture"} debhelper lintian
     # git leaves unchanged files alone, so that the previous build can be reused.
     [ -d "$builder/source" ] || git init -q "$builder/source"
@@ -97,9 +102,11 @@ build() {
     in_root "$root-build" /source/packaging/build-packages "$1" --arch "$architecture"
     say "lintian"
     # shellcheck disable=SC2016
-    said=$(in_root "$root-build" sh -c 'lintian --allow-root --fail-on none /source/build/packages/*_$1.changes' - \
-        "$architecture" 2>&1)
-    [ -z "$said" ] || { echo "$said"; exit 1; }
+    if ! said=$(in_root "$root-build" sh -c 'lintian --allow-root --fail-on none /source/build/packages/*_$1.changes' - \
+        "$architecture" 2>&1) || [ -n "$said" ]; then
+        echo "$said"
+        exit 1
+    fi
     echo "nothing"
 }
 
