@@ -411,18 +411,28 @@ class Phone:
     def picture(self, path):
         subprocess.run(["import", "-window", "root", str(path)], check=True)
 
-    def is_painted(self):
-        """Whether the display shows more than an empty window."""
-        display = (self.home / "Xvfb_screen0").read_bytes()
-        pixels = memoryview(display)[-4 * self.size[0] * self.size[1]:].cast("I")
-        return len(set(pixels)) > 100
+    def colours(self, size):
+        """The number of colours in the square of this size in the middle of the display."""
+        width, height = self.size
+        pixels = memoryview((self.home / "Xvfb_screen0").read_bytes())[-4 * width * height:].cast("I")
+        corner = (height - size) // 2 * width + (width - size) // 2
+        return len(set().union(*(pixels[row:row + size] for row in range(corner, corner + size * width, width))))
+
+    def is_busy(self):
+        """Whether the app computes something, or waits for a processor to do so."""
+        threads = pathlib.Path(f"/proc/{self.app.pid}/task").glob("*/stat") if self.app else ()
+        try:
+            return any(stat.read_text().rsplit(")", 1)[1].split()[0] == "R" for stat in threads)
+        except (FileNotFoundError, ProcessLookupError):
+            return True  # a thread ended while we looked
 
     def wait_still(self, still=STILL, limit=10 * STILL):
-        """Until nothing has moved for a moment; what never stands still, the splash, is taken as it is then."""
+        """Until the app has had nothing to do and nothing has moved for a moment; what never stands still, the splash, is taken
+        as it is then."""
         until, since, before = time.monotonic() + limit, time.monotonic(), b""
         while time.monotonic() < until:
             now = (self.home / "Xvfb_screen0").read_bytes()
-            if now != before:
+            if now != before or self.is_busy():
                 since, before = time.monotonic(), now
             elif time.monotonic() - since > still:
                 return
