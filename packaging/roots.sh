@@ -91,7 +91,8 @@ prepare_builder() {
         # The libraries of two architectures cannot all be installed side by side: this root has only what the packages need.
         # shellcheck disable=SC2016
         logged "$root-install.log" in_root "$builder" sh -c 'mkdir /tmp/package && cp -r /source/packaging/debian /tmp/package &&
-            apt-get build-dep -qq -y --no-install-recommends --host-architecture "$1" /tmp/package' - "$architecture"
+            apt-get build-dep -qq -y --no-install-recommends --host-architecture "$1" -P cross,nocheck /tmp/package' - \
+            "$architecture"
     fi
 }
 
