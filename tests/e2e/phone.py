@@ -298,10 +298,14 @@ class Phone:
         for wheel in (first,) * 40 + (then,) * 40:
             if self.shows(name):
                 break
-            x, y = self.size[0] // 2, self.size[1] // 2
-            subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", wheel], check=True)
-            self.wait_still()
+            self.turn_wheel(wheel)
         return self.find(name)
+
+    def turn_wheel(self, button):
+        """Turns the wheel once over the middle of the screen: up is button 4, down is 5."""
+        x, y = self.size[0] // 2, self.size[1] // 2
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", button], check=True)
+        self.wait_still()
 
     def press(self, name, role=None):
         self.find(name, role).press()

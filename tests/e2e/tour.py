@@ -88,6 +88,8 @@ class Tour(Customer):
         self.wait_for(self.opened, "the tracking page")
         self.step("rastreo", f"She looks a number up; the browser is sent to {self.opened()[-1]}")
         self.scroll_to("Cerrar sesión", up=True)
+        # The upper edge may still cut the photo.
+        self.turn_wheel("4")
         self.step("foto-panel", "Her photo is on the dashboard.")
         self.send({}, "Cerrar sesión", "Iniciar Sesión")
         self.step("salida", "She signs out.")
