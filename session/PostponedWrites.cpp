@@ -38,7 +38,7 @@ SessionStore::Values PostponedWrites::read() const
     stream.setVersion(format);
     QByteArray write;
     quint64 checksum = 0;
-    // The last write may be incomplete.
+    qint64 complete = 0;
     while (!stream.atEnd() && (stream >> write >> checksum).status() == QDataStream::Ok &&
            checksum == checksumOf(write)) {
         QDataStream values(write);
@@ -48,7 +48,10 @@ SessionStore::Values PostponedWrites::read() const
         while (!values.atEnd() && (values >> key >> value).status() == QDataStream::Ok &&
                key < SessionStore::keys.size())
             all.append({SessionStore::keys[key], value});
+        complete = stream.device()->pos();
     }
+    file.close();
+    QFile::resize(m_file.fileName(), complete);
     return all;
 }
 
@@ -66,7 +69,9 @@ void PostponedWrites::add(const SessionStore::Values &values)
     QDataStream records(&record, QDataStream::WriteOnly);
     records.setVersion(format);
     records << write << checksumOf(write);
-    m_file.write(record);
+    const qint64 before = m_file.size();
+    if (m_file.write(record) != record.size())
+        m_file.resize(before);
 }
 
 void PostponedWrites::clear() { QFile::resize(m_file.fileName(), 0); }

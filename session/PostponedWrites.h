@@ -14,7 +14,8 @@ public:
     /// Uses the file of the store at `path`. Does not create it.
     explicit PostponedWrites(const QString &path);
 
-    /// Returns the values of all writes in the file, in their order.
+    /// Returns the values of all writes in the file, in their order. Cuts off what is incomplete, so that later
+    /// writes can follow. Call it before `add`.
     SessionStore::Values read() const;
 
     /// Adds a write. If the file cannot be written, the write is in memory only.

@@ -5,7 +5,6 @@
 #include "PhotoFile.h"
 
 #include <QList>
-#include <QMutex>
 #include <QPointer>
 
 #define XXH_INLINE_ALL
@@ -36,16 +35,19 @@ Background &memoryReader()
 /// The pictures that were decoded last, so that a screen that opens again need not decode a large photo again.
 class DecodedPhotos {
 public:
-    /// Returns the picture of a photo; decodes it if it is not among the last ones.
+    /// Returns the picture of a photo; decodes it if it is not among the last ones. Call it with a Background::Turn.
     QImage find(const QByteArray &photo, int diameter, PhotoShape shape)
     {
         const Key key{XXH3_128bits(photo.constData(), static_cast<size_t>(photo.size())), diameter, shape};
-        const QMutexLocker lock(&m_mutex);
         auto known = std::find_if(m_last.begin(), m_last.end(), [&](const auto &each) { return each.first == key; });
         if (known == m_last.end()) {
+            const QImage decoded = decodePhoto(photo, diameter, shape);
+            // There may be more memory, or more time, at the next attempt.
+            if (decoded.isNull())
+                return decoded;
             if (m_last.size() == mostKept)
                 m_last.removeLast();
-            m_last.append({key, decodePhoto(photo, diameter, shape)});
+            m_last.append({key, decoded});
             known = m_last.end() - 1;
         }
         std::rotate(m_last.begin(), known, known + 1);
@@ -66,7 +68,6 @@ private:
         }
     };
 
-    QMutex m_mutex;
     QList<std::pair<Key, QImage>> m_last;
 };
 
