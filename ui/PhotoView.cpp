@@ -41,7 +41,7 @@ public:
         const Key key{XXH3_128bits(photo.constData(), static_cast<size_t>(photo.size())), diameter, shape};
         auto known = std::find_if(m_last.begin(), m_last.end(), [&](const auto &each) { return each.first == key; });
         if (known == m_last.end()) {
-            const QImage decoded = decodePhoto(photo, diameter, shape);
+            QImage decoded = decodePhoto(photo, diameter, shape);
             // There may be more memory, or more time, at the next attempt.
             if (decoded.isNull())
                 return decoded;
